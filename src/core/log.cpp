@@ -1,0 +1,240 @@
+#include "core/log.h"
+
+#include "core/console.h"
+#include "core/format.h"
+#include "core/stream.h"
+#include "core/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t line_size = 1024;
+constexpr std::size_t newline_limit = 511; // a line this long gets no line feed of its own
+constexpr std::size_t rotation_limit = 100000;
+constexpr std::size_t stamp_length = 12;
+constexpr int generations = 2;
+
+using line_text = bounded_text<line_size>;
+
+struct log_state {
+    int loglvl = LOG_ERROR;
+    stream_handle logf;
+    path_text logname;
+    path_text logfile;
+    path_text oldlog;
+    bool unloged = false; // a message had to open the log by itself
+    bool rotating = false;
+    std::size_t logged_bytes = 0;
+};
+
+log_state state;
+
+// Each message goes out in one write of its own, so that nothing is lost when the program is
+// killed and a full disk shows at once.
+bool open_log(stream_handle file) {
+    state.logf = std::move(file);
+    if (state.logf) {
+        std::setvbuf(state.logf.get(), nullptr, _IONBF, 0);
+    }
+    return state.logf != nullptr;
+}
+
+bool open_log_lazily() {
+    if (state.logfile.empty()) {
+        state.logfile.assign("init.log");
+    }
+    if (!open_log(open_to_append(state.logfile.c_str()))) {
+        print("Cant open logfile %s\n", state.logfile.c_str());
+        return false;
+    }
+    std::fseek(state.logf.get(), 0, SEEK_END);
+    state.logged_bytes = static_cast<std::size_t>(std::max(0L, std::ftell(state.logf.get())));
+    state.unloged = true;
+    return true;
+}
+
+// Day of the month and time, as they stand in the text of ctime (POSIX ctime_r, 26 bytes).
+std::string time_stamp() {
+    std::array<char, 26> text{};
+    const std::time_t now = std::time(nullptr);
+    if (::ctime_r(&now, text.data()) == nullptr) {
+        return std::string(stamp_length, ' ');
+    }
+    return {text.data() + 8, stamp_length};
+}
+
+void end_line(line_text &line) {
+    if (!line.view().ends_with('\n') && line.view().size() < newline_limit) {
+        line.append("\n");
+    }
+}
+
+int log_line(int level, const char *prefix, const char *format, std::va_list arguments) {
+    if (state.loglvl < level) {
+        return 0;
+    }
+    line_text text;
+    text.vformat(format, arguments);
+    line_text line(prefix);
+    line.append(text.view());
+    end_line(line);
+    return logit(line.c_str(), line.view().size());
+}
+
+path_text generation(int number) {
+    path_text path;
+    return number == 0 ? path.format("%s%c%s.log", ".", '/', state.logname.c_str())
+                       : path.format("%s%c%s%d.log", ".", '/', state.logname.c_str(), number);
+}
+
+} // namespace
+
+int inilog(const char *path, const char *s) {
+    close_log();
+    state.logname.assign(s);
+    state.logfile.format("%s%c%s.log", path, '/', state.logname.c_str());
+    if (!open_log(open_to_append(state.logfile.c_str()))) {
+        return 0;
+    }
+    if (state.unloged) {
+        emsg("Errors logged before inilog called see init.log");
+        state.unloged = false;
+    }
+    return 1;
+}
+
+void close_log() {
+    state.logf.reset();
+}
+
+int get_loglvl() {
+    return state.loglvl;
+}
+
+void set_loglvl(int level) {
+    if (level >= 0) {
+        state.loglvl = level;
+    }
+}
+
+const char *get_loglvl_name(int level) {
+    return level >= LOG_ERROR && level <= LOG_DEBUG ? log_names[level] : nullptr;
+}
+
+int get_loglvl_id(const char *name) {
+    for (int level = LOG_ERROR; level <= LOG_DEBUG; level++) {
+        if (s_strcmp(name, log_names[level]) == 0) {
+            return level;
+        }
+    }
+    return -1;
+}
+
+int emsg(const char *format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int written = log_line(LOG_ERROR, "Error: ", format, arguments);
+    va_end(arguments);
+    return written;
+}
+
+int imsg(const char *format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int written = log_line(LOG_INFO, "Info:  ", format, arguments);
+    va_end(arguments);
+    return written;
+}
+
+int dmsg(const char *format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int written = log_line(LOG_DEBUG, "Debug: ", format, arguments);
+    va_end(arguments);
+    return written;
+}
+
+int filemsg(const char *format, ...) {
+    const int error = errno;
+    std::va_list arguments;
+    va_start(arguments, format);
+    path_text text;
+    text.vformat(format, arguments);
+    va_end(arguments);
+    path_text message;
+    message.format("Error: %s(%s)", text.c_str(), std::strerror(error));
+    line_text line(message.c_str());
+    end_line(line);
+    return logit(line.c_str(), line.view().size());
+}
+
+int logit(const char *output, std::size_t len) {
+    if (state.logged_bytes + len > rotation_limit && !state.rotating) {
+        state.logged_bytes = 0;
+        rotate_logs();
+    }
+    if (!state.logf && !open_log_lazily()) {
+        return 0;
+    }
+    const std::string line = time_stamp().append(output, len);
+    if (std::fwrite(line.data(), 1, line.size(), state.logf.get()) != line.size()) {
+        print("Error printing to log file\n");
+        return 0;
+    }
+    state.logged_bytes += line.size();
+    return static_cast<int>(len);
+}
+
+int rotate_logs() {
+    // What a rotation has to say never starts the next one.
+    state.rotating = true;
+    bool ok = true;
+
+    close_log();
+    state.oldlog = generation(generations);
+    std::remove(state.oldlog.c_str());
+    for (int number = generations; number > 1; number--) {
+        state.logfile = generation(number - 1);
+        state.oldlog = generation(number);
+        if (std::rename(state.logfile.c_str(), state.oldlog.c_str()) != 0) {
+            ok = false;
+        }
+    }
+    state.logfile = generation(0);
+    state.oldlog = generation(1);
+    if (std::rename(state.logfile.c_str(), state.oldlog.c_str()) != 0) {
+        dmsg("rotate_logs: Cant rename %s as %s\n", state.logfile.c_str(), state.oldlog.c_str());
+        dmsg("Maybe using emsg before rotate done or multiple copies running \n");
+        ok = false;
+    }
+    state.rotating = false;
+    return open_log(open_to_write(state.logfile.c_str())) && ok ? 1 : 0;
+}
+
+void print_emsg(const char *msg, ...) {
+    std::va_list arguments;
+    va_start(arguments, msg);
+    path_text text;
+    text.vformat(msg, arguments);
+    va_end(arguments);
+    print("Error: %s\n", text.c_str());
+    emsg("%s", format_without_arguments(text.view()).c_str());
+}
+
+void print_imsg(const char *msg, ...) {
+    std::va_list arguments;
+    va_start(arguments, msg);
+    path_text text;
+    text.vformat(msg, arguments);
+    va_end(arguments);
+    print("%s\n", text.c_str());
+    imsg("%s", format_without_arguments(text.view()).c_str());
+}

@@ -1,0 +1,122 @@
+#include "core/stream.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// The file a path leads to: links are followed, so that the link itself stays. A file that is not
+// there yet is meant as written.
+std::string followed(const char *path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
+    return real ? real.get() : path;
+}
+
+constexpr int open_flags = O_NONBLOCK | O_CLOEXEC;
+constexpr mode_t creation_mode = 0666;
+
+// The mode that a newly created file gets under the process's umask (POSIX open, umask).
+mode_t new_file_mode() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return creation_mode & ~mask;
+}
+
+stream_handle stream_of(int descriptor, const char *mode) {
+    return stream_handle(descriptor < 0 ? nullptr : ::fdopen(descriptor, mode));
+}
+
+} // namespace
+
+stream_handle open_to_read(const char *path) {
+    return stream_of(::open(path, O_RDONLY | open_flags), "r");
+}
+
+stream_handle open_to_write(const char *path) {
+    return stream_of(::open(path, O_WRONLY | O_CREAT | O_TRUNC | open_flags, creation_mode), "w");
+}
+
+stream_handle open_to_append(const char *path) {
+    return stream_of(::open(path, O_WRONLY | O_CREAT | O_APPEND | open_flags, creation_mode), "a");
+}
+
+bool close_file(stream_handle file) {
+    const bool written = std::ferror(file.get()) == 0 && std::fflush(file.get()) == 0;
+    const int write_error = errno;
+    const bool closed = std::fclose(file.release()) == 0;
+    if (!written) {
+        errno = write_error;
+    }
+    return written && closed;
+}
+
+std::string_view read_piece(std::FILE *file, std::span<char> buffer) {
+    std::size_t length = 0;
+    while (length + 1 < buffer.size()) {
+        const int character = ::getc_unlocked(file);
+        if (character == EOF) {
+            break;
+        }
+        buffer[length++] = static_cast<char>(character);
+        if (character == '\n') {
+            break;
+        }
+    }
+    buffer[length] = '\0';
+    return {buffer.data(), length};
+}
+
+const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
+    return read_piece(file, buffer).empty() ? nullptr : buffer.data();
+}
+
+replacement_file::replacement_file(const char *path) : target_(followed(path)) {
+    struct stat old {};
+    const bool is_there = ::stat(target_.c_str(), &old) == 0;
+    if (is_there && !S_ISREG(old.st_mode)) {
+        file_ = open_to_write(target_.c_str());
+        return;
+    }
+    if (is_there && ::access(target_.c_str(), W_OK) != 0) {
+        return;
+    }
+    std::string scratch = target_ + ".XXXXXX";
+    const int descriptor = ::mkstemp(scratch.data());
+    if (descriptor < 0) {
+        return;
+    }
+    scratch_ = std::move(scratch);
+    // The owner first: a change of owner can clear mode bits (POSIX chown).
+    const bool is_owned = !is_there || ::fchown(descriptor, old.st_uid, old.st_gid) == 0;
+    const mode_t mode = is_there ? old.st_mode & 07777 : new_file_mode();
+    if (!is_owned || ::fchmod(descriptor, mode) != 0) {
+        ::close(descriptor);
+        return;
+    }
+    file_ = stream_of(descriptor, "w");
+}
+
+replacement_file::~replacement_file() {
+    const int error = errno;
+    file_.reset();
+    if (!scratch_.empty()) {
+        ::unlink(scratch_.c_str());
+    }
+    errno = error;
+}
+
+bool replacement_file::commit() {
+    if (!close_file(std::move(file_))) {
+        return false;
+    }
+    if (scratch_.empty()) {
+        return true;
+    }
+    if (std::rename(scratch_.c_str(), target_.c_str()) != 0) {
+        return false;
+    }
+    scratch_.clear();
+    return true;
+}

@@ -1,0 +1,59 @@
+// Files as the rooms hold them: handles that close themselves, lines read in pieces, and a file
+// that is replaced whole or not at all.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+struct file_closer {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+
+// An open stream, closed when it goes.
+using stream_handle = std::unique_ptr<std::FILE, file_closer>;
+
+// Open a file to read it, to write it anew or to append to it. Null when it cannot be opened, with
+// errno saying why. They never wait for the other end of a pipe (O_NONBLOCK, POSIX open): a pipe
+// that nobody writes reads as empty, one that nobody reads cannot be written.
+stream_handle open_to_read(const char *path);
+stream_handle open_to_write(const char *path);
+stream_handle open_to_append(const char *path);
+
+// Closes a stream that was written. False, with errno set, when anything written to it was lost.
+bool close_file(stream_handle file);
+
+// Reads one line, or as much of it as fits: the characters up to and including the line feed, at
+// most buffer.size() - 1 of them, followed by a NUL (the rule of fgets, ISO C 7.21.7.2, but bytes
+// behind a NUL in the file are given too). The view is empty at the end of the file.
+std::string_view read_piece(std::FILE *file, std::span<char> buffer);
+
+// The same as a text: the piece ends at the first NUL the file holds. Null at the end of the file.
+const char *read_text_piece(std::FILE *file, std::span<char> buffer);
+
+// A file written beside the one it replaces and put in its place by `commit`, so that a failure
+// leaves the old file whole. Owner and mode of a file that is replaced are kept. What is there but
+// is no plain file (a device, a pipe) is written directly. The scratch file is removed unless
+// `commit` succeeded.
+class replacement_file {
+  public:
+    // Starts replacing `path`; on failure `stream` is null and errno says why.
+    explicit replacement_file(const char *path);
+    ~replacement_file();
+    replacement_file(const replacement_file &) = delete;
+    replacement_file &operator=(const replacement_file &) = delete;
+
+    [[nodiscard]] std::FILE *stream() const { return file_.get(); }
+
+    // Writes out, closes and puts the file in place. False, with errno set, when a write, the
+    // flush, the close or the rename failed.
+    bool commit();
+
+  private:
+    std::string target_;
+    std::string scratch_; // empty when the target itself is written
+    stream_handle file_;
+};

@@ -1,0 +1,369 @@
+#include "core/text.h"
+
+#include "core/format.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdarg>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace {
+
+int upper(char character) {
+    return std::toupper(static_cast<unsigned char>(character));
+}
+
+int plain(char character) {
+    return static_cast<unsigned char>(character);
+}
+
+template <class Fold>
+int compare_counted(const char *a, const char *b, std::size_t n, Fold fold) {
+    int difference = 0;
+    for (; n > 0 && difference == 0 && *a != '\0' && *b != '\0'; a++, b++, n--) {
+        difference = fold(*a) - fold(*b);
+    }
+    return n > 0 ? 1 : difference;
+}
+
+bool is_file_character(char character) {
+    return std::isalnum(plain(character)) != 0 ||
+           std::string_view("._*-#:/@%").find(character) != std::string_view::npos;
+}
+
+bool has_text(const char *text) {
+    return text != nullptr && *text != '\0';
+}
+
+} // namespace
+
+char *ncpy(char *dst, const char *src, std::size_t len) {
+    if (dst == nullptr) {
+        return dst;
+    }
+    if (src == nullptr) {
+        *dst = '\0';
+        return dst;
+    }
+    const std::size_t length = ::strnlen(src, len);
+    std::memmove(dst, src, length);
+    dst[length] = '\0';
+    dst[len] = '\0';
+    return dst + length;
+}
+
+char *ncat(char *dst, const char *src, std::size_t len) {
+    if (dst == nullptr || src == nullptr) {
+        return dst;
+    }
+    const std::size_t used = ::strnlen(dst, len);
+    ncpy(dst + used, src, len - used);
+    return dst;
+}
+
+char *lcpy(char *dst, const char *src, std::size_t len) {
+    if (dst != nullptr && src != nullptr && len > 0) {
+        const std::size_t length = ::strnlen(src, len - 1);
+        std::memmove(dst, src, length);
+        dst[length] = '\0';
+    }
+    return dst;
+}
+
+char *lcat(char *dst, const char *src, std::size_t len) {
+    if (dst != nullptr && src != nullptr) {
+        const std::size_t used = ::strnlen(dst, len);
+        lcpy(dst + used, src, len - used);
+    }
+    return dst;
+}
+
+char *s_strcpy(char *dst, const char *src) {
+    if (dst != nullptr) {
+        const std::string_view text = src != nullptr ? src : "";
+        std::memmove(dst, text.data(), text.size());
+        dst[text.size()] = '\0';
+    }
+    return dst;
+}
+
+int s_strcmp(const char *a, const char *b) {
+    if (a == nullptr || b == nullptr) {
+        return 1;
+    }
+    const int difference = plain(*a) - plain(*b);
+    return difference != 0 ? difference : std::strcmp(a, b);
+}
+
+int s_stricmp(const char *a, const char *b) {
+    if (a == nullptr || b == nullptr) {
+        return 1;
+    }
+    for (; *a != '\0' && *b != '\0'; a++, b++) {
+        if (const int difference = upper(*a) - upper(*b); difference != 0) {
+            return difference;
+        }
+    }
+    return *a == *b ? 0 : 1;
+}
+
+int s_strncmp(const char *a, const char *b, std::size_t n) {
+    return a == nullptr || b == nullptr ? 1 : compare_counted(a, b, n, plain);
+}
+
+int s_strnicmp(const char *a, const char *b, std::size_t n) {
+    return a == nullptr || b == nullptr ? 1 : compare_counted(a, b, n, upper);
+}
+
+char *s_strlwr(char *text) {
+    for (char *at = text; at != nullptr && *at != '\0'; at++) {
+        *at = static_cast<char>(std::tolower(plain(*at)));
+    }
+    return text;
+}
+
+int s_strtrm(char *text) {
+    // The scan for trailing blanks starts at the terminating NUL, which is none: nothing is cut.
+    return text != nullptr ? 1 : 0;
+}
+
+char *s_strcat(char *des, const char *format, ...) {
+    if (des == nullptr || format == nullptr) {
+        return des;
+    }
+    bounded_text<1024> scratch;
+    std::va_list arguments;
+    va_start(arguments, format);
+    scratch.vformat(format, arguments);
+    va_end(arguments);
+    s_strcpy(des + std::strlen(des), scratch.c_str());
+    return des;
+}
+
+char *s_stradd(char *str, const char *add) {
+    if (add == nullptr) {
+        return str;
+    }
+    const std::size_t used = s_strlen(str);
+    auto *grown = static_cast<char *>(std::realloc(str, used + std::strlen(add) + 5));
+    if (grown == nullptr) {
+        return str;
+    }
+    s_strcpy(grown + used, add);
+    return grown;
+}
+
+const char *s_strstr(const char *hay, const char *needle) {
+    return hay == nullptr || needle == nullptr ? nullptr : std::strstr(hay, needle);
+}
+
+const char *s_strchr(const char *text, int character) {
+    return text == nullptr ? nullptr : std::strchr(text, static_cast<unsigned char>(character));
+}
+
+const char *s_stristr(const char *hay, const char *needle) {
+    if (hay == nullptr || needle == nullptr) {
+        return nullptr;
+    }
+    const std::string_view where(hay);
+    const std::string_view what(needle);
+    const auto found = std::search(where.begin(), where.end(), what.begin(), what.end(),
+                                   [](char one, char other) { return upper(one) == upper(other); });
+    return found == where.end() && !what.empty() ? nullptr : hay + (found - where.begin());
+}
+
+std::size_t s_strlen(const char *text) {
+    return text != nullptr ? std::strlen(text) : 0;
+}
+
+int s_atoi(const char *text) {
+    return text != nullptr ? static_cast<int>(std::strtol(text, nullptr, 10)) : 0;
+}
+
+char *s_strtoken(const char *string, const char *sep) {
+    static std::array<char, 1024> buffer{};
+    static char *position = nullptr;
+
+    if (string != nullptr) {
+        lcpy(buffer.data(), string, buffer.size());
+        position = buffer.data();
+    }
+    if (sep == nullptr || position == nullptr) {
+        return nullptr;
+    }
+    char *token = position;
+    char *separator = std::strpbrk(position, sep);
+    if (separator != nullptr) {
+        *separator = '\0';
+        position = separator + 1;
+    } else {
+        position = nullptr;
+    }
+    return token;
+}
+
+char *remove_quote(const char *str) {
+    static path_text result;
+    const std::string_view text = str != nullptr ? str : "";
+    const std::size_t quote = std::min(text.find('"'), text.size());
+    const std::string_view rest = text.substr(std::min(quote + 1, text.size()));
+    result.assign(rest.substr(0, rest.find('"')));
+    return result.data();
+}
+
+char *valid_file(const char *file) {
+    static path_text result;
+    const std::string_view text = file != nullptr ? file : "";
+    std::string kept;
+    for (const char character : text.substr(0, path_text::capacity)) {
+        if (character == ' ') {
+            kept.push_back('_');
+        } else if (is_file_character(character)) {
+            kept.push_back(character);
+        }
+    }
+    result.assign(kept);
+    return result.data();
+}
+
+char *char_replace(char *str, char from, char to) {
+    std::replace(str, str + std::strlen(str), from, to);
+    return str;
+}
+
+char *attach_path(const char *work_path, const char *file) {
+    static path_text result;
+    const std::string_view name = has_text(file) ? valid_file(file) : "";
+    if (!has_text(work_path)) {
+        result.assign(name);
+        return result.data();
+    }
+    path_text directory(work_path);
+    if (!directory.view().ends_with('/')) {
+        if (!name.starts_with('/')) {
+            directory.append("/");
+        }
+    } else if (name.starts_with('/')) {
+        directory.assign(directory.view().substr(0, directory.view().size() - 1));
+    }
+    if (name.size() > 1 && name[1] == ':') {
+        directory.assign(directory.view().substr(0, directory.view().size() - 1));
+    }
+    result.assign(directory.view()).append(name);
+    return result.data();
+}
+
+char *attach_ext(const char *path_file, const char *ext) {
+    static path_text result;
+    result.assign(path_file);
+    if (path_file != nullptr && ext != nullptr) {
+        if (*ext != '.') {
+            result.append(".");
+        }
+        result.append(ext);
+    }
+    return result.data();
+}
+
+char *strip_ext(const char *in) {
+    static path_text result;
+    result.assign(in);
+    const std::string_view text = result.view();
+    const std::size_t dot = text.rfind('.');
+    if (dot != std::string_view::npos) {
+        const bool is_final = dot + 1 == text.size();
+        if (!is_final || (dot > 1 && text[dot - 1] != '.')) {
+            result.assign(text.substr(0, dot));
+        }
+    }
+    return result.data();
+}
+
+char *strip_path(const char *in, int rm_extend) {
+    static path_text result;
+    const std::string_view path = in != nullptr ? in : "";
+    result.assign(path.substr(path.rfind('/') + 1));
+    if (rm_extend != 0) {
+        result.assign(strip_ext(result.c_str()));
+    }
+    return result.data();
+}
+
+char *strip_filename(const char *in) {
+    static path_text result;
+    const std::string_view path = in != nullptr ? in : "";
+    result.assign(path.substr(0, path.rfind('/') + 1));
+    return result.empty() ? nullptr : result.data();
+}
+
+char *remove_path(const char *path, int want_remove) {
+    static path_text result;
+    result.assign(want_remove != 0 ? strip_path(path, 0) : strip_filename(path));
+    return result.empty() ? nullptr : result.data();
+}
+
+void exchange(void *a, void *b, std::size_t size) {
+    auto *one = static_cast<char *>(a);
+    auto *other = static_cast<char *>(b);
+    if (one != other) {
+        std::swap_ranges(one, one + size, other);
+    }
+}
+
+void myqsort(void *base, std::size_t nmemb, std::size_t size,
+             int (*compar)(const void *, const void *)) {
+    struct range {
+        char *lower;
+        char *upper;
+    };
+    // Going on with the shorter segment keeps the stack below 32 for any count of 32 bits.
+    std::array<range, 32> stack{};
+    std::size_t depth = 0;
+
+    if (base == nullptr || nmemb < 2 || size == 0) {
+        return;
+    }
+    auto *first = static_cast<char *>(base);
+    stack[depth++] = {first, first + (nmemb - 1) * size};
+    while (depth > 0) {
+        auto [lb, ub] = stack[--depth];
+        while (lb < ub) {
+            const std::size_t records = static_cast<std::size_t>(ub - lb) / size;
+            exchange(lb, lb + records / 2 * size, size);
+            char *i = lb + size;
+            char *j = ub;
+            for (;;) {
+                while (i < j && compar(lb, i) > 0) {
+                    i += size;
+                }
+                while (j >= i && compar(j, lb) > 0) {
+                    j -= size;
+                }
+                if (i >= j) {
+                    break;
+                }
+                exchange(i, j, size);
+                j -= size;
+                i += size;
+            }
+            exchange(lb, j, size);
+            if (j - lb > ub - j) {
+                if (lb + size < j) {
+                    stack[depth++] = {lb, j - size};
+                }
+                lb = j + size;
+            } else {
+                if (j + size < ub) {
+                    stack[depth++] = {j + size, ub};
+                }
+                if (j == lb) {
+                    break;
+                }
+                ub = j - size;
+            }
+        }
+    }
+}

@@ -1,0 +1,105 @@
+#include "dialogue/answers.h"
+
+#include "core/console.h"
+#include "core/format.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+char *clean_up_answer(char *answer) {
+    answer[std::strcspn(answer, "\r\n")] = '\0';
+    return answer;
+}
+
+const char *strip_leading_spaces(const char *text) {
+    return text + std::strspn(text, " \t");
+}
+
+int check_for_root(const char *path) {
+    return path != nullptr && *path == '/' ? 1 : 0;
+}
+
+int valid_dir_name(char *name) {
+    char *word = name + std::strspn(name, " ");
+    word[std::strcspn(word, " ")] = '\0';
+    return *word == '\0' ? 1 : 0;
+}
+
+int num_perc(const char *text) {
+    const char *percent = std::strchr(text + std::strspn(text, "0123456789"), '%');
+    return percent == nullptr || percent[1] == '\0' ? 1 : 0;
+}
+
+const char *clean_up_root(const char *text) {
+    return text != nullptr ? text + std::strcspn(text, "/") : nullptr;
+}
+
+char *clean_up_name(char *name) {
+    name[std::strcspn(name, ".")] = '\0';
+    return name;
+}
+
+char *get_label(const char *line) {
+    path_text label;
+    label.assign(std::string_view(line, std::strcspn(line, " ")));
+    return maistrdup(label.c_str());
+}
+
+char *clean_up_set(char *line) {
+    const char *from = line + std::strcspn(line, " ");
+    if (*from == ' ') {
+        from++;
+    }
+    char *to = line;
+    while (*from != '\0') {
+        if (from[0] == ' ' && from[1] == '/') {
+            from += 2;
+        } else if (*from == '\r' || *from == '\n') {
+            from++;
+        } else {
+            *to++ = *from++;
+        }
+    }
+    *to = '\0';
+    return line;
+}
+
+char *rmv_end_sep(const char *path) {
+    static path_text result;
+    result.assign(path);
+    if (result.view().ends_with('/')) {
+        result.assign(result.view().substr(0, result.view().size() - 1));
+    }
+    return result.data();
+}
+
+char *add_end_sep(const char *path) {
+    static path_text result;
+    result.assign(path);
+    if (!result.view().ends_with('/')) {
+        result.append("/");
+    }
+    return result.data();
+}
+
+const char *strip_directory(const char *path) {
+    const char *separator = std::strrchr(path, '/');
+    return separator != nullptr ? separator + 1 : path;
+}
+
+char *strlwr(char *text) {
+    std::transform(text, text + std::strlen(text), text, [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                    : character;
+    });
+    return text;
+}
+
+char *maistrdup(const char *text) {
+    char *copy = ::strdup(text);
+    if (copy == nullptr) {
+        print("NOT ENOUGH MEMORY ALLOCATED ERROR");
+    }
+    return copy;
+}

@@ -1,0 +1,105 @@
+#include "dialogue/help.h"
+
+#include "core/console.h"
+#include "core/log.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+path_text support_email;
+
+namespace {
+
+constexpr std::size_t piece_size = 256; // 255 characters and a NUL
+constexpr const char *help_file = "vsetup.hlp";
+constexpr const char *fallback_text = "No specific help is available for this question.";
+
+// Reads the next line, or piece of a line. False at the end of the file; a last line without a
+// line feed counts as the end.
+bool read_help_line(std::FILE *file, std::string &line) {
+    std::array<char, piece_size> piece{};
+    const char *text = read_text_piece(file, piece);
+    if (text == nullptr || std::feof(file) != 0) {
+        return false;
+    }
+    line = text;
+    return true;
+}
+
+bool find_topic(std::FILE *file, std::string_view id) {
+    std::string line;
+    while (read_help_line(file, line)) {
+        if (line.starts_with('[') && std::string_view(line).substr(1).starts_with(id)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string read_topic(std::FILE *file) {
+    std::string text;
+    std::string line;
+    while (read_help_line(file, line)) {
+        if (line.starts_with('#')) {
+            continue;
+        }
+        if (line.starts_with('[')) {
+            if (!text.empty()) {
+                break;
+            }
+            continue;
+        }
+        if (const std::size_t carriage_return = line.find('\r');
+            carriage_return != std::string::npos) {
+            line.erase(carriage_return, 1);
+        }
+        text.append(line, std::min(line.find_first_not_of('\t'), line.size()));
+    }
+    if (text.size() >= 2 && text[text.size() - 2] == '\n') {
+        text.pop_back();
+    }
+    return text;
+}
+
+} // namespace
+
+int help_init(HELP *hlp, const char *filename) {
+    hlp->ref.reset();
+    hlp->last_help.reset();
+    hlp->hfile = open_to_read(filename);
+    return hlp->hfile ? 1 : 0;
+}
+
+const char *help_get(HELP *hlp, const char *id) {
+    if (hlp->ref != id) {
+        hlp->ref = id;
+        hlp->last_help.reset();
+        std::rewind(hlp->hfile.get());
+        std::string text;
+        // Every header would match a topic without a name.
+        if (!hlp->ref->empty() && find_topic(hlp->hfile.get(), *hlp->ref)) {
+            text = read_topic(hlp->hfile.get());
+        }
+        hlp->last_help = text.empty() ? fallback_text : std::move(text);
+    }
+    return hlp->last_help->c_str();
+}
+
+int help_clear(HELP *hlp) {
+    hlp->ref.reset();
+    hlp->last_help.reset();
+    return close_file(std::move(hlp->hfile)) ? 1 : 0;
+}
+
+int help(const char *label) {
+    HELP topics;
+    if (help_init(&topics, help_file) == 0) {
+        print_emsg("Help file not found\n");
+        return 0;
+    }
+    print("\n%s\n", help_get(&topics, label));
+    print("For more information, e-mail: %s\n", support_email.c_str());
+    help_clear(&topics);
+    return 1;
+}

@@ -1,0 +1,21 @@
+// The question engine. Every question of the program goes through `question`: it shows the text
+// with its default, reads one line and gives the answer in one form, with the same three ways out
+// of every question: an empty line takes the default, "?" shows the help topic, "q" ends the
+// program.
+#pragma once
+
+#include "dialogue/questions.h"
+
+// Asks question `quest_num` until its answer is accepted.
+//
+// `dflt` is the suggested answer; null or "" means none. TRUE and FALSE are shown as YES and NO and
+// make it a yes/no question, as YES and NO do; the actions install, upgrade, custom and remove are
+// shown as 1, 2, 3 and 4. The further arguments fill the question's text.
+//
+// Gives the answer in a buffer of 512 bytes that the next call overwrites: "TRUE" or "FALSE" for a
+// yes or a no, else the line as typed (511 characters at most) or the default. Where the table asks
+// for a directory the answer is one given from the root that exists, or may be created (console
+// and log are told).
+//
+// "q" and the end of input end the program with status 0, the log closed.
+const char *question(question_number quest_num, const char *dflt, ...);

@@ -1,0 +1,201 @@
+#include "files/search.h"
+
+#include "core/format.h"
+#include "core/log.h"
+#include "core/stream.h"
+#include "dialogue/answers.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t element_limit = 100;
+
+struct directory_closer {
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+using directory_handle = std::unique_ptr<DIR, directory_closer>;
+
+unsigned char byte_at(std::string_view text, std::size_t at) {
+    return static_cast<unsigned char>(text[at]);
+}
+
+// How one pattern element took one character of the name.
+struct element_result {
+    bool matches;
+    std::size_t length; // of the element in the pattern
+};
+
+constexpr element_result no_match = {false, 0};
+
+// `set` begins behind the "[".
+element_result match_set(std::string_view set, unsigned char character) {
+    const bool is_negated = set.starts_with('^');
+    const std::size_t first = is_negated ? 1 : 0;
+    bool is_member = false;
+    std::size_t at = first;
+    while (at < set.size() && (set[at] != ']' || at == first)) {
+        const unsigned char lowest = byte_at(set, at);
+        unsigned char highest = lowest;
+        if (at + 2 < set.size() && set[at + 1] == '-' && set[at + 2] != ']') {
+            highest = byte_at(set, at + 2);
+            at += 2;
+        }
+        is_member = is_member || (lowest <= character && character <= highest);
+        at++;
+    }
+    if (at >= set.size()) {
+        return no_match;
+    }
+    return {is_member != is_negated, at + 2};
+}
+
+// Matches the first element of a non-empty pattern, no "*", against a character.
+element_result match_element(std::string_view pattern, unsigned char character) {
+    switch (pattern.front()) {
+    case '?':
+        return {true, 1};
+    case '[':
+        return match_set(pattern.substr(1), character);
+    case '\\':
+        return pattern.size() > 1 ? element_result{byte_at(pattern, 1) == character, 2} : no_match;
+    default:
+        return {byte_at(pattern, 0) == character, 1};
+    }
+}
+
+std::string lower_case(std::string_view text) {
+    std::string lower(text);
+    strlwr(lower.data());
+    return lower;
+}
+
+// Whether a list element is left to look at; a list ends with its last character or at a final ",".
+bool next_element(std::string_view &list, std::string &element) {
+    if (list.empty()) {
+        return false;
+    }
+    const std::size_t comma = std::min(list.find(','), list.size());
+    std::string_view piece = list.substr(0, comma);
+    list.remove_prefix(std::min(comma + 1, list.size()));
+    piece.remove_prefix(std::min(piece.find_first_not_of(" \t"), piece.size()));
+    piece = piece.substr(0, element_limit);
+    piece = piece.substr(0, piece.find_last_not_of("\r\n") + 1);
+    element = lower_case(piece);
+    return true;
+}
+
+bool is_dot_entry(const char *name) {
+    return std::string_view(name) == "." || std::string_view(name) == "..";
+}
+
+int collect(DIR *directory, const char *pattern, found_names &names) {
+    int count = 0;
+    while (const dirent *entry = ::readdir(directory)) {
+        if (count == MAXWILD) {
+            emsg("MAXWILD exceeded");
+            break;
+        }
+        const char *name = &entry->d_name[0];
+        if (!is_dot_entry(name) && match_wild(pattern, name) == 1) {
+            names[static_cast<std::size_t>(count++)].reset(maistrdup(name));
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+int domatch(const char *name, const char *pattern) {
+    const std::string_view text(name);
+    const std::string_view elements(pattern);
+    std::size_t at = 0;
+    std::size_t element = 0;
+    // Where the latest "*" lets the match start again, one character further. An earlier "*" need
+    // never be tried again: whatever it could take, the latest one can.
+    std::size_t star = std::string_view::npos;
+    std::size_t retry = 0;
+
+    while (at < text.size()) {
+        if (element < elements.size() && elements[element] == '*') {
+            star = ++element;
+            retry = at;
+            if (star == elements.size()) {
+                return 1;
+            }
+            continue;
+        }
+        const element_result result =
+            element < elements.size() ? match_element(elements.substr(element), byte_at(text, at))
+                                      : no_match;
+        if (result.matches) {
+            at++;
+            element += result.length;
+        } else if (star != std::string_view::npos) {
+            at = ++retry;
+            element = star;
+        } else {
+            return 0;
+        }
+    }
+    return elements.find_first_not_of('*', element) == std::string_view::npos ? 1 : 0;
+}
+
+int match_wild(const char *pattern, const char *name) {
+    return std::string_view(pattern) == "*" ? 1 : domatch(name, pattern);
+}
+
+int match_list(const char *list, const char *name) {
+    if (list == nullptr || name == nullptr) {
+        return 0;
+    }
+    const std::string lower_name = lower_case(std::string_view(name).substr(0, path_limit));
+    std::string_view rest(list);
+    std::string element;
+    int result = 0;
+    while (next_element(rest, element)) {
+        const bool is_exclusion = element.starts_with('!');
+        if (match_wild(element.c_str() + (is_exclusion ? 1 : 0), lower_name.c_str()) == 1) {
+            result = is_exclusion ? 0 : 1;
+        }
+    }
+    return result;
+}
+
+int wild_find(const char *pattern, found_names &names) {
+    dmsg("Wild finding [%s]", pattern);
+    const directory_handle directory(::opendir("."));
+    if (!directory) {
+        emsg("Could not read directory file: %s", std::strerror(errno));
+        return 0;
+    }
+    return collect(directory.get(), pattern, names);
+}
+
+int wild_find2(const char *directory, const char *pattern, found_names &names) {
+    dmsg("Wild finding [%s][%s]", directory, pattern);
+    const directory_handle handle(::opendir(directory));
+    if (!handle) {
+        std::perror("Could not read directory file");
+        return 0;
+    }
+    return collect(handle.get(), pattern, names);
+}
+
+int dir_exists(const char *path) {
+    const std::string_view text = path != nullptr ? path : "";
+    if (text.size() > path_limit + 1) {
+        return 0;
+    }
+    return directory_handle(::opendir(rmv_end_sep(path))) != nullptr ? 1 : 0;
+}
+
+int file_exists(const char *path) {
+    return open_to_read(path) != nullptr ? 1 : 0;
+}

@@ -1,0 +1,44 @@
+// Finding files: the wildcard matcher, comma-separated pattern lists, the directory search that
+// collects matching names, and the two existence tests. Copying, removal, the template rooms and
+// the flows build on them.
+#pragma once
+
+#include "core/text.h"
+
+#include <array>
+
+// The most names that one search gives.
+inline constexpr int MAXWILD = 1000;
+
+// The longest path the program acts on.
+inline constexpr std::size_t path_limit = 511;
+
+// The names a search found, each a heap copy freed with the array or by resetting its slot.
+using found_names = std::array<heap_text, MAXWILD>;
+
+// 1 when the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one character,
+// "[...]" one of a set ("[^...]" one not in it, "a-z" a range, "]" or "-" first is a member),
+// "\" takes the next character literally; case counts. An unclosed set or a final "\" matches
+// nothing. Takes at most as many steps as the product of the two lengths.
+int domatch(const char *name, const char *pattern);
+
+// domatch, but "*" alone matches every name, an empty one included.
+int match_wild(const char *pattern, const char *name);
+
+// 1 when a list such as "*.gif,*.jpg,!logo*.gif" takes `name`, ignoring case: the last element that
+// matches decides, and one with "!" cuts the name out. 0 when either is null. At most 100
+// characters of an element and 511 of the name count.
+int match_list(const char *list, const char *name);
+
+// Collect the names matching `pattern` in the current or the given directory, in the order the
+// directory gives them, never "." or "..". Give their number. Beyond MAXWILD the log gets an error
+// and the first names stand. A directory that cannot be read gives 0, which the log (wild_find) or
+// standard error (wild_find2) is told.
+int wild_find(const char *pattern, found_names &names);
+int wild_find2(const char *directory, const char *pattern, found_names &names);
+
+// 1 when `path`, less one trailing "/", can be opened as a directory. So "/" alone gives 0.
+int dir_exists(const char *path);
+
+// 1 when `path` can be opened for reading.
+int file_exists(const char *path);

@@ -1,0 +1,110 @@
+#include "core/stream.h"
+#include "settings/store.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t piece_size = 511; // 510 characters and a NUL
+constexpr std::string_view blanks = " \t";
+
+// Cuts the line's ends off and says whether the line goes on: it then ends in a blank and "/",
+// which are cut as well.
+bool cut_continuation(std::string_view &line) {
+    line = line.substr(0, line.find_last_not_of("\r\n") + 1);
+    const bool goes_on = line.ends_with(" /");
+    if (goes_on) {
+        line.remove_suffix(2);
+    }
+    return goes_on;
+}
+
+// Adds a logical line. False when it is no setting or could not be added.
+bool add_setting(pINI_SETTINGS ini, std::string &line) {
+    const std::size_t separator = line.find_first_of(blanks);
+    if (separator == std::string::npos) {
+        return false;
+    }
+    line[separator] = '\0';
+    const char *name = line.c_str();
+    const char *value = name + separator + 1;
+    if (ini_add(ini, name, value) == 0) {
+        ini_emsg(ini, "Error in adding ini setting in ini_load {%s=%s}", name, value);
+        return false;
+    }
+    return true;
+}
+
+// Adds every setting of an open file; gives their number.
+int load_lines(pINI_SETTINGS ini, std::FILE *file) {
+    int count = 0;
+    std::string logical_line;
+    const auto finish_line = [&] {
+        count += add_setting(ini, logical_line) ? 1 : 0;
+        logical_line.clear();
+    };
+    std::array<char, piece_size> piece{};
+    while (const char *text = read_text_piece(file, piece)) {
+        std::string_view line(text);
+        if (line.size() <= 2 || line.starts_with('#')) {
+            finish_line();
+            continue;
+        }
+        const bool goes_on = cut_continuation(line);
+        logical_line.append(line.substr(std::min(line.find_first_not_of(blanks), line.size())));
+        if (!goes_on) {
+            finish_line();
+        }
+    }
+    finish_line();
+    return count;
+}
+
+} // namespace
+
+int ini_load(pINI_SETTINGS ini, const char *filename) {
+    if (ini_dmsg(ini, "Opening {%s}", filename) == 0) {
+        return 0;
+    }
+    const stream_handle file = open_to_read(filename);
+    if (!file) {
+        ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
+        return 0;
+    }
+    try {
+        return 1 + load_lines(ini, file.get());
+    } catch (const std::bad_alloc &) {
+        ini_emsg(ini, "Memory Allocation Error in ini_load");
+        return 0;
+    }
+}
+
+int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
+    if (ini_start(ini) == 0) {
+        return 0;
+    }
+    replacement_file file(filename);
+    if (file.stream() == nullptr) {
+        ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
+        return 0;
+    }
+    format_file(file.stream(), "# file written by %s%s", written_by, "\n");
+    format_file(file.stream(), "# library: %s%s%s", ini_library, "\n", "\n");
+    format_file(file.stream(), "# Lines starting with # are comments%s%s", "\n", "\n");
+    int count = 1;
+    while (const char *name = ini_get(ini)) {
+        format_file(file.stream(), "%s %s%s", name, ini_get(ini), "\n");
+        count++;
+    }
+    if (!file.commit()) {
+        ini_emsg(ini, "file {%s} could not be written: %s", filename, std::strerror(errno));
+        return 0;
+    }
+    return count;
+}

@@ -5,6 +5,10 @@
 #include <cstddef>
 #include <span>
 
+// The line of 79 dashes that sets the parts of the dialogue apart.
+inline constexpr const char *dashed_rule =
+    "-------------------------------------------------------------------------------";
+
 // Prints to the console.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
 

@@ -74,7 +74,9 @@ int ini_load(pINI_SETTINGS ini, const char *filename) {
     }
     const stream_handle file = open_to_read(filename);
     if (!file) {
+        const int error = errno;
         ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
+        errno = error;
         return 0;
     }
     try {

@@ -1,0 +1,78 @@
+// Work on files: one owner for all that is made, directory chains, copies of files and trees with
+// their modes, removals. The template rooms and the flows do their work through these.
+//
+// All give 1 for success and 0 for failure. Those that go through a list go through all of it and
+// give 0 at the end if anything failed. Errors of copies and removals are shown on the console and
+// logged, with the system's text for the error; each file copied or removed prints a ".". Links are
+// followed, but a removal never enters a directory through one. A path of more than path_limit
+// characters is refused (ENAMETOOLONG).
+//
+// The overwrite flag: 0 leaves an existing destination alone, which counts as success; any other
+// value replaces it.
+#pragma once
+
+#include "settings/store.h"
+
+#include <sys/types.h>
+
+// --- Owner (owner.cpp) ---
+
+// User and group of every file and directory made here; 0 until get_uid has chosen them.
+extern uid_t gx_user;
+extern gid_t gx_group;
+
+// Chooses the owner: "nobody", or else asks for a user name until the system knows it. The group
+// is the user's own, or "nobody" wherever that group exists, whatever the user. Always 1.
+int get_uid();
+
+// Gives a file or directory to the owner. Whether that is allowed is not asked.
+void give_to_owner(const char *path);
+
+// --- Creation (create.cpp) ---
+
+// Makes a directory and every missing one above it, each with exactly the mode `permission`. 1 also
+// when it is there already; 0 for a path without root or one that is too long. The log is told.
+int make_dir(const char *dir, mode_t permission);
+
+// make_dir, and the directory is given to the owner.
+int make_owned_dir(const char *dir, mode_t permission);
+
+// The modes of what is made: programs and directories, other files, the images directory.
+inline constexpr mode_t directory_mode = 0770;
+inline constexpr mode_t program_mode = 0770;
+inline constexpr mode_t file_mode = 0660;
+inline constexpr mode_t images_mode = 0755;
+
+// --- Copies (copy.cpp) ---
+
+// Copies a file, or a directory with all it holds, into the directory `xdst`. Inside a directory
+// everything is overwritten and failures are only reported: a directory gives 1. Source and
+// destination by one name give 0.
+int do_copy(const char *src, const char *xdst, int overwrite);
+
+// Copies a file to the file `xdst`. Source and destination by one name give 1, as a directory does,
+// which is not copied.
+int do_copy2(const char *src, const char *xdst, int overwrite);
+
+// do_copy2 into the directory `dst`, and to the file `dst`, with the mode of a program.
+int do_exe_copy(const char *src, const char *dst, int overwrite);
+int do_exe_copy2(const char *src, const char *dst, int overwrite);
+
+// Copy what matches the pattern `src` in the current directory, or in `path`, into the directory
+// `dst`, the products' programs with the mode of a program. (The current directory's osprey.cgi is
+// taken for an ordinary file.)
+int do_xcopy(const char *src, const char *dst, int overwrite);
+int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite);
+
+// --- Removal (remove.cpp) ---
+
+// Removes, below the directory `path`, the files that match the list of patterns `wild` and the
+// directories that are empty then; `path` itself stays. With `not_u_` users' directories ("u_...")
+// and the answers `workarea` and `templates` of the store are passed over; with `dirs_only` no file
+// of `path` itself goes and, without `not_u_`, only directories that match. Below `path` users'
+// directories are always passed over and files go.
+int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only);
+
+// Removes from the current directory what matches the pattern `wild`, directories with all they
+// hold, but nothing whose name begins with "gxsetup" and no users' directory.
+int do_tmprmv(pINI_SETTINGS ini, const char *wild);

@@ -205,12 +205,15 @@ char *s_strtoken(const char *string, const char *sep) {
     return token;
 }
 
+std::string_view text_after(std::string_view text, char separator) {
+    const std::size_t at = text.find(separator);
+    return at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
+}
+
 char *remove_quote(const char *str) {
     static path_text result;
-    const std::string_view text = str != nullptr ? str : "";
-    const std::size_t quote = std::min(text.find('"'), text.size());
-    const std::string_view rest = text.substr(std::min(quote + 1, text.size()));
-    result.assign(rest.substr(0, rest.find('"')));
+    const std::string_view quoted = text_after(str != nullptr ? str : "", '"');
+    result.assign(quoted.substr(0, quoted.find('"')));
     return result.data();
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 struct text_freer {
     void operator()(char *text) const { std::free(text); }
@@ -67,6 +68,9 @@ int s_atoi(const char *text);
 // copied), null goes on; null after the last token. Separators are not skipped: two in a row give
 // an empty token.
 char *s_strtoken(const char *string, const char *sep);
+
+// What follows the first `separator` of `text`; nothing when it holds none.
+std::string_view text_after(std::string_view text, char separator);
 
 // --- Quotes and file names ---
 

@@ -1,0 +1,114 @@
+#include "install/install.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "dialogue/question.h"
+#include "files/search.h"
+#include "setup/flow.h"
+#include "setup/product.h"
+#include "setup/product_ini.h"
+#include "templates/sets.h"
+
+namespace {
+
+// What becomes `templates` and `vlimg` once the answers are accepted.
+struct default_set {
+    heap_text templates;
+    path_text vlimg;
+};
+
+// Whether the product is there already and its upgrade is wanted instead.
+bool wants_upgrade(pINI_SETTINGS ini) {
+    if (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 0) {
+        return false;
+    }
+    print("\ngxsetup has found an old version of %s in this directory",
+          ini_value_num(ini, D_PROD_NAME));
+    imsg("switch to upgrade?");
+    return s_strcmp(question(YN_SWITCHU_Q, "YES"), "TRUE") == 0;
+}
+
+void load_old_settings(pINI_SETTINGS ini) {
+    if (!load_installed_ini(ini)) {
+        return;
+    }
+    imsg("load gxvalues from ini file");
+    if (gxdat_found == 0) {
+        imsg("load gxvalues from ini setting of templates directory");
+        gxdat_found = load_installed_answers(ini) ? 1 : 0;
+    }
+}
+
+void ask_templates(pINI_SETTINGS ini, bool has_sets) {
+    if (has_sets) {
+        set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_INSTALL_DIR));
+        ini_remove_all(ini, "tpl_set");
+    }
+    dmsg("Templates directory");
+    const std::string templates = ask_answer(ini, D_TEMPLATES, D_TMPLTS2_Q);
+    set_answer(ini, D_WORKAREA, templates.c_str());
+    if (has_sets) {
+        set_answer(ini, D_MANUAL, formatted("%s%cmanuals", templates.c_str(), '/').c_str());
+        set_answer(ini, D_BULLETIN, formatted("%s%cbulletins", templates.c_str(), '/').c_str());
+        ask_answer(ini, D_MANUAL, D_MANUAL_Q);
+        ask_answer(ini, D_BULLETIN, D_BULLETIN_Q);
+    }
+}
+
+void ask_images(pINI_SETTINGS ini, bool is_first_pass) {
+    dmsg("vlimg directory");
+    ask_images_directory(ini, D_VLIMG2_Q);
+    path_text url(ini_value_num(ini, D_VLIMG));
+    set_answer(ini, D_VLIMG, question(I_URL_Q, is_first_pass ? get_URL(ini, url) : url.c_str()));
+}
+
+void ask_wml_support(pINI_SETTINGS ini) {
+    dmsg("WML Support?");
+    ask_wml(ini);
+    if (is_true_answer(ini, D_WML)) {
+        path_text vlimg;
+        const heap_text templates = ask_template_sets(ini, formatted(".%cwap", '/').c_str(),
+                                                      vlimg.data(), vlimg.buffer().size());
+        set_answer(ini, D_WAP_TEMPLATES, templates.get());
+        set_answer(ini, D_WAP_VLIMG, vlimg.c_str());
+    }
+}
+
+} // namespace
+
+int gxinstall_quest(pINI_SETTINGS ini) {
+    bool is_first_pass = true;
+    default_set chosen;
+
+    dmsg("install questions");
+    for (;;) {
+        print_questions_banner(ini, "setup");
+        const bool has_sets = has_template_sets(ini_value_num(ini, D_PROD_NAME));
+        dmsg("CGI path");
+        ask_answer(ini, D_CGI_PATH, D_CGI_Q);
+        if (is_first_pass) {
+            if (wants_upgrade(ini)) {
+                return 0;
+            }
+            load_old_settings(ini);
+        }
+        ask_templates(ini, has_sets);
+        ask_images(ini, is_first_pass);
+        if (has_sets) {
+            chosen.templates = ask_template_sets(ini, formatted(".%ctpl", '/').c_str(),
+                                                 chosen.vlimg.data(), chosen.vlimg.buffer().size());
+        }
+        do_ini_quest(ini, is_first_pass ? 1 : 0);
+        ask_wml_support(ini);
+        dmsg("Action install");
+        set_answer(ini, D_ACTION, "install");
+        set_answer(ini, D_REPLACE_INI, "TRUE");
+        set_answer(ini, D_REPLACE_TMPLTS, "TRUE");
+        if (print_gxvalues(ini) == 0) {
+            set_answer(ini, D_TEMPLATES, chosen.templates.get());
+            set_answer(ini, D_VLIMG, chosen.vlimg.c_str());
+            return 1;
+        }
+        is_first_pass = false;
+    }
+}

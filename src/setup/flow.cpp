@@ -1,0 +1,86 @@
+#include "setup/flow.h"
+
+#include "core/console.h"
+#include "dialogue/question.h"
+#include "files/operations.h"
+
+void print_notes(bool offers_changes) {
+    print("Notes: Defaults are shown [thus], just press enter to accept default\n");
+    print("       Type 'q' then press enter to quit at anytime\n");
+    print("       Type '?' then press enter at any time for help on a particular question\n");
+    print("       All directory names must be entered from the root\n");
+    if (offers_changes) {
+        print("       There will be the option to change any answers at the end\n");
+    }
+}
+
+void print_questions_banner(pINI_SETTINGS ini, const char *verb) {
+    print("%s\n", dashed_rule);
+    print("Please answer the following questions so I can %s %s\ncorrectly on your system\n", verb,
+          ini_value_num(ini, D_PROD_NAME));
+    print_notes(true);
+    print("%s\n", dashed_rule);
+}
+
+const char *ask_answer(pINI_SETTINGS ini, answer_position position, question_number quest_num) {
+    set_answer(ini, position, question(quest_num, ini_value_num(ini, position)));
+    return ini_value_num(ini, position);
+}
+
+void ask_images_directory(pINI_SETTINGS ini, question_number quest_num) {
+    const char *reply = question(quest_num, ini_value_num(ini, D_VLIMG_DIR));
+    while (s_strcmp(reply, ini_value_num(ini, D_TEMPLATES)) == 0) {
+        print("For efficiency, %s now source graphic and wav files from an images directory\n",
+              ini_value_num(ini, D_PROD_NAME));
+        print("that can be accessed from the cgi.\n");
+        print("Please enter a directory with such a path. For more information type '?' then press "
+              "enter.\n");
+        reply = question(quest_num, ini_value_num(ini, D_VLIMG_DIR));
+    }
+    set_answer(ini, D_VLIMG_DIR, reply);
+}
+
+void ask_wml(pINI_SETTINGS ini) {
+    const char *wanted = ini_value_num(ini, D_WML);
+    set_answer(ini, D_WML, question(YN_WML_Q, wanted, ini_value_num(ini, D_WML_NAME)));
+}
+
+std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
+    const char *directory = ini_value_num(ini, D_CGI_PATH);
+    return formatted("%s%c%s.%s", directory, '/', ini_value_num(ini, name), extension);
+}
+
+std::string product_program(pINI_SETTINGS ini) {
+    return formatted("%s.%s", ini_value_num(ini, D_PROD_NAME), "cgi");
+}
+
+bool load_installed_ini(pINI_SETTINGS ini) {
+    return ini_load(ini, cgi_file(ini, D_CGI_NAME, "ini").c_str()) != 0;
+}
+
+bool load_installed_answers(pINI_SETTINGS ini) {
+    const std::string path =
+        formatted("%s%c%s", ini_value_num(ini, D_TEMPLATES), '/', answers_file);
+    return ini_load(ini, path.c_str()) != 0;
+}
+
+int copy_wml_program(pINI_SETTINGS ini) {
+    return do_exe_copy2(product_program(ini).c_str(), cgi_file(ini, D_WML_NAME, "cgi").c_str(), 1);
+}
+
+void print_outcome(pINI_SETTINGS ini, const char *title, const char *job, bool success) {
+    const char *install_dir = ini_value_num(ini, D_INSTALL_DIR);
+    print("\n%s\n", dashed_rule);
+    print("%s %s.\n\n", title, success ? "successful" : "unsuccessful");
+    print("A log of the %s can be found \"%s%cgxsetup.log\".\n", job, install_dir, '/');
+    print("All setup information has been written to gxsetup.dat which has been saved in\n");
+    print("\"%s\" for use in future upgrades.\n\n", install_dir);
+}
+
+void print_thanks(pINI_SETTINGS ini, const char *doing) {
+    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
+    print("\n\nThank-you for %s %s\n\n", doing, prod_name);
+    print("To connect to %s enter the following URL on your web browser\n\n", prod_name);
+    print("    http://%s/%s/%s.%s", ini_value_num(ini, D_DOMAIN),
+          strip_path(ini_value_num(ini, D_CGI_PATH), 0), ini_value_num(ini, D_CGI_NAME), "cgi");
+}

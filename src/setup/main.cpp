@@ -1,0 +1,112 @@
+// The entry: starts the log, reads the one argument, runs what it selects, waits for enter.
+
+#include "core/console.h"
+#include "core/log.h"
+#include "core/program.h"
+#include "core/text.h"
+#include "dialogue/answers.h"
+#include "dialogue/help.h"
+#include "setup/session.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <initializer_list>
+
+namespace {
+
+constexpr const char *argument_help = "ARG_HELP";
+
+struct selected_modes {
+    bool makedflt = false;
+    bool header = false;
+    bool checksum = false;
+    bool gxsetup = false;
+};
+
+// Files that the program opens must never get the numbers of closed standard streams, or the
+// dialogue would be written into them. And a console that goes away must not end the program in
+// the middle of its work.
+void secure_standard_streams() {
+    for (int descriptor = 0; descriptor <= 2; descriptor++) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            ::open("/dev/null", O_RDWR);
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+void start_log() {
+    set_loglvl(LOG_INFO);
+    if (inilog(".", "gxsetup") == 0) {
+        print("Error: log file cannot be opened\n");
+    }
+    rotate_logs();
+    support_email.assign("support@varnel.example");
+    imsg("* %s started *", program_version);
+}
+
+[[noreturn]] void leave(int status) {
+    close_log();
+    std::exit(status);
+}
+
+bool is_one_of(const char *argument, std::initializer_list<const char *> names) {
+    return std::any_of(names.begin(), names.end(),
+                       [argument](const char *name) { return s_strcmp(argument, name) == 0; });
+}
+
+// What the argument selects; ends the program for a help request and for an unknown argument.
+selected_modes read_argument(char *argument) {
+    selected_modes modes;
+    strlwr(argument);
+    if (is_one_of(argument, {"-make", "/make"})) {
+        modes.makedflt = true;
+    } else if (is_one_of(argument, {"-header", "/header"})) {
+        modes.header = true;
+        modes.checksum = true;
+    } else if (is_one_of(argument, {"-checksum", "/checksum"})) {
+        modes.checksum = true;
+    } else if (is_one_of(argument, {"?", "help"})) {
+        help(argument_help);
+        leave(0);
+    } else if (is_one_of(argument, {"-debug"})) {
+        imsg("Logging set to DEBUG.");
+        set_loglvl(LOG_DEBUG);
+        modes.gxsetup = true;
+    } else if (is_one_of(argument, {"-version"})) {
+        print("%s\n", program_version);
+    } else {
+        print_emsg("Invalid Argument");
+        help(argument_help);
+        leave(1);
+    }
+    return modes;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    secure_standard_streams();
+    start_log();
+    if (argc > 2) {
+        print_emsg("Too many command line arguments");
+        help(argument_help);
+        print("Please press enter to quit...\n");
+        wait_for_enter();
+        leave(0);
+    }
+    selected_modes modes;
+    if (argc == 2) {
+        modes = read_argument(argv[1]);
+    } else {
+        modes.gxsetup = true;
+    }
+    if (modes.gxsetup) {
+        gxsetup_main();
+    }
+    print("\nPlease press enter to quit...\n");
+    wait_for_enter();
+    leave(0);
+}

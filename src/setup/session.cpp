@@ -1,0 +1,320 @@
+#include "setup/session.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "core/program.h"
+#include "core/text.h"
+#include "dialogue/help.h"
+#include "dialogue/path_checks.h"
+#include "dialogue/question.h"
+#include "files/operations.h"
+#include "files/search.h"
+#include "install/install.h"
+#include "setup/answer_store.h"
+#include "setup/flow.h"
+#include "setup/product.h"
+#include "setup/version.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+namespace {
+
+constexpr const char *defaults_file = "gxdflt.dat";
+constexpr const char *spool_directory = "/var/spool";
+constexpr const char *log_file = "gxsetup.log";
+
+pINI_SETTINGS answers() {
+    return &gxvalues;
+}
+
+const char *answer(answer_position position) {
+    return ini_value_num(answers(), position);
+}
+
+bool is_action(const char *name) {
+    return s_stricmp(answer(D_ACTION), name) == 0;
+}
+
+bool has_answer(answer_position position) {
+    return *ini_value2_num(answers(), position) != '\0';
+}
+
+void add_built_in_answers() {
+    dmsg("Loading gxvalues defaults");
+    ini_init(answers(), emsg, dmsg);
+    ini_setup(answers(), ans_values, ans_associations);
+    set_answer(answers(), D_CGI_PATH, "/home/httpd/cgi-bin");
+    set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg");
+    set_answer(answers(), D_TEMPLATES, spool_directory);
+    set_answer(answers(), D_OP_SYSTEM, "UNIX");
+    set_answer(answers(), D_ACTION, "install");
+    set_answer(answers(), D_VLIMG, "/vlimg");
+    set_answer(answers(), D_DEL_USERS, "FALSE");
+    set_answer(answers(), D_REPLACE_TMPLTS, "FALSE");
+    set_answer(answers(), D_REPLACE_INI, "FALSE");
+    add_placeholder_hosts(answers());
+    set_answer(answers(), D_LOG_LVL, "INFO");
+    set_answer(answers(), D_WML_NAME, "merlin");
+    set_answer(answers(), D_WML, "NO");
+}
+
+void load_saved_answers() {
+    const char *name = defaults_file;
+    if (file_exists(answers_file) == 1) {
+        gxdat_found = 1;
+        name = answers_file;
+    }
+    dmsg("Loading gxvalues from default file");
+    if (ini_load(answers(), name) == 0) {
+        print_emsg("Can't open file \"%s\": %s", name, std::strerror(errno));
+    }
+}
+
+void ask_product() {
+    while (true) {
+        path_text reply(question(I_PROD2_Q, "plover"));
+        set_answer(answers(), D_PROD_NAME, reply.c_str());
+        answer(D_PROD_NAME);
+        ini_update(answers(), s_strlwr(reply.data()));
+        if (find_product(reply.c_str()) != nullptr) {
+            return;
+        }
+        print("Please enter either plover, kestrel or tanager");
+    }
+}
+
+void settle_product() {
+    dmsg("Forming product name");
+    if (!has_answer(D_PROD_NAME)) {
+        if (const int found = prod_guess(); found != 0) {
+            set_answer(answers(), D_PROD_NAME, products[static_cast<std::size_t>(found) - 1].name);
+        } else {
+            ask_product();
+        }
+    }
+    support_email.format("%s-support@varnel.example", answer(D_PROD_NAME));
+}
+
+void settle_images_directory() {
+    if (is_imap_product(answer(D_PROD_NAME))) {
+        set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg/imap");
+    } else if (has_template_sets(answer(D_PROD_NAME))) {
+        set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg/mail");
+    }
+}
+
+void settle_templates_directory() {
+    dmsg("Building template directory");
+    if (s_stricmp(answer(D_TEMPLATES), spool_directory) == 0) {
+        const product *found = find_product(answer(D_PROD_NAME));
+        const char *subdirectory = found != nullptr ? found->templates_subdirectory : "osprey";
+        set_answer(answers(), D_TEMPLATES,
+                   formatted("%s%c%s", answer(D_TEMPLATES), '/', subdirectory).c_str());
+    }
+    set_answer(answers(), D_MANUAL, formatted("%s%cmanuals", answer(D_TEMPLATES), '/').c_str());
+}
+
+void load_installed_answers_once() {
+    if (gxdat_found == 0) {
+        dmsg("loading gxsetup.dat from templates directory");
+        gxdat_found = load_installed_answers(answers()) ? 1 : 0;
+    }
+}
+
+void settle_program_name() {
+    dmsg("Getting cgi_name");
+    if (!has_answer(D_CGI_NAME)) {
+        set_answer(answers(), D_CGI_NAME, answer(D_PROD_NAME));
+    }
+}
+
+void settle_version() {
+    dmsg("Getting version #");
+    if (get_version(answers(), D_CGI_NAME) == 0) {
+        set_answer(answers(), D_VERSION, question(I_GXVER_Q, "", answer(D_PROD_NAME)));
+    }
+}
+
+void print_banner() {
+    constexpr const char *double_rule =
+        "===============================================================================";
+    print("\n%s", double_rule);
+    print("\n                        Welcome to %s                      ", program_version);
+    print("\n                 Setup wizard for kestrel, plover, tanager and osprey        ");
+    print("\n%s\n\n", double_rule);
+}
+
+bool is_in_templates_directory() {
+    return match_root_dir(answer(D_TEMPLATES)) == 1;
+}
+
+int ask_menu_choice() {
+    const char *prod_name = answer(D_PROD_NAME);
+    const char *version = answer(D_VERSION);
+    print("Options:\n");
+    print(" 1 Install %s, version %s\n", prod_name, version);
+    print(" 2 Upgrade from earlier version of %s to %s, version %s\n", prod_name, prod_name,
+          version);
+    print(" 3 Remove %s and associated files\n", prod_name);
+    print(" 4 Quit without %s\n", answer(D_ACTION));
+    return s_atoi(question(I_MENU_Q, answer(D_ACTION)));
+}
+
+bool has_source_files() {
+    if (file_exists(product_program(answers()).c_str()) == 1) {
+        return true;
+    }
+    print_emsg("Cannot find source files\n");
+    return false;
+}
+
+flow_number choose_install() {
+    if (is_in_templates_directory()) {
+        print_imsg("This function cannot be run from within the templates directory");
+        print("\n");
+        return flow_none;
+    }
+    dmsg("Case 1: Install product");
+    if (!has_source_files()) {
+        return flow_none;
+    }
+    print_imsg("Installing %s, version %s\n", answer(D_PROD_NAME), answer(D_VERSION));
+    return flow_install;
+}
+
+flow_number choose_upgrade() {
+    if (is_in_templates_directory()) {
+        print_imsg("This function cannot be run from within the templates directory\n");
+        return flow_none;
+    }
+    dmsg("Case 2: Upgrade product");
+    if (!has_source_files()) {
+        return flow_none;
+    }
+    print_imsg("Upgrading %s to version %s\n", answer(D_PROD_NAME), answer(D_VERSION));
+    return flow_upgrade;
+}
+
+// The chosen flow, flow_none to quit.
+flow_number choose_flow() {
+    flow_number flow = flow_none;
+    while (flow == flow_none) {
+        switch (ask_menu_choice()) {
+        case 1:
+            flow = choose_install();
+            break;
+        case 2:
+            flow = choose_upgrade();
+            break;
+        case 3:
+            dmsg("Case 4: Remove product");
+            flow = flow_remove;
+            break;
+        case 4:
+            return flow_none;
+        default:
+            print("That is not a valid choice, please choose again\n");
+        }
+    }
+    return flow;
+}
+
+void strip_one_run_answers() {
+    for (const char *name : {"replace_tmplts", "replace_ini", "del_users", "separator"}) {
+        ini_remove(answers(), name);
+    }
+    ini_remove_all(answers(), "body_add");
+    ini_remove_all(answers(), "set");
+}
+
+void save_answers(bool is_imap) {
+    dmsg("Save gxvalues to default file");
+    ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
+    ini_save(answers(), answers_file, program_version);
+    do_copy(answers_file, answer(D_INSTALL_DIR), 1);
+}
+
+void close_session(bool is_imap) {
+    if (is_action("install")) {
+        set_answer(answers(), D_ACTION, "upgrade");
+    }
+    if (!is_action("custom") && !is_action("remove")) {
+        save_answers(is_imap);
+    }
+    dmsg("Clear gxvalues");
+    ini_clear(answers());
+}
+
+} // namespace
+
+int gxsetup_main() {
+    add_built_in_answers();
+    load_saved_answers();
+    settle_product();
+    const bool is_imap = is_imap_product(answer(D_PROD_NAME));
+    settle_images_directory();
+    settle_templates_directory();
+    load_installed_answers_once();
+    settle_program_name();
+    settle_version();
+
+    print_banner();
+    if (is_in_templates_directory()) {
+        set_answer(answers(), D_ACTION, "custom");
+    }
+    const flow_number flow = choose_flow();
+    if (flow == flow_none) {
+        ini_clear(answers());
+        print("\n----------------------------------------------------------\nGoodbye\n\n");
+        return 0;
+    }
+    dmsg("Change replace ini to FALSE");
+    set_answer(answers(), D_REPLACE_INI, "FALSE");
+    const int success = run_flows(flow) == 0 ? 0 : 1;
+    strip_one_run_answers();
+    print_end(success);
+    close_session(is_imap);
+    return 1;
+}
+
+int run_flows(flow_number flow) {
+    for (;;) {
+        int result = 0;
+        switch (flow) {
+        case flow_install:
+            result = gxinstall_main(answers());
+            break;
+        default:
+            break;
+        }
+        if (result == -1) {
+            flow = flow_upgrade;
+        } else if (result == -2) {
+            flow = flow_install;
+        } else {
+            return result;
+        }
+    }
+}
+
+void print_end(int success) {
+    if (!is_action("remove") && !is_action("quit")) {
+        dmsg("Copy gxsetup.log");
+        if (do_copy(log_file, answer(D_INSTALL_DIR), 1) == 0) {
+            dmsg("Copy gxsetup.log failed");
+        }
+    }
+    print("\n\n%s\n", dashed_rule);
+    if (is_action("custom")) {
+        print("Good-bye\n");
+        return;
+    }
+    if (success != 0) {
+        print_imsg("%s successful\n", answer(D_ACTION));
+    } else if (!is_action("quit")) {
+        print_imsg("%s unsuccessful\n", answer(D_ACTION));
+    }
+    imsg("* gxsetup finished *");
+}

@@ -1,0 +1,23 @@
+// One run of the wizard: fills the answer store, settles what is set up and where, shows the menu,
+// runs the chosen flow, saves the answers for the next run.
+#pragma once
+
+// Runs the wizard in the current directory. 0 when the administrator quits from the menu, else 1.
+int gxsetup_main();
+
+// The flows by number. The menu offers all but the customise flow.
+enum flow_number : int {
+    flow_none = 0,
+    flow_install = 1,
+    flow_upgrade = 2,
+    flow_customise = 3,
+    flow_remove = 4
+};
+
+// Runs a flow on the answer store, and the flow that it asks for instead (-1 the upgrade, -2 the
+// install), until one ends. Its result, 0 for failure.
+int run_flows(flow_number flow);
+
+// Prints the closing lines for the answer `action` and copies the log into the installation
+// directory (not after a removal).
+void print_end(int success);

@@ -74,11 +74,11 @@ void read_answer(const path_text &text, const path_text &dflt) {
 }
 
 // A single "N" is no "no", while a single "Y" is a "yes".
-bool is_no() {
+bool says_no() {
     return s_stricmp(answer.c_str(), "no") == 0 || answer.view() == "n";
 }
 
-bool is_yes() {
+bool says_yes() {
     return s_stricmp(answer.c_str(), "yes") == 0 || s_stricmp(answer.c_str(), "y") == 0;
 }
 
@@ -125,9 +125,9 @@ const char *question(question_number quest_num, const char *dflt, ...) {
             quit();
         } else if (answer.view() == "?") {
             help(row.help);
-        } else if (is_no()) {
+        } else if (says_no()) {
             return answer.assign("FALSE").c_str();
-        } else if (is_yes()) {
+        } else if (says_yes()) {
             return answer.assign("TRUE").c_str();
         } else if (wants_yes_or_no) {
             print("Please enter either \"YES\" or \"NO\"\n");
@@ -135,4 +135,8 @@ const char *question(question_number quest_num, const char *dflt, ...) {
             return answer.c_str();
         }
     }
+}
+
+bool is_yes(const char *reply) {
+    return s_strcmp(reply, "TRUE") == 0;
 }

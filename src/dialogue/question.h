@@ -19,3 +19,6 @@
 //
 // "q" and the end of input end the program with status 0, the log closed.
 const char *question(question_number quest_num, const char *dflt, ...);
+
+// Whether a reply of the engine is a yes.
+bool is_yes(const char *reply);

@@ -13,7 +13,7 @@
 
 #include "settings/store.h"
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
 // --- Owner (owner.cpp) ---
 
@@ -76,3 +76,11 @@ int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, i
 // Removes from the current directory what matches the pattern `wild`, directories with all they
 // hold, but nothing whose name begins with "gxsetup" and no users' directory.
 int do_tmprmv(pINI_SETTINGS ini, const char *wild);
+
+// Removes a directory with what it holds of the patterns `wild`, by the rules of do_xrmv below
+// `path`.
+int remove_tree(pINI_SETTINGS ini, const char *wild, const char *path);
+
+// Whether a removal takes the entry for a directory. It goes by one bit of the mode, which sockets
+// and block devices have too.
+bool has_directory_bit(const struct stat &entry);

@@ -14,13 +14,8 @@
 
 namespace {
 
-constexpr mode_t directory_bit = 0x4000; // S_IFDIR; sockets and block devices have it too
 constexpr std::string_view user_prefix = "u_";
 constexpr std::string_view kept_prefix = "gxsetup";
-
-bool is_directory(const struct stat &entry) {
-    return (entry.st_mode & directory_bit) != 0;
-}
 
 bool is_link(const char *path) {
     struct stat entry {};
@@ -37,6 +32,9 @@ int removal_failed(const char *path, int error) {
 }
 
 int remove_file(const char *path) {
+    if (s_strlen(path) > path_limit) {
+        return removal_failed(path, ENAMETOOLONG);
+    }
     if (std::remove(path) != 0) {
         return removal_failed(path, errno);
     }
@@ -49,26 +47,14 @@ int empty_directory(pINI_SETTINGS ini, const char *wild, const char *path) {
     return is_link(path) ? 1 : do_xrmv(ini, wild, path, 1, 0);
 }
 
-int empty_and_remove(pINI_SETTINGS ini, const char *wild, const char *path) {
-    int result = empty_directory(ini, wild, path);
-    if (::rmdir(path) != 0) {
-        return removal_failed(path, errno);
-    }
-    print_dot();
-    return result;
-}
-
 // Removes one entry found in a directory, or passes over it.
 int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const std::string &path,
                  bool not_u_, bool dirs_only) {
-    if (path.size() > path_limit) {
-        return removal_failed(path.c_str(), ENAMETOOLONG);
-    }
     struct stat entry {};
     if ((not_u_ && is_answer(ini, "workarea", path)) || ::stat(path.c_str(), &entry) != 0) {
         return 1;
     }
-    if (!is_directory(entry)) {
+    if (!has_directory_bit(entry)) {
         return !dirs_only && match_list(wild, name) == 1 ? remove_file(path.c_str()) : 1;
     }
     if (not_u_) {
@@ -78,7 +64,7 @@ int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const st
     } else if (dirs_only && match_list(wild, name) == 0) {
         return 1;
     }
-    return empty_and_remove(ini, wild, path.c_str());
+    return remove_tree(ini, wild, path.c_str());
 }
 
 int remove_temporary(pINI_SETTINGS ini, const char *name) {
@@ -86,7 +72,7 @@ int remove_temporary(pINI_SETTINGS ini, const char *name) {
     if (std::string_view(name).starts_with(kept_prefix) || ::stat(name, &entry) != 0) {
         return 1;
     }
-    if (!is_directory(entry)) {
+    if (!has_directory_bit(entry)) {
         return remove_file(name);
     }
     if (std::string_view(name).starts_with(user_prefix)) {
@@ -97,6 +83,11 @@ int remove_temporary(pINI_SETTINGS ini, const char *name) {
 }
 
 } // namespace
+
+bool has_directory_bit(const struct stat &entry) {
+    constexpr mode_t directory_bit = 0x4000;
+    return (entry.st_mode & directory_bit) != 0;
+}
 
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only) {
     found_names names;
@@ -112,6 +103,18 @@ int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, i
         }
         name.reset();
     }
+    return result;
+}
+
+int remove_tree(pINI_SETTINGS ini, const char *wild, const char *path) {
+    if (s_strlen(path) > path_limit) {
+        return removal_failed(path, ENAMETOOLONG);
+    }
+    const int result = empty_directory(ini, wild, path);
+    if (::rmdir(path) != 0) {
+        return removal_failed(path, errno);
+    }
+    print_dot();
     return result;
 }
 

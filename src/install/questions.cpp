@@ -7,15 +7,8 @@
 #include "setup/flow.h"
 #include "setup/product.h"
 #include "setup/product_ini.h"
-#include "templates/sets.h"
 
 namespace {
-
-// What becomes `templates` and `vlimg` once the answers are accepted.
-struct default_set {
-    heap_text templates;
-    path_text vlimg;
-};
 
 // Whether the product is there already and its upgrade is wanted instead.
 bool wants_upgrade(pINI_SETTINGS ini) {
@@ -25,7 +18,7 @@ bool wants_upgrade(pINI_SETTINGS ini) {
     print("\ngxsetup has found an old version of %s in this directory",
           ini_value_num(ini, D_PROD_NAME));
     imsg("switch to upgrade?");
-    return s_strcmp(question(YN_SWITCHU_Q, "YES"), "TRUE") == 0;
+    return is_yes(question(YN_SWITCHU_Q, "YES"));
 }
 
 void load_old_settings(pINI_SETTINGS ini) {
@@ -67,10 +60,7 @@ void ask_wml_support(pINI_SETTINGS ini) {
     ask_wml(ini);
     if (is_true_answer(ini, D_WML)) {
         path_text vlimg;
-        const heap_text templates = ask_template_sets(ini, formatted(".%cwap", '/').c_str(),
-                                                      vlimg.data(), vlimg.buffer().size());
-        set_answer(ini, D_WAP_TEMPLATES, templates.get());
-        set_answer(ini, D_WAP_VLIMG, vlimg.c_str());
+        number_wap_sets(ini);
     }
 }
 
@@ -78,7 +68,7 @@ void ask_wml_support(pINI_SETTINGS ini) {
 
 int gxinstall_quest(pINI_SETTINGS ini) {
     bool is_first_pass = true;
-    default_set chosen;
+    set_choice choice;
 
     dmsg("install questions");
     for (;;) {
@@ -95,8 +85,7 @@ int gxinstall_quest(pINI_SETTINGS ini) {
         ask_templates(ini, has_sets);
         ask_images(ini, is_first_pass);
         if (has_sets) {
-            chosen.templates = ask_template_sets(ini, formatted(".%ctpl", '/').c_str(),
-                                                 chosen.vlimg.data(), chosen.vlimg.buffer().size());
+            choice = number_sets(ini);
         }
         do_ini_quest(ini, is_first_pass ? 1 : 0);
         ask_wml_support(ini);
@@ -105,8 +94,7 @@ int gxinstall_quest(pINI_SETTINGS ini) {
         set_answer(ini, D_REPLACE_INI, "TRUE");
         set_answer(ini, D_REPLACE_TMPLTS, "TRUE");
         if (print_gxvalues(ini) == 0) {
-            set_answer(ini, D_TEMPLATES, chosen.templates.get());
-            set_answer(ini, D_VLIMG, chosen.vlimg.c_str());
+            store_choice(ini, choice);
             return 1;
         }
         is_first_pass = false;

@@ -6,7 +6,7 @@
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "setup/flow.h"
-#include "setup/product.h"
+#include "setup/job.h"
 #include "setup/product_ini.h"
 #include "templates/sets.h"
 
@@ -14,36 +14,7 @@
 
 namespace {
 
-constexpr const char *templates_source = "./tpl";
-constexpr const char *wap_source = "./wap";
-constexpr const char *images_source = "./img";
-constexpr const char *manuals_source = "./manuals";
-
-// The installation as its steps see it; `success` is cleared by each step that fails.
-struct installation {
-    pINI_SETTINGS ini;
-    bool has_sets;
-    bool wants_wml;
-    bool success = true;
-
-    [[nodiscard]] const char *answer(answer_position position) const {
-        return ini_value_num(ini, position);
-    }
-
-    [[nodiscard]] std::string below_install_dir(const char *name) const {
-        return formatted("%s%c%s", answer(D_INSTALL_DIR), '/', name);
-    }
-
-    void check(int result) { success = success && result != 0; }
-};
-
-// The line that the dots of the step follow; the log has its own words for it.
-void announce(const char *logged, const char *shown) {
-    dmsg("%s", logged);
-    print("\n%s", shown);
-}
-
-bool create_directories(const installation &job) {
+bool create_directories(const setup_job &job) {
     if (make_owned_dir(job.answer(D_INSTALL_DIR), directory_mode) == 0) {
         return false;
     }
@@ -56,30 +27,22 @@ bool create_directories(const installation &job) {
     return make_owned_dir(job.answer(D_VLIMG_DIR), images_mode) != 0;
 }
 
-void copy_flat_product(installation &job) {
+void copy_flat_product(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
-    const char *images = job.answer(D_VLIMG_DIR);
     announce("Copying template files", "Copying template files");
     job.check(do_xcopy("*", install_dir, 1));
     words_copy(install_dir, "tpl_", "words.dat");
     job.check(do_xcopy2(templates_source, "*", install_dir, 1));
-    announce("Copying graphic and wav files", "Copying graphic and wav files");
-    for (const char *pattern : {"*.jpg", "*.wav", "*.gif"}) {
-        job.check(do_xcopy2(templates_source, pattern, images, 1));
-    }
-    announce("Copy vbs and js files.", "Copying VBS and JS files");
-    for (const char *pattern : {"*.vbs", "*.js"}) {
-        job.check(do_xcopy(pattern, images, 1));
-    }
+    copy_flat_images(job, 1);
 }
 
-void copy_program(installation &job) {
+void announce_and_copy_program(setup_job &job) {
     announce("Copying cgi files", "Copying cgi files");
-    job.check(do_exe_copy(product_program(job.ini).c_str(), job.answer(D_CGI_PATH), 1));
+    copy_program(job);
 }
 
 // Whether the sets were copied whole is not asked: the result does not depend on it.
-void copy_set_product(installation &job) {
+void copy_set_product(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
     announce("Copying template files", "Copying template files");
     do_template_copy(templates_source, install_dir, 0);
@@ -89,20 +52,25 @@ void copy_set_product(installation &job) {
     announce("Copying graphic and wav files", "Copying graphic and wav files");
     do_template_copy(images_source, job.answer(D_VLIMG_DIR), 0);
     do_template_copy(images_source, job.below_install_dir("img").c_str(), 0);
-    copy_program(job);
-    announce("Copying manual files", "Copying manual files");
-    job.check(do_xcopy2(manuals_source, "*", job.answer(D_MANUAL), 1));
+    announce_and_copy_program(job);
+    copy_manuals(job);
 }
 
-void write_ini(installation &job, answer_position name, const char *prod) {
+void announce_ini(const setup_job &job, answer_position name) {
     dmsg("Creating ini file");
     print("\nCreating %s.ini file", job.answer(name));
-    job.check(write_new_gxini(job.ini, prod, cgi_file(job.ini, name, "ini").c_str()));
 }
 
-void install_wml(installation &job) {
-    job.check(copy_wml_program(job.ini));
-    write_ini(job, D_WML_NAME, wml_product);
+void write_ini(setup_job &job) {
+    announce_ini(job, D_PROD_NAME);
+    const std::string file = cgi_file(job.ini, D_PROD_NAME, "ini");
+    job.check(write_new_gxini(job.ini, job.answer(D_PROD_NAME), file.c_str()));
+}
+
+void install_wml(setup_job &job) {
+    copy_wml_program(job);
+    announce_ini(job, D_WML_NAME);
+    write_wml_ini(job);
 }
 
 bool copy_original_sets(const std::string &originals) {
@@ -121,11 +89,10 @@ bool copy_original_sets(const std::string &originals) {
 }
 
 // Offers a copy of the distribution's templates. False when a directory could not be created.
-bool offer_originals(const installation &job) {
-    if (s_strcmp(question(YN_ORGTMP_Q, "YES", job.answer(D_INSTALL_DIR), '/', ""), "TRUE") != 0) {
+bool offer_originals(const setup_job &job) {
+    if (!wants_originals(job, "")) {
         return true;
     }
-    dmsg("Copy originals");
     const std::string originals = job.below_install_dir("originals");
     if (make_owned_dir(originals.c_str(), directory_mode) == 0) {
         return false;
@@ -140,12 +107,12 @@ bool offer_originals(const installation &job) {
     return true;
 }
 
-void offer_clean_up(installation &job) {
+void offer_clean_up(setup_job &job) {
     if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
         return;
     }
     dmsg("Delete temp ?");
-    if (s_strcmp(question(YN_DELTEMP_Q, "YES"), "TRUE") == 0) {
+    if (is_yes(question(YN_DELTEMP_Q, "YES"))) {
         print("\nDeleting temporary files");
         job.check(do_tmprmv(job.ini, "*"));
         imsg("Removed temporary files");
@@ -165,10 +132,7 @@ int gxinstall_main(pINI_SETTINGS ini) {
 }
 
 int gxinstall(pINI_SETTINGS ini) {
-    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
-    installation job = {.ini = ini,
-                        .has_sets = has_template_sets(prod_name),
-                        .wants_wml = is_true_answer(ini, D_WML)};
+    setup_job job(ini);
     get_uid();
     if (!create_directories(job)) {
         return 0;
@@ -178,18 +142,18 @@ int gxinstall(pINI_SETTINGS ini) {
     } else {
         copy_flat_product(job);
     }
-    copy_program(job);
-    write_ini(job, D_PROD_NAME, prod_name);
+    announce_and_copy_program(job);
+    write_ini(job);
     if (job.wants_wml) {
         install_wml(job);
     }
-    print_outcome(ini, "Installation", "installation", job.success);
+    print_outcome(job, "Installation", "installation");
     print("You may wish to customize the template and .ini files.  If you do, it is\n");
     print("advisable to keep a copy of the original templates.\n");
     if (!offer_originals(job)) {
         return 0;
     }
     offer_clean_up(job);
-    print_thanks(ini, "installing");
+    print_thanks(job, "installing");
     return job.success ? 1 : 0;
 }

@@ -2,7 +2,7 @@
 
 #include "core/console.h"
 #include "dialogue/question.h"
-#include "files/operations.h"
+#include "templates/sets.h"
 
 void print_notes(bool offers_changes) {
     print("Notes: Defaults are shown [thus], just press enter to accept default\n");
@@ -45,6 +45,26 @@ void ask_wml(pINI_SETTINGS ini) {
     set_answer(ini, D_WML, question(YN_WML_Q, wanted, ini_value_num(ini, D_WML_NAME)));
 }
 
+set_choice number_sets(pINI_SETTINGS ini) {
+    set_choice choice;
+    const std::span<char> vlimg = choice.vlimg.buffer();
+    choice.templates = ask_template_sets(ini, templates_source, vlimg.data(), vlimg.size());
+    return choice;
+}
+
+void number_wap_sets(pINI_SETTINGS ini) {
+    path_text vlimg;
+    const heap_text templates =
+        ask_template_sets(ini, wap_source, vlimg.data(), vlimg.buffer().size());
+    set_answer(ini, D_WAP_TEMPLATES, templates.get());
+    set_answer(ini, D_WAP_VLIMG, vlimg.c_str());
+}
+
+void store_choice(pINI_SETTINGS ini, const set_choice &choice) {
+    set_answer(ini, D_TEMPLATES, choice.templates.get());
+    set_answer(ini, D_VLIMG, choice.vlimg.c_str());
+}
+
 std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
     const char *directory = ini_value_num(ini, D_CGI_PATH);
     return formatted("%s%c%s.%s", directory, '/', ini_value_num(ini, name), extension);
@@ -62,25 +82,4 @@ bool load_installed_answers(pINI_SETTINGS ini) {
     const std::string path =
         formatted("%s%c%s", ini_value_num(ini, D_TEMPLATES), '/', answers_file);
     return ini_load(ini, path.c_str()) != 0;
-}
-
-int copy_wml_program(pINI_SETTINGS ini) {
-    return do_exe_copy2(product_program(ini).c_str(), cgi_file(ini, D_WML_NAME, "cgi").c_str(), 1);
-}
-
-void print_outcome(pINI_SETTINGS ini, const char *title, const char *job, bool success) {
-    const char *install_dir = ini_value_num(ini, D_INSTALL_DIR);
-    print("\n%s\n", dashed_rule);
-    print("%s %s.\n\n", title, success ? "successful" : "unsuccessful");
-    print("A log of the %s can be found \"%s%cgxsetup.log\".\n", job, install_dir, '/');
-    print("All setup information has been written to gxsetup.dat which has been saved in\n");
-    print("\"%s\" for use in future upgrades.\n\n", install_dir);
-}
-
-void print_thanks(pINI_SETTINGS ini, const char *doing) {
-    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
-    print("\n\nThank-you for %s %s\n\n", doing, prod_name);
-    print("To connect to %s enter the following URL on your web browser\n\n", prod_name);
-    print("    http://%s/%s/%s.%s", ini_value_num(ini, D_DOMAIN),
-          strip_path(ini_value_num(ini, D_CGI_PATH), 0), ini_value_num(ini, D_CGI_NAME), "cgi");
 }

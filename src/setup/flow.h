@@ -1,7 +1,9 @@
-// What the four flows share: the notes of their banners, asking for an answer and storing it, the
-// files of an installed product and what it remembers, and the closing lines.
+// What the questions of the four flows share: the notes of their banners, asking for an answer and
+// storing it, the choice of template sets, the files of an installed product and what it remembers.
 #pragma once
 
+#include "core/format.h"
+#include "core/text.h"
 #include "dialogue/questions.h"
 #include "setup/answer_store.h"
 
@@ -28,6 +30,27 @@ void ask_images_directory(pINI_SETTINGS ini, question_number quest_num);
 // Asks whether the WML program is wanted and stores the reply.
 void ask_wml(pINI_SETTINGS ini);
 
+// --- Template sets ---
+
+// The distribution's directories of sets.
+inline constexpr const char *templates_source = "./tpl";
+inline constexpr const char *wap_source = "./wap";
+
+// The default set of a questionnaire. A part that is missing leaves the answer as it is.
+struct set_choice {
+    heap_text templates;
+    path_text vlimg;
+};
+
+// Numbers the distribution's template sets; gives the default one.
+set_choice number_sets(pINI_SETTINGS ini);
+
+// Numbers the WML template sets; the default one becomes `wap_templates` and `wap_vlimg`.
+void number_wap_sets(pINI_SETTINGS ini);
+
+// Makes the choice the answers `templates` and `vlimg`.
+void store_choice(pINI_SETTINGS ini, const set_choice &choice);
+
 // --- An installed product ---
 
 // CGI_PATH/NAME.EXTENSION, NAME being the answer `name`.
@@ -40,16 +63,3 @@ std::string product_program(pINI_SETTINGS ini);
 // directory. False when the file could not be opened, which the log is told.
 bool load_installed_ini(pINI_SETTINGS ini);
 bool load_installed_answers(pINI_SETTINGS ini);
-
-// Copies the product's program into the cgi directory under the WML name. 1, or 0 when the copy
-// failed.
-int copy_wml_program(pINI_SETTINGS ini);
-
-// --- Closing lines ---
-
-// Prints how it went ("Installation successful." and so on; `job` is the same word inside a
-// sentence) and where the log and the answers are.
-void print_outcome(pINI_SETTINGS ini, const char *title, const char *job, bool success);
-
-// Prints the thanks ("Thank-you for JOB-ing PRODUCT") and the URL of the product.
-void print_thanks(pINI_SETTINGS ini, const char *doing);

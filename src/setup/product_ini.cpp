@@ -168,8 +168,7 @@ int do_ini_quest(pINI_SETTINGS ini, int guess) {
     const char *host =
         is_imap ? ask_answer(ini, D_IMAPHOST, I_IMAP_Q) : ask_answer(ini, D_POPHOST, I_POP_Q);
     set_answer(ini, D_SMTPHOST, host);
-    if (has_sets &&
-        s_strcmp(question(I_ALLOW_HOST, "no", is_imap ? "IMAP" : "POP3"), "TRUE") == 0) {
+    if (has_sets && is_yes(question(I_ALLOW_HOST, "no", is_imap ? "IMAP" : "POP3"))) {
         read_allowed_hosts(ini);
     }
     return set_answer(ini, D_SMTPHOST, question(I_SMTP_Q, ini_value_num(ini, D_SMTPHOST)));

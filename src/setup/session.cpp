@@ -10,6 +10,7 @@
 #include "files/operations.h"
 #include "files/search.h"
 #include "install/install.h"
+#include "remove/remove.h"
 #include "setup/answer_store.h"
 #include "setup/flow.h"
 #include "setup/product.h"
@@ -285,6 +286,9 @@ int run_flows(flow_number flow) {
         switch (flow) {
         case flow_install:
             result = gxinstall_main(answers());
+            break;
+        case flow_remove:
+            result = gxremove_main(answers());
             break;
         default:
             break;

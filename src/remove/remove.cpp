@@ -1,0 +1,157 @@
+#include "remove/remove.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "dialogue/answers.h"
+#include "dialogue/path_checks.h"
+#include "dialogue/question.h"
+#include "files/operations.h"
+#include "files/search.h"
+#include "setup/flow.h"
+#include "setup/job.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <span>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+// Set once the answers saved with the installation were loaded; lives for the run.
+bool gxdat_found_here = false;
+
+void print_removal_banner(const setup_job &job) {
+    print_imsg("Removing %s, version %s", job.answer(D_PROD_NAME), job.answer(D_VERSION));
+    print("\n%s\n", dashed_rule);
+    print("Please answer the following questions so I can remove %s correctly from\nyour system\n",
+          job.answer(D_PROD_NAME));
+    print("You will be asked for directories then prompted to delete them\n");
+    print_notes(true);
+    print("%s\n", dashed_rule);
+}
+
+// Asks for the program's name until it is found in the cgi directory.
+void find_program(const setup_job &job) {
+    while (file_exists(cgi_file(job.ini, D_CGI_NAME, "cgi").c_str()) == 0) {
+        const char *prod_name = job.answer(D_PROD_NAME);
+        print("\ngxsetup cannot find an old version of %s in this directory. If you\n", prod_name);
+        print("have changed the name of the cgi, please enter the new name now. If there\n");
+        print("is no previous version of %s, please enter Q to quit", prod_name);
+        path_text name(question(BLANK, ""));
+        set_answer(job.ini, D_CGI_NAME, clean_up_name(name.data()));
+    }
+}
+
+void load_old_settings(const setup_job &job) {
+    if (!load_installed_ini(job.ini)) {
+        return;
+    }
+    if (!gxdat_found_here) {
+        gxdat_found_here = load_installed_answers(job.ini);
+    }
+    if (job.has_sets) {
+        set_answer(job.ini, D_TEMPLATES, job.answer(D_INSTALL_DIR));
+    }
+}
+
+void remove_program(setup_job &job, const char *shown_name, const char *name) {
+    if (is_yes(question(YN_RCGI_Q, "YES", shown_name, job.answer(D_CGI_PATH)))) {
+        const std::string wild = formatted("%s.*", name);
+        job.check(do_xrmv(job.ini, wild.c_str(), job.answer(D_CGI_PATH), 1, 0));
+    }
+}
+
+void remove_empty_directory(const char *directory) {
+    if (::rmdir(directory) != 0) {
+        print_emsg("Cannot remove %s: %s", directory, std::strerror(errno));
+    }
+}
+
+void remove_images(setup_job &job) {
+    dmsg("Remove vlimg files");
+    const std::string directory = ask_answer(job.ini, D_VLIMG_DIR, D_VLIMG_Q);
+    if (is_yes(question(YN_RVLIMG_Q, "NO", "graphics and wav", directory.c_str()))) {
+        job.check(do_xrmv(job.ini, "*.gif,*.jpg,*.wav", directory.c_str(), 1, 0));
+    }
+    // Also after a no: an empty images directory goes, one that is not is reported.
+    remove_empty_directory(directory.c_str());
+}
+
+void remove_user_directories(setup_job &job, const char *workarea) {
+    found_names names;
+    const int count = wild_find2(workarea, "u_*", names);
+    if (count == 0) {
+        print_imsg("No user directories found.");
+    }
+    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
+        const std::string path = formatted("%s%c%s", workarea, '/', name.get());
+        struct stat entry {};
+        if (::stat(path.c_str(), &entry) == 0) {
+            if (has_directory_bit(entry)) {
+                job.check(remove_tree(job.ini, "*", path.c_str()));
+            } else {
+                dmsg("u_ file found weird?");
+            }
+        }
+        name.reset();
+    }
+}
+
+void remove_users(setup_job &job) {
+    dmsg("Remove user files");
+    if (ini_value(job.ini, "workarea", 0) == nullptr) {
+        set_answer(job.ini, D_WORKAREA, job.answer(D_TEMPLATES));
+    }
+    const std::string workarea = ask_answer(job.ini, D_WORKAREA, D_WKAREA_Q);
+    if (is_yes(question(YN_RUINFO_Q, "NO", workarea.c_str()))) {
+        remove_user_directories(job, workarea.c_str());
+    } else {
+        set_answer(job.ini, D_DEL_USERS, "FALSE");
+    }
+    print("\n");
+}
+
+// What the question about the templates says of users' directories below them.
+const char *users_note(const setup_job &job) {
+    const char *templates = job.answer(D_TEMPLATES);
+    const bool are_kept = job.answer(D_DEL_USERS) == nullptr &&
+                          s_strncmp(job.answer(D_WORKAREA), templates, s_strlen(templates)) == 0;
+    return are_kept ? "\n(This will not include any user information directories) " : "";
+}
+
+void remove_templates(setup_job &job) {
+    dmsg("Remove template files");
+    const std::string templates = ask_answer(job.ini, D_TEMPLATES, D_TMPLTS_Q);
+    if (!is_yes(question(YN_RTMPLTS_Q, "YES", templates.c_str(), users_note(job)))) {
+        return;
+    }
+    if (match_root_dir(templates.c_str()) == 1) {
+        job.check(do_tmprmv(job.ini, "*"));
+        std::remove(answers_file);
+        return;
+    }
+    job.check(do_xrmv(job.ini, "*", templates.c_str(), 1, 0));
+    remove_empty_directory(templates.c_str());
+}
+
+} // namespace
+
+int gxremove_main(pINI_SETTINGS ini) {
+    setup_job job(ini);
+
+    print_removal_banner(job);
+    dmsg("Remove cgi");
+    ask_answer(ini, D_CGI_PATH, D_CGI2_Q);
+    find_program(job);
+    load_old_settings(job);
+    remove_program(job, job.answer(D_PROD_NAME), job.answer(D_CGI_NAME));
+    remove_program(job, job.answer(D_WML_NAME), job.answer(D_WML_NAME));
+    remove_images(job);
+    remove_users(job);
+    remove_templates(job);
+    dmsg("Change action to remove");
+    set_answer(ini, D_ACTION, "remove");
+    return job.success ? 1 : 0;
+}

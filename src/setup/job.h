@@ -1,0 +1,55 @@
+// The work of a flow: what it works on, and the steps that install and upgrade both take. Progress
+// lines have no end of their own: the dots of the copies follow on the same line.
+#pragma once
+
+#include "setup/answer_store.h"
+
+#include <string>
+
+// The distribution's directories of images and manuals.
+inline constexpr const char *images_source = "./img";
+inline constexpr const char *manuals_source = "./manuals";
+
+// One run of the steps. The product is judged when the job starts.
+struct setup_job {
+    explicit setup_job(pINI_SETTINGS answers);
+
+    pINI_SETTINGS ini;
+    bool has_sets;
+    bool wants_wml;
+    bool success = true; // cleared by each checked step that fails
+
+    [[nodiscard]] const char *answer(answer_position position) const;
+
+    // INSTALL_DIR/NAME.
+    [[nodiscard]] std::string below_install_dir(const char *name) const;
+
+    // Clears `success` for a result of 0.
+    void check(int result);
+};
+
+// Writes `logged` to the log at debug level and starts a progress line with `shown`.
+void announce(const char *logged, const char *shown);
+
+// Copies images and scripts of a product without template sets into the images directory.
+void copy_flat_images(setup_job &job, int overwrite);
+
+// Copies the distribution's manuals.
+void copy_manuals(setup_job &job);
+
+// Copies the product's program into the cgi directory; there under the WML name.
+void copy_program(setup_job &job);
+void copy_wml_program(setup_job &job);
+
+// Writes the .ini of the WML program.
+void write_wml_ini(setup_job &job);
+
+// Prints how it went ("Installation successful." and so on; `work` is the same word inside a
+// sentence) and where the log and the answers are.
+void print_outcome(const setup_job &job, const char *title, const char *work);
+
+// Asks whether the distribution's templates shall be kept as "originals"; `note` ends the question.
+bool wants_originals(const setup_job &job, const char *note);
+
+// Prints the thanks ("Thank-you for DOING PRODUCT") and the URL of the product.
+void print_thanks(const setup_job &job, const char *doing);

@@ -110,6 +110,7 @@ bool put_argument(Sink &sink, const conversion &how, argument_list &arguments) {
     case 's':
         put_text(sink, how, va_arg(arguments.list, const char *));
         return true;
+    // NOLINTNEXTLINE(bugprone-branch-clone): the types taken differ
     case 'd':
     case 'i':
         put_number(sink, how, va_arg(arguments.list, int), 10);

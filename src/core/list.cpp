@@ -190,6 +190,7 @@ void *list_remove(LINK_LIST *list) {
     if (node == nullptr) {
         return nullptr;
     }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): no freed node is linked in
     (node->pre != nullptr ? node->pre->post : list->first) = node->post;
     (node->post != nullptr ? node->post->pre : list->last) = node->pre;
     list->current = node->post;

@@ -20,6 +20,7 @@ constexpr std::size_t line_size = 1024;
 constexpr std::size_t newline_limit = 511; // a line this long gets no line feed of its own
 constexpr std::size_t rotation_limit = 100000;
 constexpr std::size_t stamp_length = 12;
+constexpr std::size_t ctime_size = 26; // POSIX ctime_r
 constexpr int generations = 2;
 
 using line_text = bounded_text<line_size>;
@@ -61,9 +62,9 @@ bool open_log_lazily() {
     return true;
 }
 
-// Day of the month and time, as they stand in the text of ctime (POSIX ctime_r, 26 bytes).
+// Day of the month and time, as they stand in the text of ctime.
 std::string time_stamp() {
-    std::array<char, 26> text{};
+    std::array<char, ctime_size> text{};
     const std::time_t now = std::time(nullptr);
     if (::ctime_r(&now, text.data()) == nullptr) {
         return std::string(stamp_length, ' ');

@@ -10,7 +10,7 @@
 #include <string_view>
 
 struct file_closer {
-    void operator()(std::FILE *file) const { std::fclose(file); }
+    void operator()(std::FILE *file) const { static_cast<void>(std::fclose(file)); }
 };
 
 // An open stream, closed when it goes.

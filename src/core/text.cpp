@@ -38,6 +38,31 @@ bool has_text(const char *text) {
     return text != nullptr && *text != '\0';
 }
 
+// Sorts the records from lb to ub into two segments around the middle one; gives its place.
+char *part_segment(char *lb, char *ub, std::size_t size,
+                   int (*compar)(const void *, const void *)) {
+    const std::size_t records = static_cast<std::size_t>(ub - lb) / size;
+    exchange(lb, lb + records / 2 * size, size);
+    char *i = lb + size;
+    char *j = ub;
+    for (;;) {
+        while (i < j && compar(lb, i) > 0) {
+            i += size;
+        }
+        while (j >= i && compar(j, lb) > 0) {
+            j -= size;
+        }
+        if (i >= j) {
+            break;
+        }
+        exchange(i, j, size);
+        j -= size;
+        i += size;
+    }
+    exchange(lb, j, size);
+    return j;
+}
+
 } // namespace
 
 char *ncpy(char *dst, const char *src, std::size_t len) {
@@ -125,6 +150,7 @@ char *s_strlwr(char *text) {
     return text;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): callers hand over a text of their own to cut
 int s_strtrm(char *text) {
     // The scan for trailing blanks starts at the terminating NUL, which is none: nothing is cut.
     return text != nullptr ? 1 : 0;
@@ -334,25 +360,7 @@ void myqsort(void *base, std::size_t nmemb, std::size_t size,
     while (depth > 0) {
         auto [lb, ub] = stack[--depth];
         while (lb < ub) {
-            const std::size_t records = static_cast<std::size_t>(ub - lb) / size;
-            exchange(lb, lb + records / 2 * size, size);
-            char *i = lb + size;
-            char *j = ub;
-            for (;;) {
-                while (i < j && compar(lb, i) > 0) {
-                    i += size;
-                }
-                while (j >= i && compar(j, lb) > 0) {
-                    j -= size;
-                }
-                if (i >= j) {
-                    break;
-                }
-                exchange(i, j, size);
-                j -= size;
-                i += size;
-            }
-            exchange(lb, j, size);
+            char *j = part_segment(lb, ub, size, compar);
             if (j - lb > ub - j) {
                 if (lb + size < j) {
                     stack[depth++] = {lb, j - size};

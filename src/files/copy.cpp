@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr std::size_t block_size = 128 * 1024;
+constexpr std::size_t block_size = std::size_t{128} * 1024;
 
 constexpr std::array<std::string_view, 4> programs_here = {"kestrel.cgi", "plover.cgi",
                                                            "tanager.cgi", "gxsetup"};
@@ -42,9 +42,9 @@ class descriptor {
 
     // False, with errno set, when what was written is lost (POSIX close).
     bool close() {
-        const int number = number_;
+        const int closing = number_;
         number_ = -1;
-        return number < 0 || ::close(number) == 0;
+        return closing < 0 || ::close(closing) == 0;
     }
 
   private:

@@ -1,0 +1,1 @@
+<p><small>||title|| ||version||</small></p>

@@ -1,0 +1,1 @@
+<p><a href="||self||?page=message&amp;mail=||number||">||subject||</a><br/>||from||</p>

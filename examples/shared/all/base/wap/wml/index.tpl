@@ -1,0 +1,10 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE wml PUBLIC "-//WAPFORUM//DTD WML 1.1//EN" "http://www.wapforum.org/DTD/wml_1.1.xml">
+<wml>
+<card id="inbox" title="||title||">
+<p align="center"><img src="||vlimg||/||logo||" alt="||title||"/></p>
+<p>||unread|| new of ||count||</p>
+||mails mail.tpl||
+||include foot.tpl||
+</card>
+</wml>

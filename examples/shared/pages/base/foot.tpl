@@ -1,0 +1,3 @@
+<p class="foot">||title|| ||version||</p>
+</body>
+</html>

@@ -1,0 +1,1 @@
+<li><a href="||self||?page=options&amp;set=||set||">||set||</a></li>

@@ -38,14 +38,15 @@ function read_settings(file,    line, got, at, name) {
     return got == 0
 }
 
-# The query may name a page, a mail and a template set, in plain letters and digits; else it is refused.
+# The query may name a page, a mail and a template set, in plain letters and digits. What is not of
+# that form is passed over.
 function read_query(query,    parts, number, i, at) {
-    if (query ~ /[^a-zA-Z0-9_=&-]/)
-        fail("400 Bad Request", "This address is not one of ours.")
     number = split(query, parts, "&")
     for (i = 1; i <= number; i++)
-        if ((at = index(parts[i], "=")))
+        if (parts[i] ~ /^(page|mail|set)=[a-zA-Z0-9_-]+$/) {
+            at = index(parts[i], "=")
             asked[substr(parts[i], 1, at - 1)] = substr(parts[i], at + 1)
+        }
 }
 
 # A set line is NUMBER PATH URL NAME Set, and only the path may hold blanks. The set asked for, if
@@ -193,7 +194,7 @@ BEGIN {
     add_mail("Postmaster", "12 Mar 08:02", 1, "Mailbox 80% full", "Your mailbox is nearly full. Please remove what you do not need.")
     add_mail("Tom \"Twitch\" Marsh", "11 Mar 21:47", 0, "Re: hide < 2 miles off?", "About a mile and a half, past the weir.\n\nTom")
     add_mail("Reed Bed Trust", "10 Mar 16:30", 0, "Volunteers wanted for April", "We need six pairs of boots with people in them.")
-    add_mail("Ada Fielding", " 9 Mar 11:05", 0, "Ringing results", "29 rings, 3 re-traps. See you on Tuesday.\n\nAda")
+    add_mail("Ada Fielding", "9 Mar 11:05", 0, "Ringing results", "29 rings, 3 re-traps. See you on Tuesday.\n\nAda")
 
     value["title"] = "@TITLE@"
     value["version"] = "@VERSION@"

@@ -131,7 +131,8 @@ function escaped(text) {
     return text
 }
 
-# Every ||name|| of the line becomes its value; what was filled in is not looked at again.
+# Every ||name|| of the line becomes its value, or stays when there is none; what was filled in is not
+# looked at again.
 function filled(line,    done, from, to, name) {
     while ((from = index(line, "||"))) {
         done = done substr(line, 1, from - 1)
@@ -140,7 +141,7 @@ function filled(line,    done, from, to, name) {
             return done "||" line
         name = substr(line, 1, to - 1)
         line = substr(line, to + 2)
-        done = done escaped(value[name])
+        done = done (name in value ? escaped(value[name]) : "||" name "||")
     }
     return done line
 }
@@ -162,8 +163,10 @@ function repeat(order, name,    i) {
 }
 
 function render(name,    file, line) {
-    if (depth >= 5 || (file = find_template(name)) == "")
+    if (depth >= 5 || (file = find_template(name)) == "") {
+        print "||" name " is missing||"
         return
+    }
     if (!(file in lines_of)) {
         lines_of[file] = 0
         while ((getline line < file) > 0)
@@ -196,6 +199,7 @@ BEGIN {
     add_mail("Reed Bed Trust", "10 Mar 16:30", 0, "Volunteers wanted for April", "We need six pairs of boots with people in them.")
     add_mail("Ada Fielding", "9 Mar 11:05", 0, "Ringing results", "29 rings, 3 re-traps. See you on Tuesday.\n\nAda")
 
+    value["keep_set"] = value["footer"] = value["logo"] = value["background"] = ""
     value["title"] = "@TITLE@"
     value["version"] = "@VERSION@"
     value["self"] = ENVIRON["SCRIPT_NAME"]

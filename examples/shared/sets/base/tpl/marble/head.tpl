@@ -5,7 +5,7 @@
 <title>||title||</title>
 <style>
 body { margin: 2em; font-family: serif; background: url("||vlimg||/||background||") }
-.menu { background: #fff; padding: 0.5em } .menu a { margin-right: 1em }
+.menu { background: #fff; color: #222; padding: 0.5em } .menu a { margin-right: 1em }
 table { border-collapse: collapse; background: #fff; color: #222; width: 100% }
 td, th { padding: 0.3em 0.8em; text-align: left; border-bottom: 1px solid #ddd }
 td a, .menu a { color: inherit }

@@ -54,7 +54,7 @@ class bounded_text {
     bounded_text &assign(std::string_view text) {
         cut_ = text.size() > capacity;
         const std::size_t length = cut_ ? capacity : text.size();
-        std::memmove(buffer_, text.data(), length);
+        std::char_traits<char>::move(buffer_, text.data(), length);
         buffer_[length] = '\0';
         return *this;
     }
@@ -63,7 +63,7 @@ class bounded_text {
         const std::size_t used = std::strlen(buffer_);
         const bool too_long = text.size() > capacity - used;
         const std::size_t length = too_long ? capacity - used : text.size();
-        std::memmove(buffer_ + used, text.data(), length);
+        std::char_traits<char>::move(buffer_ + used, text.data(), length);
         buffer_[used + length] = '\0';
         cut_ = cut_ || too_long;
         return *this;

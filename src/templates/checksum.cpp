@@ -1,0 +1,297 @@
+#include "templates/checksum.h"
+
+#include "core/log.h"
+#include "core/text.h"
+#include "templates/header.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+// --- Sums ---
+
+constexpr std::size_t weights = 3;
+
+// No branch, so that many bytes are taken at once.
+constexpr std::uint8_t value_of(char character) {
+    const int is_line_end =
+        static_cast<int>(character == '\n') | static_cast<int>(character == '\r');
+    return static_cast<std::uint8_t>(character & ~-is_line_end);
+}
+
+// Sums of bytes by their distance from the first one modulo 3.
+using class_sums = std::array<std::uint32_t, weights>;
+
+// Adds as many bytes as there are whole stripes in them, and at most 257 stripes (16 bits hold the
+// sum of a lane then). Gives their number. `stripe` is a whole number of weight cycles and of
+// vectors.
+template <std::size_t stripe>
+[[gnu::always_inline]] inline std::size_t add_stripes(std::string_view bytes, class_sums &sums) {
+    constexpr std::size_t most = 257;
+    const std::size_t stripes = std::min(bytes.size() / stripe, most);
+    const char *row = bytes.data();
+    std::array<std::uint16_t, stripe> lanes{};
+    for (std::size_t count = 0; count < stripes; count++, row += stripe) {
+        for (std::size_t lane = 0; lane < stripe; lane++) {
+            lanes[lane] = static_cast<std::uint16_t>(lanes[lane] + value_of(row[lane]));
+        }
+    }
+    for (std::size_t lane = 0; lane < stripe; lane++) {
+        sums[lane % weights] += lanes[lane];
+    }
+    return stripes * stripe;
+}
+
+std::size_t add_many(std::string_view bytes, class_sums &sums) {
+    return add_stripes<48>(bytes, sums);
+}
+
+#if defined(__x86_64__)
+// The same in the wider vectors that most of these processors have.
+[[gnu::target("avx2")]] std::size_t add_more(std::string_view bytes, class_sums &sums) {
+    return add_stripes<96>(bytes, sums);
+}
+
+bool has_wide_vectors() {
+    return __builtin_cpu_supports("avx2") != 0;
+}
+#else
+constexpr auto add_more = add_many;
+
+constexpr bool has_wide_vectors() {
+    return false;
+}
+#endif
+
+std::uint32_t weighted_sum(std::string_view bytes, std::size_t offset) {
+    static const auto add = has_wide_vectors() ? add_more : add_many;
+    class_sums sums{};
+    while (const std::size_t count = add(bytes, sums)) {
+        bytes.remove_prefix(count);
+    }
+    for (std::size_t at = 0; at < bytes.size(); at++) {
+        sums[at % weights] += value_of(bytes[at]);
+    }
+    std::uint32_t sum = 0;
+    for (std::size_t at = 0; at < weights; at++) {
+        sum += sums[at] << ((offset + at) % weights);
+    }
+    return sum;
+}
+
+// --- Pieces ---
+
+constexpr std::size_t marker_length = checksum_line_start.size();
+constexpr std::size_t read_size = std::size_t{64} * 1024;
+constexpr std::size_t look_size = 1024; // looked through at once
+
+// What a window keeps of the one before it: the piece around a place at the end of what was
+// searched may begin one piece before it and end one piece behind it.
+constexpr std::size_t kept_size = 2 * piece_limit;
+
+// The bytes of the template being walked; read anew by each walk, one at a time.
+std::array<char, kept_size + read_size + marker_length> window;
+
+// Whether "||" and `third` stand anywhere among the first `count` places of `bytes`, of which two
+// more can be read.
+bool may_hold_marker(const char *bytes, std::size_t count, char third) {
+    std::uint8_t found = 0;
+    for (std::size_t at = 0; at < count; at++) {
+        found |= static_cast<std::uint8_t>(static_cast<int>(bytes[at] == '|') &
+                                           static_cast<int>(bytes[at + 1] == '|') &
+                                           static_cast<int>(bytes[at + 2] == third));
+    }
+    return found != 0;
+}
+
+// The last line feed. Looks in blocks from the end: the search for a character that is fast goes
+// forward.
+std::size_t last_line_feed(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t start = text.size() - std::min(text.size(), look_size);
+        const std::string_view block = text.substr(start);
+        if (block.find('\n') != std::string_view::npos) {
+            return start + block.rfind('\n');
+        }
+        text = text.substr(0, start);
+    }
+    return std::string_view::npos;
+}
+
+// One walk. Places are counted from the start of the window.
+class walk {
+  public:
+    walk(std::FILE *file, std::string_view marker, const part_receiver &receive)
+        : file_(file), marker_(marker), receive_(receive) {}
+
+    bool run() {
+        while (!has_ended_) {
+            if (!fill() || !hand_on_window()) {
+                return false;
+            }
+            slide();
+        }
+        return true;
+    }
+
+  private:
+    bool fill() {
+        const std::size_t count = std::fread(window.data() + filled_, 1, read_size, file_);
+        filled_ += count;
+        has_ended_ = count < read_size;
+        return std::ferror(file_) == 0;
+    }
+
+    // Hands on what can be judged by now: in a window that is not the last, what may belong to a
+    // piece that goes on behind its end is left.
+    bool hand_on_window() {
+        const std::size_t settled = has_ended_ ? filled_ : filled_ - piece_limit;
+        for (;;) {
+            const std::size_t found = find_marker(settled);
+            if (found == std::string_view::npos) {
+                break;
+            }
+            searched_ = found + 1;
+            if (!hand_on_piece_of(found)) {
+                return false;
+            }
+        }
+        searched_ = std::max(searched_, settled);
+        return hand_on_run(std::max(handed_, has_ended_ ? filled_ : settled - piece_limit));
+    }
+
+    // The next place below `end` where the marker stands. Goes from one "|" to the next at first,
+    // and looks closer where one is.
+    [[nodiscard]] std::size_t find_marker(std::size_t end) const {
+        const std::string_view text(window.data(), filled_);
+        std::size_t at = searched_;
+        while ((at = text.substr(0, end).find('|', at)) < end) {
+            const std::size_t count = std::min(look_size, end - at);
+            if (may_hold_marker(window.data() + at, count, marker_[2])) {
+                const std::size_t found = text.substr(at, count + marker_length - 1).find(marker_);
+                if (found != std::string_view::npos) {
+                    return at + found;
+                }
+            }
+            at += count;
+        }
+        return std::string_view::npos;
+    }
+
+    // Hands on the piece around a marker, and before it the run that it ends; nothing when the end
+    // of the piece cuts the marker.
+    bool hand_on_piece_of(std::size_t marker_at) {
+        note_lines(marker_at);
+        const std::size_t in_line = offset_ + marker_at - line_start_;
+        const std::size_t begin = marker_at - in_line % piece_limit;
+        const std::size_t limit = std::min(begin + piece_limit, filled_);
+        if (marker_at + marker_length > limit) {
+            return true;
+        }
+        std::string_view piece(window.data() + begin, limit - begin);
+        piece = piece.substr(0, std::min(piece.find('\n'), piece.size() - 1) + 1);
+        if (!hand_on_run(begin) || !receive_({piece, offset_ + begin, true})) {
+            return false;
+        }
+        handed_ = searched_ = begin + piece.size();
+        return true;
+    }
+
+    bool hand_on_run(std::size_t end) {
+        const std::string_view run(window.data() + handed_, end - handed_);
+        const std::size_t offset = offset_ + handed_;
+        handed_ = end;
+        return run.empty() || receive_({run, offset, false});
+    }
+
+    // Sets line_start_ to the start of the line in which `place` stands.
+    void note_lines(std::size_t place) {
+        const std::string_view news(window.data() + noted_, place - noted_);
+        const std::size_t line_feed = last_line_feed(news);
+        if (line_feed != std::string_view::npos) {
+            line_start_ = offset_ + noted_ + line_feed + 1;
+        }
+        noted_ = place;
+    }
+
+    // Drops what was handed on from the window.
+    void slide() {
+        note_lines(handed_);
+        std::memmove(window.data(), window.data() + handed_, filled_ - handed_);
+        offset_ += handed_;
+        filled_ -= handed_;
+        searched_ -= handed_;
+        noted_ = 0;
+        handed_ = 0;
+    }
+
+    std::FILE *file_;
+    std::string_view marker_;
+    const part_receiver &receive_;
+    bool has_ended_ = false;
+    std::size_t offset_ = 0;     // of the window in the file
+    std::size_t filled_ = 0;     // bytes in the window
+    std::size_t handed_ = 0;     // end of what was handed on
+    std::size_t searched_ = 0;   // end of what was searched for the marker
+    std::size_t noted_ = 0;      // end of what was looked through for line feeds
+    std::size_t line_start_ = 0; // offset in the file of the line in which noted_ stands
+};
+
+} // namespace
+
+stream_handle open_template(const char *path) {
+    stream_handle file = open_to_read(path);
+    struct stat status {};
+    if (file && ::fstat(::fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
+        file.reset();
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    }
+    return file;
+}
+
+bool walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive) {
+    return walk(file, marker, receive).run();
+}
+
+void running_checksum::add(const template_part &part) {
+    if (part.is_marked && part.bytes.find("||checksum=") != std::string_view::npos) {
+        add_checksum_line(part.bytes, part.offset);
+    } else {
+        sum_ += weighted_sum(part.bytes, part.offset);
+    }
+}
+
+// The number stands behind the line's first "="; it and both bars behind it are not summed.
+void running_checksum::add_checksum_line(std::string_view line, std::size_t offset) {
+    line.remove_prefix(line.find('=') + 1);
+    const std::size_t bar = std::min(line.find('|'), line.size());
+    stored_ = static_cast<std::uint32_t>(s_atoi(std::string(line.substr(0, bar)).c_str()));
+    line.remove_prefix(bar);
+    for (int bars = 0; bars < 2 && line.starts_with('|'); bars++) {
+        line.remove_prefix(1);
+    }
+    sum_ += weighted_sum(line, offset);
+}
+
+int calculate(std::string_view bf, std::size_t fpos) {
+    return static_cast<int>(weighted_sum(bf, fpos));
+}
+
+int do_checksum(const char *file, int compare) {
+    const stream_handle stream = open_template(file);
+    running_checksum checksum;
+    const auto add = [&](const template_part &part) {
+        checksum.add(part);
+        return true;
+    };
+    if (!stream || !walk_template(stream.get(), checksum_line_start, add)) {
+        emsg("can't open %s, %s", file, std::strerror(errno));
+        return stream && compare != 0 ? 1 : 0;
+    }
+    return compare != 0 ? checksum.difference() : checksum.sum();
+}

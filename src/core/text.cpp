@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -206,7 +207,11 @@ std::size_t s_strlen(const char *text) {
 }
 
 int s_atoi(const char *text) {
-    return text != nullptr ? static_cast<int>(std::strtol(text, nullptr, 10)) : 0;
+    constexpr long lowest = std::numeric_limits<int>::min();
+    constexpr long highest = std::numeric_limits<int>::max();
+    return text != nullptr
+               ? static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), lowest, highest))
+               : 0;
 }
 
 char *s_strtoken(const char *string, const char *sep) {

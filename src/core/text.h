@@ -62,6 +62,7 @@ const char *s_strchr(const char *text, int character);
 // The place in `hay` of the first match ignoring case, or null.
 const char *s_stristr(const char *hay, const char *needle);
 std::size_t s_strlen(const char *text);
+// The leading decimal number, 0 without one; what no int can hold becomes the nearest that it can.
 int s_atoi(const char *text);
 
 // Splits a text at any character of `sep`. A text starts anew (at most 1023 characters of it are

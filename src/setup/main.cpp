@@ -7,6 +7,7 @@
 #include "dialogue/answers.h"
 #include "dialogue/help.h"
 #include "setup/session.h"
+#include "templates/header.h"
 
 #include <algorithm>
 #include <csignal>
@@ -102,6 +103,12 @@ int main(int argc, char **argv) {
         modes = read_argument(argv[1]);
     } else {
         modes.gxsetup = true;
+    }
+    if (modes.header) {
+        tpl_add_header();
+    }
+    if (modes.checksum) {
+        add_checksum();
     }
     if (modes.gxsetup) {
         gxsetup_main();

@@ -15,6 +15,7 @@
 #include "setup/flow.h"
 #include "setup/product.h"
 #include "setup/version.h"
+#include "upgrade/upgrade.h"
 
 #include <cerrno>
 #include <cstring>
@@ -77,7 +78,7 @@ void ask_product() {
     while (true) {
         path_text reply(question(I_PROD2_Q, "plover"));
         set_answer(answers(), D_PROD_NAME, reply.c_str());
-        answer(D_PROD_NAME);
+        answer(D_PROD_NAME); // the value that ini_update then replaces
         ini_update(answers(), s_strlwr(reply.data()));
         if (find_product(reply.c_str()) != nullptr) {
             return;
@@ -286,6 +287,9 @@ int run_flows(flow_number flow) {
         switch (flow) {
         case flow_install:
             result = gxinstall_main(answers());
+            break;
+        case flow_upgrade:
+            result = gxupgrade_main(answers());
             break;
         case flow_remove:
             result = gxremove_main(answers());

@@ -1,0 +1,106 @@
+#include "upgrade/upgrade.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "dialogue/question.h"
+#include "files/search.h"
+#include "setup/flow.h"
+#include "setup/product.h"
+#include "setup/product_ini.h"
+
+#include <string>
+
+namespace {
+
+// Both live for the run: cleared once answers were to be changed; set once the answers saved with
+// the installation were loaded.
+bool firsttime = true;
+bool gxdat_found_here = false;
+
+// Whether the install is wanted, there being no old program. What is typed instead is dropped.
+bool wants_install(pINI_SETTINGS ini) {
+    if (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 1) {
+        return false;
+    }
+    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
+    dmsg("Switch to install");
+    print("\ngxsetup cannot find an old version of %s in this directory. If you\n", prod_name);
+    print("have changed the name of the cgi, please enter the new name now. If there\n");
+    print("is no previous version of %s, please press enter now to switch to the", prod_name);
+    return is_yes(question(I_SWITCHI_Q, ""));
+}
+
+void load_old_settings(pINI_SETTINGS ini, bool has_sets) {
+    if (!load_installed_ini(ini)) {
+        return;
+    }
+    dmsg("load ini with ini file settings");
+    if (!gxdat_found_here) {
+        dmsg("load gxsetup.dat from ini setting of templates directory");
+        gxdat_found_here = load_installed_answers(ini);
+    }
+    if (has_sets) {
+        // The old .ini names the default set's directory; the work area is the one above.
+        set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_WORKAREA));
+        ini_remove_all(ini, "tpl_set");
+    }
+}
+
+void ask_url(pINI_SETTINGS ini) {
+    path_text url(ini_value_num(ini, D_VLIMG));
+    if (firsttime) {
+        get_URL(ini, url);
+    }
+    dmsg("relative URL");
+    set_answer(ini, D_VLIMG, question(I_URL_Q, url.c_str()));
+}
+
+} // namespace
+
+int gxupgrade_quest(pINI_SETTINGS ini) {
+    set_choice choice;
+    bool is_mail = false;
+
+    dmsg("upgrade questions");
+    for (;;) {
+        print_questions_banner(ini, "upgrade");
+        const bool is_imap = is_imap_product(ini_value_num(ini, D_PROD_NAME));
+        is_mail = is_mail || (!is_imap && has_template_sets(ini_value_num(ini, D_PROD_NAME)));
+        const bool has_sets = is_imap || is_mail;
+
+        dmsg("replace templates?");
+        const std::string replaces = question(YN_RPLTMPLTS_Q, "NO");
+        dmsg("CGI Path?");
+        const std::string cgi_path = question(D_CGI2_Q, ini_value_num(ini, D_CGI_PATH));
+        if (firsttime) {
+            // By the stored answers: the reply just given is stored afterwards.
+            if (wants_install(ini)) {
+                return 0;
+            }
+            load_old_settings(ini, has_sets);
+        }
+        set_answer(ini, D_CGI_PATH, cgi_path.c_str());
+        set_answer(ini, D_REPLACE_TMPLTS, replaces.c_str());
+        dmsg("Templates ?");
+        ask_answer(ini, D_TEMPLATES, D_TMPLTS_Q);
+        dmsg("vlimg dir ?");
+        ask_images_directory(ini, D_VLIMG3_Q);
+        ask_url(ini);
+        ask_wml(ini);
+        if (is_true_answer(ini, D_REPLACE_TMPLTS)) {
+            if (has_sets) {
+                choice = number_sets(ini);
+            }
+            if (is_true_answer(ini, D_WML)) {
+                number_wap_sets(ini);
+            }
+        }
+        dmsg("Action to upgrade");
+        set_answer(ini, D_ACTION, "upgrade");
+        if (print_gxvalues(ini) == 0) {
+            store_choice(ini, choice);
+            return 1;
+        }
+        firsttime = false;
+    }
+}

@@ -1,0 +1,179 @@
+#include "upgrade/upgrade.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "dialogue/path_checks.h"
+#include "dialogue/question.h"
+#include "files/operations.h"
+#include "files/search.h"
+#include "setup/flow.h"
+#include "setup/job.h"
+#include "setup/product_ini.h"
+#include "templates/sets.h"
+#include "upgrade/classify.h"
+
+#include <string>
+
+namespace {
+
+// The flag of a template copy that leaves the sets without the word list.
+constexpr int without_words = 1;
+
+bool create_directories(const setup_job &job) {
+    if (make_owned_dir(job.answer(D_VLIMG_DIR), images_mode) == 0) {
+        return false;
+    }
+    return !job.has_sets ||
+           (make_owned_dir(job.answer(D_MANUAL), directory_mode) != 0 &&
+            make_owned_dir(job.below_install_dir("img").c_str(), directory_mode) != 0);
+}
+
+void replace_templates(setup_job &job) {
+    const char *install_dir = job.answer(D_INSTALL_DIR);
+    announce("Copying template files", "Copying template files");
+    if (!job.has_sets) {
+        job.check(do_xcopy2(templates_source, "*.*", install_dir, 1));
+        return;
+    }
+    do_template_copy(templates_source, install_dir, without_words);
+    if (job.wants_wml) {
+        do_template_copy(wap_source, install_dir, 0);
+    }
+}
+
+void copy_templates(setup_job &job, int overwrite) {
+    if (overwrite != 0) {
+        replace_templates(job);
+    } else {
+        do_upgrade_list(job.ini);
+        announce("Copying new template files", "Copying new template files");
+    }
+    job.check(do_xcopy2(templates_source, job.has_sets ? "*" : "*.*", job.answer(D_INSTALL_DIR),
+                        overwrite));
+}
+
+void copy_images(setup_job &job, int overwrite) {
+    if (!job.has_sets) {
+        copy_flat_images(job, overwrite);
+        return;
+    }
+    announce("Copying graphic and wav files", "Copying graphic and wav files");
+    do_template_copy(images_source, job.answer(D_VLIMG_DIR), without_words);
+    do_template_copy(images_source, job.below_install_dir("img").c_str(), without_words);
+}
+
+void copy_programs(setup_job &job) {
+    announce("Copying CGI files", "Copying cgi files");
+    copy_program(job);
+    if (job.wants_wml) {
+        copy_wml_program(job);
+    }
+}
+
+void write_ini(setup_job &job, bool replaces_ini) {
+    if (replaces_ini) {
+        dmsg("Creaing new ini file");
+        print("\nCreating new %s.ini file", job.answer(D_PROD_NAME));
+    } else {
+        dmsg("Creaing .new file");
+    }
+    const std::string file = cgi_file(job.ini, D_PROD_NAME, replaces_ini ? "ini" : "new");
+    job.check(write_new_gxini(job.ini, job.answer(D_PROD_NAME), file.c_str()));
+}
+
+// The WML sets become the template sets, all but the first.
+void take_wap_sets(pINI_SETTINGS ini) {
+    ini_remove_all(ini, "tpl_set");
+    ini_value_num(ini, D_WML_TPL_SET);
+    while (const char *set = ini_next_value_num(ini, D_WML_TPL_SET)) {
+        set_answer(ini, D_TPL_SET, set);
+    }
+    set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_WAP_TEMPLATES));
+    set_answer(ini, D_VLIMG, ini_value_num(ini, D_WAP_VLIMG));
+}
+
+void renew_wml_ini(setup_job &job, bool replaces_ini) {
+    if (!replaces_ini && file_exists(cgi_file(job.ini, D_WML_NAME, "ini").c_str()) == 1) {
+        return;
+    }
+    dmsg("Creating ini file");
+    print("\nCreating %s.ini file", job.answer(D_WML_NAME));
+    take_wap_sets(job.ini);
+    write_wml_ini(job);
+}
+
+void print_advice() {
+    print("You may wish to make changes to any of the template files.  If you do, it is\n");
+    print("advisable to keep a copy of the unchanged templates (ie. those in the \n");
+    print("distribution set).\n");
+}
+
+// Offers a copy of the distribution's templates. False when its directory could not be created.
+bool offer_originals(const setup_job &job, int overwrite) {
+    const char *note = overwrite != 0
+                           ? ""
+                           : "\n(This will not overwrite any templates already in this directory) ";
+    if (!wants_originals(job, note)) {
+        return true;
+    }
+    const std::string originals = job.below_install_dir("originals");
+    if (make_owned_dir(originals.c_str(), directory_mode) == 0) {
+        return false;
+    }
+    print("Copying original template files");
+    do_xcopy2(templates_source, job.has_sets ? "*" : "*.tpl", originals.c_str(), overwrite);
+    print("\nCopy complete.\n");
+    return true;
+}
+
+void offer_clean_up(const setup_job &job) {
+    if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
+        return;
+    }
+    if (is_yes(question(YN_DELTEMP_Q, "YES"))) {
+        dmsg("Deleting temporary files");
+        print("\nDeleting temporary files");
+        do_tmprmv(job.ini, "*");
+    }
+}
+
+} // namespace
+
+int gxupgrade_main(pINI_SETTINGS ini) {
+    dmsg("gxupgrade_main()");
+    if (gxupgrade_quest(ini) == 0) {
+        return -2;
+    }
+    print("\nPlease wait while gxsetup upgrades %s\n", ini_value_num(ini, D_PROD_NAME));
+    return gxupgrade(ini);
+}
+
+int gxupgrade(pINI_SETTINGS ini) {
+    dmsg("upgrade");
+    get_uid();
+    setup_job job(ini);
+    const int overwrite = is_true_answer(ini, D_REPLACE_TMPLTS) ? 1 : 0;
+    const bool replaces_ini = is_true_answer(ini, D_REPLACE_INI);
+
+    if (!create_directories(job)) {
+        return 0;
+    }
+    copy_templates(job, overwrite);
+    copy_images(job, overwrite);
+    copy_programs(job);
+    if (job.has_sets) {
+        copy_manuals(job);
+    }
+    write_ini(job, replaces_ini);
+    if (job.wants_wml) {
+        renew_wml_ini(job, replaces_ini);
+    }
+    print_outcome(job, "Upgrade", "upgrade");
+    print_advice();
+    if (!offer_originals(job, overwrite)) {
+        return 0;
+    }
+    offer_clean_up(job);
+    print_thanks(job, "upgrading");
+    return 1;
+}

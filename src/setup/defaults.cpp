@@ -1,0 +1,157 @@
+#include "setup/defaults.h"
+
+#include "core/console.h"
+#include "core/format.h"
+#include "core/log.h"
+#include "core/program.h"
+#include "core/text.h"
+#include "dialogue/question.h"
+#include "setup/answer_store.h"
+#include "setup/flow.h"
+
+#include <string_view>
+
+namespace {
+
+pINI_SETTINGS answers() {
+    return &gxvalues;
+}
+
+// What is suggested for an operating system. The templates directories are those of kestrel,
+// plover, tanager and every other product.
+struct system_defaults {
+    const char *cgi_path;
+    const char *vlimg_dir;
+    const char *kestrel_templates;
+    const char *plover_templates;
+    const char *tanager_templates;
+    const char *other_templates;
+    bool knows_imap; // whether tanager's file is one for IMAP; on Unix it is made like a POP one
+};
+
+constexpr system_defaults unix_defaults = {
+    .cgi_path = "/home/httpd/cgi-bin",
+    .vlimg_dir = "/home/httpd/html/vlimg",
+    .kestrel_templates = "/var/spool/kestrel",
+    .plover_templates = "/var/spool/plov",
+    .tanager_templates = "/var/spool/tanager",
+    .other_templates = "/var/spool/osprey",
+    .knows_imap = false,
+};
+
+constexpr system_defaults windows_defaults = {
+    .cgi_path = R"(\inetpub\scripts)",
+    .vlimg_dir = R"(\inetpub\wwwroot\vlimg)",
+    .kestrel_templates = R"(\kestrel)",
+    .plover_templates = R"(\plov)",
+    .tanager_templates = R"(\tanager)",
+    .other_templates = R"(\osprey)",
+    .knows_imap = true,
+};
+
+bool is_product(const char *name) {
+    return s_stricmp(ini_value_num(answers(), D_PROD_NAME), name) == 0;
+}
+
+const char *templates_of(const system_defaults &defaults) {
+    if (is_product("kestrel")) {
+        return defaults.kestrel_templates;
+    }
+    if (is_product("plover")) {
+        return defaults.plover_templates;
+    }
+    return is_product("tanager") ? defaults.tanager_templates : defaults.other_templates;
+}
+
+void start_answers() {
+    ini_init(answers(), emsg, dmsg);
+    ini_setup(answers(), ans_values, nullptr);
+    add_placeholder_hosts(answers());
+}
+
+void print_banner() {
+    print("To create a file of defaults for use in gxsetup, answer the following questions\n");
+    print("Notes: Suggestions are shown in square brackets [thus]\n");
+    print("       Just press Enter to accept suggestion.\n");
+    print("%s\n", dashed_rule);
+}
+
+bool is_wanted(question_number quest_num) {
+    return s_strcmp(question(quest_num, "NO"), "TRUE") == 0;
+}
+
+void ask_directories() {
+    if (is_wanted(YN_CHDIR_Q)) {
+        ask_answer(answers(), D_TEMPLATES, D_STMPLTS_Q);
+        ask_answer(answers(), D_VLIMG_DIR, D_SVLIMG_Q);
+        ask_answer(answers(), D_CGI_PATH, D_SCGI_Q);
+    }
+}
+
+void ask_hosts(bool is_imap) {
+    if (!is_wanted(YN_CHINI_Q)) {
+        return;
+    }
+    const char *domain = ask_answer(answers(), D_DOMAIN, I_SDOM_Q);
+    path_text suggestion;
+    suggestion.format("mail.%s", domain);
+    if (is_imap) {
+        set_answer(answers(), D_IMAPHOST, question(I_SIMAP_Q, suggestion.c_str()));
+    } else {
+        set_answer(answers(), D_POPHOST, question(I_SPOP_Q, suggestion.c_str()));
+    }
+    path_text pop_host(ini_value_num(answers(), D_POPHOST));
+    set_answer(answers(), D_POPHOST, s_strlwr(pop_host.data()));
+    if (pop_host.view().starts_with("pop")) {
+        suggestion.format("smtp.%s", domain);
+    }
+    set_answer(answers(), D_SMTPHOST, question(I_SSMTP_Q, suggestion.c_str()));
+}
+
+// The name of the file to write; "" when the name given is refused, which console and log are told.
+path_text ask_file(const path_text &op_system) {
+    path_text suggestion;
+    suggestion.format("gxdflt_%s.dat", op_system.c_str());
+    path_text name(question(F_DFLTFILE_Q, suggestion.c_str()));
+    const std::size_t dot = name.view().find('.');
+    if (dot == std::string_view::npos) {
+        name.append(".dat");
+    } else if (s_stricmp(name.c_str() + dot + 1, "dat") != 0) {
+        print_imsg("%s not valid: gxsetup will only read .dat files", name.c_str());
+        name.assign("");
+    }
+    return name;
+}
+
+int save_answers(const path_text &name) {
+    if (name.is_cut() || ini_save(answers(), name.c_str(), program_version) == 0) {
+        print_emsg("cannot write to %s\n", name.c_str());
+        return 0;
+    }
+    print_imsg("%s saved\n", name.c_str());
+    dmsg("Clear gxvalues");
+    ini_clear(answers());
+    return 1;
+}
+
+} // namespace
+
+int make_dflt() {
+    start_answers();
+    print_banner();
+    ask_answer(answers(), D_VERSION, I_VER_Q);
+    set_answer(answers(), D_PROD_NAME, question(I_PROD_Q, "plover"));
+    const path_text op_system(ask_answer(answers(), D_OP_SYSTEM, I_OPSYS_Q));
+    const bool is_windows = s_stricmp(op_system.c_str(), "nt") == 0;
+    const system_defaults &defaults = is_windows ? windows_defaults : unix_defaults;
+    const bool is_imap = defaults.knows_imap && is_product("tanager");
+    set_answer(answers(), D_CGI_PATH, defaults.cgi_path);
+    set_answer(answers(), D_VLIMG_DIR, defaults.vlimg_dir);
+    set_answer(answers(), D_TEMPLATES, templates_of(defaults));
+    ask_directories();
+    ask_hosts(is_imap);
+    ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
+    set_answer(answers(), D_WML, question(YN_WML_Q, "NO", ini_value_num(answers(), D_WML_NAME)));
+    const path_text name = ask_file(op_system);
+    return name.empty() ? 0 : save_answers(name);
+}

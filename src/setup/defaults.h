@@ -1,0 +1,9 @@
+// The defaults-file maker: asks a distributor what a product's setup should suggest and saves the
+// answers as a settings file. Saved as gxdflt.dat beside the product, it is what the session starts
+// from. main runs it.
+#pragma once
+
+// Asks its questions and saves the answers in a file of the name given last, whose ending must be
+// ".dat" (added when the name has no "."). Fills and clears the answer store. 1; 0 and a message on
+// console and log when the name is refused or the file cannot be written, the store then left full.
+int make_dflt();

@@ -179,7 +179,6 @@ int filemsg(const char *format, ...) {
 
 int logit(const char *output, std::size_t len) {
     if (state.logged_bytes + len > rotation_limit && !state.rotating) {
-        state.logged_bytes = 0;
         rotate_logs();
     }
     if (!state.logf && !open_log_lazily()) {
@@ -217,6 +216,7 @@ int rotate_logs() {
         ok = false;
     }
     state.rotating = false;
+    state.logged_bytes = 0;
     return open_log(open_to_write(state.logfile.c_str())) && ok ? 1 : 0;
 }
 

@@ -128,8 +128,8 @@ int replace_value(pINI_SETTINGS ini, list_struct *place, const char *name, const
 
 int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool is_password) {
     heap_text name_copy = copy_text(ini, name, "name");
-    heap_text value_copy = copy_text(ini, value, "value");
-    if (!name_copy || !value_copy) {
+    heap_text value_copy = name_copy ? copy_text(ini, value, "value") : nullptr;
+    if (!value_copy) {
         return 0;
     }
     if (list_add(&ini->settings, name_copy.get()) == 0) {

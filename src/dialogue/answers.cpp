@@ -8,7 +8,9 @@
 #include <string_view>
 
 char *clean_up_answer(char *answer) {
-    answer[std::strcspn(answer, "\r\n")] = '\0';
+    std::replace_if(
+        answer, answer + std::strlen(answer),
+        [](char character) { return character == '\r' || character == '\n'; }, '\0');
     return answer;
 }
 

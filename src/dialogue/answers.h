@@ -2,7 +2,8 @@
 // share. Several are deliberately looser or stricter than their names suggest.
 #pragma once
 
-// Cuts `answer` in place at its first carriage return or line feed. Gives `answer`.
+// Replaces every carriage return and line feed of `answer` by a NUL, so that it ends at the first.
+// Gives `answer`.
 char *clean_up_answer(char *answer);
 
 // The first character of `text` that is neither a blank nor a tab.

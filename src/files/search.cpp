@@ -39,16 +39,16 @@ element_result match_set(std::string_view set, unsigned char character) {
     const bool is_negated = set.starts_with('^');
     const std::size_t first = is_negated ? 1 : 0;
     bool is_member = false;
+    unsigned char previous = 0;
     std::size_t at = first;
-    while (at < set.size() && (set[at] != ']' || at == first)) {
-        const unsigned char lowest = byte_at(set, at);
-        unsigned char highest = lowest;
-        if (at + 2 < set.size() && set[at + 1] == '-' && set[at + 2] != ']') {
-            highest = byte_at(set, at + 2);
-            at += 2;
-        }
+    for (; at < set.size() && (set[at] != ']' || at == first); at++) {
+        const bool joins =
+            set[at] == '-' && at > first && at + 1 < set.size() && set[at + 1] != ']';
+        at += joins ? 1 : 0;
+        const unsigned char highest = byte_at(set, at);
+        const unsigned char lowest = joins ? previous : highest;
         is_member = is_member || (lowest <= character && character <= highest);
-        at++;
+        previous = highest;
     }
     if (at >= set.size()) {
         return no_match;

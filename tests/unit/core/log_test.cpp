@@ -274,8 +274,7 @@ TEST_F(Inilog, AMessageAfterCloseLogOpensTheLogAgainAndTheNextInilogSaysSo) {
     emsg("again");
     EXPECT_EQ(log_text(), "Error: again\n");
     inilog(".", "next");
-    EXPECT_EQ(log_text("next.log"),
-              "Error: Errors logged before inilog called see init.log\n");
+    EXPECT_EQ(log_text("next.log"), "Error: Errors logged before inilog called see init.log\n");
 }
 
 TEST_F(Inilog, APipeIsNeverWaitedFor) {

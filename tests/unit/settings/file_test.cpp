@@ -274,8 +274,7 @@ TEST_F(IniSave, AFileThatCannotBeCreatedGivesZeroAndAnErrorWithItsName) {
 TEST_F(IniSave, AFullDiskGivesZeroAndNamesTheFileAndTheSystemsError) {
     ini_add(&ini, "cgi_name", "kestrel");
     EXPECT_EQ(ini_save(&ini, "/dev/full", "test"), 0);
-    EXPECT_EQ(errors,
-              texts{"INI: file {/dev/full} could not be written: No space left on device"});
+    EXPECT_EQ(errors, texts{"INI: file {/dev/full} could not be written: No space left on device"});
 }
 
 TEST_F(IniSave, ANullStoreGivesZeroAndMakesNoFile) {

@@ -40,8 +40,8 @@ int keep_debug_message(const char *format, ...) {
 }
 
 constexpr INI_NAMES_INFO names[] = {
-    {"cgi_name", nullptr, 0, 0},  {"templates", nullptr, 0, 0}, {"workarea", nullptr, 0, 0},
-    {"tpl_set", nullptr, 1, 0},   {"secret", nullptr, 0, 1},    {"secrets", nullptr, 1, 1},
+    {"cgi_name", nullptr, 0, 0}, {"templates", nullptr, 0, 0}, {"workarea", nullptr, 0, 0},
+    {"tpl_set", nullptr, 1, 0},  {"secret", nullptr, 0, 1},    {"secrets", nullptr, 1, 1},
     {nullptr, nullptr, 0, 0},
 };
 constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "workarea",
@@ -193,7 +193,7 @@ TEST(Ini, UseBeforeInitEndsTheProgramWithStatus1) {
 
 TEST_F(IniSetup, StoresBothTablesAndAddsTheDefaults) {
     constexpr INI_NAMES_INFO with_defaults[] = {
-        {"action", "install", 0, 0}, {"empty", "", 0, 0}, {"none", nullptr, 0, 0},
+        {"action", "install", 0, 0}, {"empty", "", 0, 0},      {"none", nullptr, 0, 0},
         {"port", "110", 0, 0},       {nullptr, nullptr, 0, 0},
     };
     EXPECT_EQ(ini_setup(&ini, with_defaults, nullptr), 1);
@@ -368,9 +368,8 @@ TEST_F(IniAdd, AReplacementThatCannotBeInsertedRemovesTheSetting) {
         const failing_memory none(memory_of::nodes, 0);
         EXPECT_EQ(ini_add(&ini, "cgi_name", "plover"), 0);
     }
-    EXPECT_EQ(errors,
-              (texts{"LIST: Error - add item to list failed\n",
-                     "INI: Adding {cgi_name=plover} to settings failed removed setting."}));
+    EXPECT_EQ(errors, (texts{"LIST: Error - add item to list failed\n",
+                             "INI: Adding {cgi_name=plover} to settings failed removed setting."}));
     EXPECT_EQ(settings(), (texts{"templates=/tpl", "other=1"}));
     EXPECT_EQ(value("cgi_name"), "(none)");
 }

@@ -1,0 +1,142 @@
+#include "support/tree.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <grp.h>
+#include <pwd.h>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr std::size_t stamp_length = 12;
+constexpr std::size_t short_content = 40;
+
+std::vector<std::string> paths_below(const std::string &directory) {
+    std::vector<std::string> paths;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
+        paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+bool is_printable(char character) {
+    return std::isprint(static_cast<unsigned char>(character)) != 0 || character == '\n';
+}
+
+// ` "content"` of a short text file, without its last line feed; nothing for any other.
+std::string content_note(const std::string &path) {
+    std::string content = read_file(path);
+    if (content.ends_with('\n')) {
+        content.pop_back();
+    }
+    const bool is_shown = content.size() <= short_content &&
+                          content.find('\n') == std::string::npos &&
+                          std::all_of(content.begin(), content.end(), is_printable);
+    return is_shown ? " \"" + content + "\"" : "";
+}
+
+std::string describe(const std::string &path) {
+    struct stat entry {};
+    if (::lstat(path.c_str(), &entry) != 0) {
+        return "(gone) " + path;
+    }
+    std::array<char, 8> mode{};
+    std::snprintf(mode.data(), mode.size(), "%04o ", static_cast<unsigned>(entry.st_mode & 07777));
+    const std::string line = mode.data() + path;
+    if (S_ISDIR(entry.st_mode)) {
+        return line + "/";
+    }
+    return S_ISREG(entry.st_mode) ? line + content_note(path) : line + " (special)";
+}
+
+bool has_time_stamp(std::string_view line) {
+    constexpr std::string_view form = "dd dd:dd:dd ";
+    if (line.size() < stamp_length) {
+        return false;
+    }
+    for (std::size_t at = 0; at < form.size(); at++) {
+        const bool is_digit = std::isdigit(static_cast<unsigned char>(line[at])) != 0;
+        const bool fits =
+            form[at] == 'd' ? is_digit || (at == 0 && line[at] == ' ') : line[at] == form[at];
+        if (!fits) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool follows_a_directory(std::string_view line) {
+    return line.starts_with("Info:  Copying ") || line.starts_with("Info:  created directory ") ||
+           line.starts_with("Info:  Can't create ");
+}
+
+} // namespace
+
+std::string tree_of(const world &host, const std::string &directory) {
+    std::string lines;
+    for (const std::string &path : paths_below(directory)) {
+        lines += describe(path) + "\n";
+    }
+    return host.shown(lines);
+}
+
+std::string not_owned(const std::string &directory) {
+    const passwd *user = ::getpwnam("nobody");
+    const group *override_group = ::getgrnam("nobody");
+    if (user == nullptr) {
+        return "there is no user nobody";
+    }
+    const gid_t group_wanted = override_group != nullptr ? override_group->gr_gid : user->pw_gid;
+    std::vector<std::string> paths = paths_below(directory);
+    paths.push_back(directory);
+    std::sort(paths.begin(), paths.end());
+    std::string lines;
+    for (const std::string &path : paths) {
+        struct stat entry {};
+        if (::lstat(path.c_str(), &entry) != 0 || entry.st_uid != user->pw_uid ||
+            entry.st_gid != group_wanted) {
+            lines += path + "\n";
+        }
+    }
+    return lines;
+}
+
+std::string shown_file(const world &host, const std::string &path) {
+    return host.shown(read_file(path));
+}
+
+std::string shown_log(const world &host, const std::string &path) {
+    std::istringstream text(shown_file(host, path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(has_time_stamp(line) ? line.substr(stamp_length) : "(no stamp)" + line);
+    }
+    auto from = lines.begin();
+    while (from != lines.end()) {
+        const auto to = std::find_if_not(from, lines.end(), follows_a_directory);
+        std::sort(from, to);
+        from = to == lines.end() ? to : to + 1;
+    }
+    std::string result;
+    for (const std::string &line : lines) {
+        result += line + "\n";
+    }
+    return result;
+}
+
+std::string shown_log_without(const world &host, const std::string &path,
+                              std::string_view left_out) {
+    std::istringstream text(shown_log(host, path));
+    std::string result;
+    for (std::string line; std::getline(text, line);) {
+        if (line.find(left_out) == std::string::npos) {
+            result += line + "\n";
+        }
+    }
+    return result;
+}

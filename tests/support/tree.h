@@ -1,0 +1,29 @@
+// What the wizard leaves behind, as texts that a test compares with literals: trees of files with
+// their modes and contents, their owners, the lines of a log.
+#pragma once
+
+#include "support/world.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A line for each entry below `directory`, sorted by path: mode and path, a directory with a "/" at
+// its end, and the content of a file when it is short and printable. The root shows as "@".
+std::string tree_of(const world &host, const std::string &directory);
+
+// The entries at and below `directory` that the owner of installed files does not own: user nobody
+// and its primary group, or the group nobody where there is one. Sorted, one a line.
+std::string not_owned(const std::string &directory);
+
+// The content of a file, with "@" for the root.
+std::string shown_file(const world &host, const std::string &path);
+
+// The lines of a log without their time stamps, with "@" for the root. A line without a stamp shows
+// as it is, behind "(no stamp)". Where the wizard works through a directory, the order of its lines
+// is the directory's: each run of lines about copies and new directories is sorted.
+std::string shown_log(const world &host, const std::string &path);
+
+// The same without the lines that hold `left_out`.
+std::string shown_log_without(const world &host, const std::string &path,
+                              std::string_view left_out);

@@ -1,0 +1,275 @@
+#include "support/wizard_run.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+using clock_type = std::chrono::steady_clock;
+
+constexpr auto time_limit = 40s;
+constexpr const char *program_path = GXSETUP_PROGRAM;
+
+// The environment of the program; the sanitizers and the coverage keep their own settings.
+std::vector<std::string> clean_environment() {
+    std::vector<std::string> settings = {"PATH=/usr/bin:/bin", "LC_ALL=C", "TZ=UTC", "TERM=dumb"};
+    for (char **one = environ; *one != nullptr; one++) {
+        for (const char *prefix : {"ASAN_", "LSAN_", "UBSAN_", "GCOV_"}) {
+            if (std::string_view(*one).starts_with(prefix)) {
+                settings.emplace_back(*one);
+            }
+        }
+    }
+    return settings;
+}
+
+std::vector<char *> pointers_to(std::vector<std::string> &texts) {
+    std::vector<char *> pointers;
+    for (std::string &text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// Becomes the program. Never returns.
+[[noreturn]] void become_program(const std::string &directory,
+                                 const std::vector<std::string> &arguments,
+                                 const std::function<void()> &prepare) {
+    constexpr int not_started = 127;
+    std::vector<std::string> words = {program_path};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> settings = clean_environment();
+    std::signal(SIGPIPE, SIG_DFL);
+    if (prepare) {
+        prepare();
+    }
+    if (::chdir(directory.c_str()) == 0) {
+        ::execve(program_path, pointers_to(words).data(), pointers_to(settings).data());
+    }
+    std::perror(program_path);
+    ::_exit(not_started);
+}
+
+int status_of(int wait_status) {
+    return WIFEXITED(wait_status) ? WEXITSTATUS(wait_status)
+                                  : killed_by_signal + WTERMSIG(wait_status);
+}
+
+// Waits for a child to end; kills it at the deadline.
+int wait_until(::pid_t child, clock_type::time_point deadline) {
+    int status = 0;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        if (clock_type::now() > deadline) {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &status, 0);
+            return timed_out;
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    return status_of(status);
+}
+
+int milliseconds_until(clock_type::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock_type::now());
+    return static_cast<int>(std::max<std::int64_t>(0, left.count()));
+}
+
+struct pipe_ends {
+    int reading = -1;
+    int writing = -1;
+
+    pipe_ends() {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+        reading = ends[0];
+        writing = ends[1];
+    }
+};
+
+void close_end(int &end) {
+    if (end >= 0) {
+        ::close(end);
+        end = -1;
+    }
+}
+
+// Reads what is there; closes the end when nothing more will come.
+void gather(int &end, std::string &text) {
+    std::array<char, 4096> block{};
+    const ssize_t count = ::read(end, block.data(), block.size());
+    if (count > 0) {
+        text.append(block.data(), static_cast<std::size_t>(count));
+    } else if (count == 0 || errno != EINTR) {
+        close_end(end);
+    }
+}
+
+// Writes what fits of the rest; closes the end after the last of it, or when nobody reads.
+void feed(int &end, std::string_view &rest) {
+    const ssize_t count = ::write(end, rest.data(), rest.size());
+    if (count > 0) {
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    if (rest.empty() || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+        close_end(end);
+    }
+}
+
+} // namespace
+
+wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
+                      std::string_view answers, const run_place &place) {
+    const std::string input = host.meant(answers);
+    const std::string directory = host.path(place.directory);
+    const auto deadline = clock_type::now() + time_limit;
+    pipe_ends in;
+    pipe_ends out;
+    pipe_ends err;
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(in.reading, STDIN_FILENO);
+        ::dup2(out.writing, STDOUT_FILENO);
+        ::dup2(err.writing, STDERR_FILENO);
+        become_program(directory, arguments, place.prepare);
+    }
+    close_end(in.reading);
+    close_end(out.writing);
+    close_end(err.writing);
+    ::fcntl(in.writing, F_SETFL, O_NONBLOCK);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    std::string_view rest(input);
+    std::string output;
+    std::string errors;
+    if (rest.empty()) {
+        close_end(in.writing);
+    }
+    while (out.reading >= 0 || err.reading >= 0) {
+        std::array<::pollfd, 3> ends = {
+            {{in.writing, POLLOUT, 0}, {out.reading, POLLIN, 0}, {err.reading, POLLIN, 0}}};
+        if (::poll(ends.data(), ends.size(), milliseconds_until(deadline)) <= 0) {
+            break;
+        }
+        if (ends[0].revents != 0) {
+            feed(in.writing, rest);
+        }
+        if (ends[1].revents != 0) {
+            gather(out.reading, output);
+        }
+        if (ends[2].revents != 0) {
+            gather(err.reading, errors);
+        }
+    }
+    const int status = wait_until(child, deadline);
+    close_end(in.writing);
+    close_end(out.reading);
+    close_end(err.reading);
+    return {host.shown(output), host.shown(errors), status};
+}
+
+terminal_session::terminal_session(const world &host, const std::vector<std::string> &arguments)
+    : host_(host), deadline_(clock_type::now() + time_limit) {
+    const std::string directory = host.path("dist");
+    child_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
+    if (child_ == 0) {
+        become_program(directory, arguments, {});
+    }
+    if (child_ < 0) {
+        throw std::runtime_error("no pseudo-terminal");
+    }
+    ::fcntl(terminal_, F_SETFD, FD_CLOEXEC);
+}
+
+terminal_session::~terminal_session() {
+    hang_up();
+    if (child_ > 0) {
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+    }
+}
+
+// False at the deadline and when the program has gone (POSIX read: the last process that holds the
+// other side of the terminal is gone, EIO).
+bool terminal_session::read_more() {
+    ::pollfd end = {terminal_, POLLIN, 0};
+    if (terminal_ < 0 || ::poll(&end, 1, milliseconds_until(deadline_)) <= 0) {
+        return false;
+    }
+    std::array<char, 4096> block{};
+    const ssize_t count = ::read(terminal_, block.data(), block.size());
+    if (count <= 0) {
+        return false;
+    }
+    shown_.append(block.data(), static_cast<std::size_t>(count));
+    return true;
+}
+
+bool terminal_session::wait_for(std::string_view text) {
+    while (!std::string_view(screen()).ends_with(text)) {
+        if (!read_more()) {
+            ADD_FAILURE() << "\"" << text << "\" did not come; on the screen:\n" << screen();
+            return false;
+        }
+    }
+    return true;
+}
+
+void terminal_session::type(std::string_view keys) {
+    const std::string typed = host_.meant(keys);
+    if (::write(terminal_, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
+        ADD_FAILURE() << "cannot type";
+    }
+}
+
+void terminal_session::hang_up() {
+    close_end(terminal_);
+}
+
+int terminal_session::wait_for_end() {
+    while (read_more()) {
+    }
+    const int status = wait_until(child_, deadline_);
+    child_ = -1;
+    return status;
+}
+
+std::string terminal_session::screen() const {
+    std::string plain = host_.shown(shown_);
+    std::erase(plain, '\r');
+    return plain;
+}
+
+void mount_small_disk(const std::string &path, const std::string &size) {
+    constexpr int not_allowed = 126;
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("tmpfs", path.c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0) {
+        std::perror("mount_small_disk");
+        ::_exit(not_allowed);
+    }
+}
+
+bool can_mount() {
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        mount_small_disk("/tmp", "4k");
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}

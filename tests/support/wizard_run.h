@@ -1,0 +1,76 @@
+// Runs the real program: through pipes, with every answer given beforehand, or at a
+// pseudo-terminal, where the test sees a prompt before it types. Whatever hangs is killed and
+// counts as a failure.
+#pragma once
+
+#include "support/world.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+// How a run ended, where it was not by an exit: the number of the signal is added to the first.
+inline constexpr int killed_by_signal = 128;
+inline constexpr int timed_out = -1;
+
+struct wizard_run {
+    std::string transcript; // standard output, with "@" for the root of the world
+    std::string errors;     // standard error, likewise
+    int status;             // the exit status, killed_by_signal + its number, or timed_out
+};
+
+// Where a run differs from the common one.
+struct run_place {
+    std::string directory = "dist";     // the working directory, below the root
+    std::function<void()> prepare = {}; // called in the new process just before the program starts
+};
+
+// Runs the program in dist/ with `arguments`; `answers`, in which "@" is the root, is all of its
+// standard input. The environment is the same everywhere.
+wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
+                      std::string_view answers, const run_place &place = {});
+
+// The program at a terminal.
+class terminal_session {
+  public:
+    explicit terminal_session(const world &host, const std::vector<std::string> &arguments = {});
+    ~terminal_session();
+    terminal_session(const terminal_session &) = delete;
+    terminal_session &operator=(const terminal_session &) = delete;
+
+    // Waits until `text` stands at the end of the screen: the program has shown all of it and
+    // waits. False, and a failure of the test, when it does not come.
+    bool wait_for(std::string_view text);
+
+    // Types keys; "@" is typed as the root.
+    void type(std::string_view keys);
+
+    // Takes the terminal away.
+    void hang_up();
+
+    // Waits for the end of the program; gives its status as in wizard_run.
+    int wait_for_end();
+
+    // All that was shown up to now, typed keys included, with "@" for the root and plain line
+    // feeds.
+    [[nodiscard]] std::string screen() const;
+
+  private:
+    bool read_more();
+
+    const world &host_;
+    ::pid_t child_ = -1;
+    int terminal_ = -1;
+    std::string shown_;
+    std::chrono::steady_clock::time_point deadline_;
+};
+
+// Makes the mounts of this process its own and puts an empty file system of `size` bytes (with the
+// suffixes of mount) at `path`. For run_place::prepare; ends the process when it is not allowed.
+void mount_small_disk(const std::string &path, const std::string &size);
+
+// Whether this process may mount: it is root, and no container forbids it.
+bool can_mount();

@@ -1,0 +1,52 @@
+// A small host of a test's own: a distribution of one product, unpacked in dist/, and a site whose
+// directories the defaults of that distribution point into. Nothing that the wizard is told here
+// leads outside. The tests that run the program or a whole flow work in one.
+#pragma once
+
+#include "support/scratch_directory.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Below the root, which is the working directory of the test while the world lives: dist/ (the
+// distribution), cgi-bin/, html/ and spool/ (the site, empty).
+//
+// kestrel and plover have their templates and images in tpl/; tanager and osprey have the sets
+// "blue" and "marble" beside "common" in tpl/ and img/, and manuals/. All have the WML set "wml"
+// beside "common" in wap/. gxdflt.dat offers cgi-bin, html/vlimg and spool/PRODUCT; for tanager and
+// osprey the session overwrites the images directory, so every script for them names it.
+class world {
+  public:
+    explicit world(std::string product);
+
+    [[nodiscard]] const std::string &product() const { return product_; }
+    [[nodiscard]] std::string root() const { return scratch_.path(); }
+
+    // The path of NAME below the root.
+    [[nodiscard]] std::string path(std::string_view name) const { return scratch_.path(name); }
+
+    // Texts as the expectations show them: "@" is the root.
+    [[nodiscard]] std::string shown(std::string_view text) const;
+    [[nodiscard]] std::string meant(std::string_view text) const;
+
+  private:
+    scratch_directory scratch_;
+    std::string product_;
+};
+
+// Makes a file and the directories above it.
+void add_file(const std::string &path, std::string_view content);
+
+// Makes `path` a program of shell commands.
+void add_script(const std::string &path, std::string_view commands);
+
+// Makes `path` a program that prints `output`, which ends in a line feed, when it is called with
+// -version.
+void add_program(const std::string &path, std::string_view output);
+
+// The subdirectories of `directory` in the order in which the system lists them, "common" left out.
+std::vector<std::string> set_names(const std::string &directory);
+
+// The number that the wizard gives a set: its place among the set directories, from 1.
+std::string set_number(const std::string &directory, std::string_view set);

@@ -1,0 +1,115 @@
+// Parts of the dialogue that many transcripts begin or end with. What a test is about stands in the
+// test itself.
+#pragma once
+
+#include <string>
+
+inline const std::string welcome =
+    "\n"
+    "==============================================================================="
+    "\n"
+    "                        Welcome to gxsetup, version 3.0h                      \n"
+    "                 Setup wizard for kestrel, plover, tanager and osprey        \n"
+    "===============================================================================\n"
+    "\n";
+
+// The main menu up to its prompt; `action` is what it offers and `digit` how.
+inline std::string menu(const std::string &product, const std::string &version = "3.2a",
+                        const std::string &action = "install", const std::string &digit = "1") {
+    return "Options:\n"
+           " 1 Install " +
+           product + ", version " + version +
+           "\n"
+           " 2 Upgrade from earlier version of " +
+           product + " to " + product + ", version " + version +
+           "\n"
+           " 3 Remove " +
+           product +
+           " and associated files\n"
+           " 4 Quit without " +
+           action +
+           "\n"
+           "\n"
+           "What do you want to do [" +
+           digit + "]? ";
+}
+
+// What quitting at a question, and quitting from the menu, ends with.
+inline const std::string quit_at_a_question = "Please press enter to quit...\n";
+inline const std::string goodbye = "\n"
+                                   "----------------------------------------------------------\n"
+                                   "Goodbye\n"
+                                   "\n"
+                                   "\n"
+                                   "Please press enter to quit...\n";
+
+// The banner of the install questions.
+inline std::string install_questions(const std::string &product) {
+    return "-------------------------------------------------------------------------------\n"
+           "Please answer the following questions so I can setup " +
+           product +
+           "\n"
+           "correctly on your system\n"
+           "Notes: Defaults are shown [thus], just press enter to accept default\n"
+           "       Type 'q' then press enter to quit at anytime\n"
+           "       Type '?' then press enter at any time for help on a particular question\n"
+           "       All directory names must be entered from the root\n"
+           "       There will be the option to change any answers at the end\n"
+           "-------------------------------------------------------------------------------\n";
+}
+
+// How an install whose answers are given begins, up to its first step.
+inline std::string first_question(const std::string &product) {
+    return welcome + menu(product) + "Installing " + product + ", version 3.2a\n\n" +
+           install_questions(product) +
+           "\n"
+           "Webserver directory for cgi-files (This must be a valid script directory)\n"
+           "[@/cgi-bin]? ";
+}
+
+// What is said once the files are in place; `directory` is the templates directory.
+inline std::string outcome(const std::string &directory, const std::string &how = "successful") {
+    return "\n"
+           "-------------------------------------------------------------------------------\n"
+           "Installation " +
+           how +
+           ".\n"
+           "\n"
+           "A log of the installation can be found \"" +
+           directory +
+           "/gxsetup.log\".\n"
+           "All setup information has been written to gxsetup.dat which has been saved in\n"
+           "\"" +
+           directory +
+           "\" for use in future upgrades.\n"
+           "\n"
+           "You may wish to customize the template and .ini files.  If you do, it is\n"
+           "advisable to keep a copy of the original templates.\n"
+           "\n"
+           "Make a copy of the original templates to \"" +
+           directory + "/originals\" [YES]? ";
+}
+
+// The end of a session that installed, from the thanks on. The dots stand for the copies of the log
+// and of the answers.
+inline std::string farewell(const std::string &product, const std::string &url,
+                            const std::string &how = "install successful") {
+    return "\n"
+           "\n"
+           "Thank-you for installing " +
+           product +
+           "\n"
+           "\n"
+           "To connect to " +
+           product +
+           " enter the following URL on your web browser\n"
+           "\n"
+           "    " +
+           url +
+           ".\n"
+           "\n"
+           "-------------------------------------------------------------------------------\n" +
+           how +
+           "\n\n.\n"
+           "Please press enter to quit...\n";
+}

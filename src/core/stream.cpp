@@ -24,6 +24,14 @@ mode_t new_file_mode() {
     return creation_mode & ~mask;
 }
 
+// Creates `path` as a file that nothing else leads to. The descriptor, negative on failure.
+int create_anew(const char *path) {
+    if (::unlink(path) != 0 && errno != ENOENT) {
+        return -1;
+    }
+    return ::open(path, O_WRONLY | O_CREAT | O_EXCL | open_flags, S_IRUSR | S_IWUSR);
+}
+
 stream_handle stream_of(int descriptor, const char *mode) {
     return stream_handle(descriptor < 0 ? nullptr : ::fdopen(descriptor, mode));
 }
@@ -72,7 +80,8 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
     return read_piece(file, buffer).empty() ? nullptr : buffer.data();
 }
 
-replacement_file::replacement_file(const char *path) : target_(followed(path)) {
+replacement_file::replacement_file(const char *path, const char *scratch_name)
+    : target_(followed(path)) {
     struct stat old {};
     const bool is_there = ::stat(target_.c_str(), &old) == 0;
     if (is_there && !S_ISREG(old.st_mode)) {
@@ -82,8 +91,9 @@ replacement_file::replacement_file(const char *path) : target_(followed(path)) {
     if (is_there && ::access(target_.c_str(), W_OK) != 0) {
         return;
     }
-    std::string scratch = target_ + ".XXXXXX";
-    const int descriptor = ::mkstemp(scratch.data());
+    std::string scratch = scratch_name != nullptr ? scratch_name : target_ + ".XXXXXX";
+    const int descriptor =
+        scratch_name != nullptr ? create_anew(scratch_name) : ::mkstemp(scratch.data());
     if (descriptor < 0) {
         return;
     }

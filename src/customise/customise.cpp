@@ -1,0 +1,122 @@
+#include "customise/customise.h"
+
+#include "core/console.h"
+#include "core/log.h"
+#include "customise/ini_update.h"
+#include "customise/look.h"
+#include "customise/scroll.h"
+#include "dialogue/answers.h"
+#include "dialogue/question.h"
+#include "files/operations.h"
+#include "files/search.h"
+#include "setup/flow.h"
+#include "setup/product.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace {
+
+// The operations by menu choice, which counts from 1; the choice after them ends the menu.
+constexpr std::array operations = {do_background, do_logo, do_scrollmsg, do_emailfoot};
+constexpr int quit_choice = static_cast<int>(operations.size()) + 1;
+
+bool is_operation(int choice) {
+    return choice > 0 && choice < quit_choice;
+}
+
+// Case counts: only the names as the session settles them are refused.
+bool is_refused(pINI_SETTINGS ini) {
+    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
+    return std::any_of(products.begin(), products.end(), [prod_name](const product &one) {
+        return one.has_template_sets && s_strcmp(one.name, prod_name) == 0;
+    });
+}
+
+void print_banner(pINI_SETTINGS ini) {
+    print("Please answer the following questions so I can customize %s templates\n",
+          ini_value_num(ini, D_PROD_NAME));
+    print_notes(false);
+    print("%s\n", dashed_rule);
+}
+
+// Asks for another name until the program is there.
+void find_program(pINI_SETTINGS ini) {
+    while (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 0) {
+        print("\ngxsetup cannot find a version of %s in this directory. If you\n",
+              ini_value_num(ini, D_PROD_NAME));
+        print("have changed the name of the cgi, please enter the new name now. Otherwise");
+        path_text name(question(I_ENTER_Q, ""));
+        set_answer(ini, D_CGI_NAME, clean_up_name(name.data()));
+    }
+}
+
+int ask_choice() {
+    print("\nOptions:\n");
+    print(" 1 Modify background\n");
+    print(" 2 Modify logo\n");
+    print(" 3 Add / Modify scrolling advertisements\n");
+    print(" 4 Modify email footer\n");
+    print(" 5 Quit\n");
+    return s_atoi(question(I_MENU_Q, ""));
+}
+
+void run_operation(int choice, pINI_SETTINGS settings) {
+    if (operations[static_cast<std::size_t>(choice) - 1](settings) != 0) {
+        print_imsg("Operation Complete");
+    } else {
+        print_emsg("cannot complete");
+    }
+    update_ini(settings);
+}
+
+// Copies the .ini; console and log are told how it went.
+bool back_up(const char *cgi_name, const std::string &ini_file, const std::string &backup_file) {
+    print("\nBacking up origionals");
+    if (do_copy2(ini_file.c_str(), backup_file.c_str(), 1) == 0) {
+        print_emsg("your %s.ini file has not been saved", cgi_name);
+        print_imsg("%s not copied", backup_file.c_str());
+        return false;
+    }
+    print("\nA copy of your %s.ini file has been saved as %s\n", cgi_name, backup_file.c_str());
+    print_imsg("%s copied", backup_file.c_str());
+    return true;
+}
+
+} // namespace
+
+int gxcustom_main(pINI_SETTINGS ini) {
+    dmsg("Action custom");
+    set_answer(ini, D_ACTION, "custom");
+    print("Customise\n%s\n", dashed_rule);
+    if (is_refused(ini)) {
+        print("Sorry at present this utility does not customise Tanager or Osprey templates\n");
+        return 1;
+    }
+    print_banner(ini);
+    ask_answer(ini, D_CGI_PATH, D_CGI_Q);
+    find_program(ini);
+    const std::string ini_file = cgi_file(ini, D_CGI_NAME, "ini");
+    load_installed_ini(ini);
+    ask_answer(ini, D_VLIMG_DIR, D_VLIMG5_Q);
+    const char *cgi_name = ini_value_num(ini, D_CGI_NAME);
+    const std::string backup_file =
+        formatted("%s%c%.4s_old.ini", ini_value_num(ini, D_CGI_PATH), '/', cgi_name);
+    scoped_store settings(custom_values);
+    load_values(ini, settings.get());
+
+    bool is_backed_up = false;
+    for (int choice = 0; choice != quit_choice;) {
+        choice = ask_choice();
+        // An operation that comes first leaves nothing to be backed up any more.
+        is_backed_up =
+            is_backed_up || is_operation(choice) || back_up(cgi_name, ini_file, backup_file);
+        if (is_operation(choice)) {
+            run_operation(choice, settings.get());
+        } else if (choice != quit_choice) {
+            print("That is not a valid choice, please choose again\n");
+        }
+    }
+    return 1;
+}

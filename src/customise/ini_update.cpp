@@ -1,0 +1,259 @@
+#include "customise/ini_update.h"
+
+#include "core/log.h"
+#include "core/stream.h"
+#include "dialogue/answers.h"
+#include "files/search.h"
+#include "setup/answer_store.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+const INI_NAMES_INFO custom_values[] = {
+    {"set", "", 1, 0},       {"body_add", "", 1, 0},   {"vlimg_dir", "", 0, 0},
+    {"cgi_name", "", 0, 0},  {"cgi_path", "", 0, 0},   {"version", "", 0, 0},
+    {"prod_name", "", 0, 0}, {nullptr, nullptr, 0, 0},
+};
+
+namespace {
+
+// What the .ini is rewritten with.
+constexpr INI_NAMES_INFO update_list[] = {
+    {"set", "", 1, 0},
+    {"body_add", "", 1, 0},
+    {nullptr, nullptr, 0, 0},
+};
+
+constexpr std::string_view blanks = " \t";
+constexpr std::string_view line_ends = "\r\n";
+constexpr std::string_view blanks_and_line_ends = " \t\r\n";
+constexpr std::string_view continuation_mark = " /";
+
+constexpr std::size_t piece_size = 511; // 510 characters and a NUL
+
+// Whether the lines of a dropped setting go on; set by match_setting, cleared by update_ini.
+bool skip = false;
+
+bool ends_in_mark(std::string_view line, std::string_view trailing) {
+    return line.substr(0, line.find_last_not_of(trailing) + 1).ends_with(continuation_mark);
+}
+
+// Whether the line after this one is read as its continuation when the file is loaded.
+bool is_continued(std::string_view line) {
+    return line.size() > 2 && !line.starts_with('#') && ends_in_mark(line, line_ends);
+}
+
+void write_text(std::FILE *file, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), file);
+}
+
+// The rewritten file as far as it is written: the lines that stay, then the settings.
+class rewritten_ini {
+  public:
+    explicit rewritten_ini(std::FILE *file) : file_(file) {}
+
+    // Copies the lines of the old file that belong to none of the names of `update`. False when
+    // the old file could not be read.
+    bool keep_other_lines(std::FILE *old_file, pINI_SETTINGS update) {
+        std::array<char, piece_size> piece{};
+        skip = false;
+        for (std::string_view line = read_piece(old_file, piece); !line.empty();
+             line = read_piece(old_file, piece)) {
+            if (is_continued_ || match_setting(piece.data(), update) == 0) {
+                write_text(file_, line);
+                is_inside_line_ = !line.ends_with('\n');
+                is_continued_ = is_continued(piece.data());
+            } else {
+                end_line();
+            }
+        }
+        return std::ferror(old_file) == 0;
+    }
+
+    void add_settings(pINI_SETTINGS update) {
+        if (ini_number(update) > 0) {
+            end_line();
+            end_continuation();
+        }
+        ini_start(update);
+        while (const char *name = ini_get(update)) {
+            write_setting(file_, formatted("%s %s", name, ini_get(update)).c_str());
+        }
+    }
+
+  private:
+    // What is written next did not follow in the old file: it gets a line of its own.
+    void end_line() {
+        if (is_inside_line_) {
+            write_text(file_, "\n");
+            is_inside_line_ = false;
+        }
+    }
+
+    // An empty line keeps the first setting from being read as part of the last kept one.
+    void end_continuation() {
+        if (is_continued_) {
+            write_text(file_, "\n");
+        }
+    }
+
+    std::FILE *file_;
+    bool is_inside_line_ = false;
+    bool is_continued_ = false;
+};
+
+// Null, with errno set, for what cannot be opened or is no plain file.
+stream_handle open_plain_file(const std::string &path) {
+    if (path.size() > path_limit) {
+        errno = ENAMETOOLONG;
+        return nullptr;
+    }
+    stream_handle file = open_to_read(path.c_str());
+    struct stat status {};
+    if (file && ::fstat(::fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
+        file.reset();
+        errno = EINVAL;
+    }
+    return file;
+}
+
+int report(const char *failure, const std::string &path) {
+    print_emsg("Cannot %s file %s, %s", failure, path.c_str(), std::strerror(errno));
+    return 0;
+}
+
+} // namespace
+
+scoped_store::scoped_store(const INI_NAMES_INFO *names) : store_() {
+    ini_init(&store_, emsg, dmsg);
+    ini_setup(&store_, names, nullptr);
+}
+
+void load_values(pINI_SETTINGS src, pINI_SETTINGS dst) {
+    for (const INI_NAMES_INFO *entry = dst->ini_names; entry->name != nullptr; entry++) {
+        for (const char *value = ini_value(src, entry->name, 1); value != nullptr;
+             value = ini_next_value(src, entry->name)) {
+            ini_add(dst, entry->name, value);
+        }
+    }
+}
+
+int update_values(pINI_SETTINGS settings, const char *label, const char *mode, LINK_LIST *text) {
+    if (label == nullptr || text == nullptr || list_num(text) == 0) {
+        return 0;
+    }
+    std::vector<std::string> values;
+    list_start(text);
+    while (const auto *added = static_cast<const char *>(list_get(text))) {
+        if (mode == nullptr) {
+            values.emplace_back(added);
+            continue;
+        }
+        for (const char *value = ini_value(settings, label, 0); value != nullptr;
+             value = ini_next_value(settings, label)) {
+            if (first_word(value) != mode) {
+                values.emplace_back(value);
+            }
+        }
+        values.push_back(formatted("%s %s", mode, added));
+    }
+    ini_remove_all(settings, label);
+    for (const std::string &value : values) {
+        ini_add(settings, label, value.c_str());
+    }
+    return 1;
+}
+
+std::string_view first_word(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_first_of(blanks));
+}
+
+const char *get_set(const char *text) {
+    if (*text == '\0') {
+        return text;
+    }
+    const char *blank = std::strrchr(text, ' ');
+    return (blank != nullptr ? blank : text) + 1;
+}
+
+int dflt_val(const char *text) {
+    if (text == nullptr || *text == '\0') {
+        return -1;
+    }
+    const std::string_view word(text);
+    if (word == "TRUE" || word == "up") {
+        return 1;
+    }
+    if (word == "FALSE" || word == "left") {
+        return 0;
+    }
+    return std::isdigit(static_cast<unsigned char>(word.back())) != 0 ? s_atoi(text) : -1;
+}
+
+const char *give_dflt(int value) {
+    return value != 0 ? "YES" : "NO";
+}
+
+int update_ini(pINI_SETTINGS settings) {
+    scoped_store update(update_list);
+    load_values(settings, update.get());
+    const char *directory = ini_value_num(settings, D_CGI_PATH);
+    const std::string stem = formatted("%s%c%s", directory != nullptr ? directory : "(null)", '/',
+                                       ini_value_num(settings, D_CGI_NAME));
+    const std::string old_path = stem + ".ini";
+    const std::string new_path = stem + ".new";
+
+    const stream_handle old_file = open_plain_file(old_path);
+    if (!old_file) {
+        return report("find", old_path);
+    }
+    replacement_file new_file(old_path.c_str(), new_path.c_str());
+    if (new_file.stream() == nullptr) {
+        return report("find", new_path);
+    }
+    rewritten_ini rewritten(new_file.stream());
+    if (!rewritten.keep_other_lines(old_file.get(), update.get())) {
+        return report("read", old_path);
+    }
+    rewritten.add_settings(update.get());
+    return new_file.commit() ? 1 : report("write", new_path);
+}
+
+int write_setting(std::FILE *file, const char *text) {
+    constexpr std::size_t longest_last_piece = 256;
+    constexpr std::size_t piece_length = 255;
+    std::string_view rest(text);
+    while (rest.size() > longest_last_piece) {
+        write_text(file, rest.substr(0, piece_length));
+        write_text(file, " /\n");
+        rest.remove_prefix(piece_length);
+    }
+    write_text(file, rest);
+    write_text(file, "\n");
+    return 1;
+}
+
+int match_setting(const char *text, pINI_SETTINGS settings) {
+    if (!skip && is_set(text, settings) == 0) {
+        return 0;
+    }
+    skip = ends_in_mark(text, blanks_and_line_ends);
+    return 1;
+}
+
+int is_set(const char *text, pINI_SETTINGS settings) {
+    const char *line = strip_leading_spaces(text);
+    for (const INI_NAMES_INFO *entry = settings->ini_names; entry->name != nullptr; entry++) {
+        if (s_strncmp(line, entry->name, std::strlen(entry->name)) == 0) {
+            return 1;
+        }
+    }
+    return 0;
+}

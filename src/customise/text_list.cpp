@@ -1,0 +1,22 @@
+#include "customise/text_list.h"
+
+#include "core/log.h"
+#include "core/text.h"
+#include "dialogue/answers.h"
+
+text_list::text_list() {
+    list_init(this, emsg);
+}
+
+void add_text(LINK_LIST *texts, const char *text) {
+    heap_text copy(maistrdup(text));
+    if (list_add(texts, copy.get()) == 1) {
+        copy.release();
+    }
+}
+
+void take_texts(LINK_LIST *texts, LINK_LIST *source) {
+    list_clear_dealloc(texts);
+    list_list(texts, source);
+    list_clear(source);
+}

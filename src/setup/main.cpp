@@ -6,6 +6,7 @@
 #include "core/text.h"
 #include "dialogue/answers.h"
 #include "dialogue/help.h"
+#include "setup/defaults.h"
 #include "setup/session.h"
 #include "templates/header.h"
 
@@ -103,6 +104,9 @@ int main(int argc, char **argv) {
         modes = read_argument(argv[1]);
     } else {
         modes.gxsetup = true;
+    }
+    if (modes.makedflt) {
+        make_dflt();
     }
     if (modes.header) {
         tpl_add_header();

@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "core/program.h"
 #include "core/text.h"
+#include "customise/customise.h"
 #include "dialogue/help.h"
 #include "dialogue/path_checks.h"
 #include "dialogue/question.h"
@@ -291,19 +292,19 @@ int run_flows(flow_number flow) {
         case flow_upgrade:
             result = gxupgrade_main(answers());
             break;
+        case flow_customise:
+            result = gxcustom_main(answers());
+            break;
         case flow_remove:
             result = gxremove_main(answers());
             break;
-        default:
+        case flow_none:
             break;
         }
-        if (result == -1) {
-            flow = flow_upgrade;
-        } else if (result == -2) {
-            flow = flow_install;
-        } else {
+        if (result != -1 && result != -2) {
             return result;
         }
+        flow = result == -1 ? flow_upgrade : flow_install;
     }
 }
 

@@ -189,8 +189,7 @@ int wild_find2(const char *directory, const char *pattern, found_names &names) {
 }
 
 int dir_exists(const char *path) {
-    const std::string_view text = path != nullptr ? path : "";
-    if (text.size() > path_limit + 1) {
+    if (s_strlen(path) > path_limit) {
         return 0;
     }
     return directory_handle(::opendir(rmv_end_sep(path))) != nullptr ? 1 : 0;

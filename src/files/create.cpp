@@ -33,7 +33,10 @@ int make_dir(const char *dir, mode_t permission) {
         emsg("Can't create \"%s\": no root supplied", dir);
         return 0;
     }
-    const std::string path = add_end_sep(dir);
+    std::string path = dir;
+    if (!path.ends_with('/')) {
+        path.push_back('/');
+    }
     std::string made;
     for (std::size_t separator = path.find('/', 1); separator != std::string::npos;
          separator = path.find('/', separator + 1)) {

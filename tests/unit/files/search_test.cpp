@@ -30,9 +30,12 @@ class Search : public scratch_test {
         std::filesystem::create_directory("world");
         std::filesystem::create_directory("logs");
         inilog("logs", "gxsetup");
+        close_log();
+        write_file("logs/gxsetup.log", "");
     }
 
     ~Search() override {
+        inilog(".", "gxsetup");
         close_log();
         set_loglvl(LOG_ERROR);
     }

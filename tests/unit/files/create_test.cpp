@@ -1,0 +1,78 @@
+#include "unit/files/file_world.h"
+
+namespace {
+
+using MakeDir = FileWorld;
+
+} // namespace
+
+TEST_F(MakeDir, MakesEveryMissingDirectoryWithExactlyTheMode) {
+    const std::string path = scratch.path("a/b/c");
+    EXPECT_EQ(shown(1, [&] { return make_dir(path.c_str(), 0770); }), "");
+    EXPECT_EQ(mode_of(scratch.path("a")), "0770");
+    EXPECT_EQ(mode_of(scratch.path("a/b")), "0770");
+    EXPECT_EQ(mode_of(path), "0770");
+    EXPECT_EQ(log(), "Info:  created directory \"" + path + "\"\n");
+}
+
+TEST_F(MakeDir, TakesTheModeOfItsCaller) {
+    EXPECT_EQ(make_dir(scratch.path("images/").c_str(), 0755), 1);
+    EXPECT_EQ(mode_of(scratch.path("images")), "0755");
+    EXPECT_EQ(log(), "Info:  created directory \"" + scratch.path("images") + "\"\n");
+}
+
+TEST_F(MakeDir, AnExistingDirectoryIsSuccessAndOnlyLogged) {
+    const std::string path = scratch.path("there");
+    const std::string mode = mode_of(path);
+    EXPECT_EQ(shown(1, [&] { return make_dir(path.c_str(), 0777); }), "");
+    EXPECT_EQ(mode_of(path), mode);
+    EXPECT_EQ(log(), "Info:  Can't create \"" + path + "\": directory already exists.\n");
+}
+
+TEST_F(MakeDir, ExistingParentsKeepTheirModes) {
+    const std::string mode = mode_of(scratch.path("there"));
+    EXPECT_EQ(make_dir(scratch.path("there/new").c_str(), 0770), 1);
+    EXPECT_EQ(mode_of(scratch.path("there")), mode);
+    EXPECT_EQ(mode_of(scratch.path("there/new")), "0770");
+}
+
+TEST_F(MakeDir, ARelativePathIsRefused) {
+    EXPECT_EQ(shown(0, [] { return make_dir("new/dir", 0770); }), "");
+    EXPECT_FALSE(is_there("new"));
+    EXPECT_EQ(log(), "Error: Can't create \"new/dir\": no root supplied\n");
+}
+
+TEST_F(MakeDir, WhetherTheDirectoryIsThereAfterwardsIsNotAsked) {
+    write_file(scratch.path("file"), "");
+    const std::string path = scratch.path("file/below");
+    EXPECT_EQ(shown(1, [&] { return make_dir(path.c_str(), 0770); }), "");
+    EXPECT_EQ(log(), "Info:  created directory \"" + path + "\"\n");
+}
+
+TEST_F(MakeDir, APathOf511CharactersIsMadeToItsLastDirectory) {
+    std::string path = scratch.path();
+    while (path.size() < 400) {
+        path += "/" + std::string(50, 'd');
+    }
+    path += "/" + std::string(511 - path.size() - 1, 'e');
+    EXPECT_EQ(make_dir(path.c_str(), 0770), 1);
+    EXPECT_EQ(mode_of(path), "0770");
+}
+
+TEST_F(MakeDir, APathThatIsTooLongIsReportedAndNothingIsMade) {
+    const std::string path = scratch.path("a/") + std::string(512, 'd');
+    const std::string text = shown(0, [&] { return make_dir(path.c_str(), 0770); });
+    EXPECT_EQ(text.substr(0, 15), "Error: Can't cr");
+    EXPECT_FALSE(is_there(scratch.path("a")));
+}
+
+TEST_F(MakeDir, OwnedIsGivenToTheOwner) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    gx_user = 1234;
+    gx_group = 4321;
+    EXPECT_EQ(make_owned_dir(scratch.path("owned").c_str(), 0770), 1);
+    EXPECT_EQ(owner_of(scratch.path("owned")), "1234:4321");
+    EXPECT_EQ(make_owned_dir("relative", 0770), 0);
+}

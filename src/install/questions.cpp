@@ -59,7 +59,6 @@ void ask_wml_support(pINI_SETTINGS ini) {
     dmsg("WML Support?");
     ask_wml(ini);
     if (is_true_answer(ini, D_WML)) {
-        path_text vlimg;
         number_wap_sets(ini);
     }
 }

@@ -1,0 +1,324 @@
+#include "templates/header.h"
+
+#include "core/log.h"
+#include "support/scratch_directory.h"
+#include "templates.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr std::size_t piece = 511;
+
+class ChecksumTest : public scratch_test {
+  protected:
+    static int checksum_of(std::string_view content) {
+        write_file("a.tpl", content);
+        return do_checksum("a.tpl", 0);
+    }
+
+    static int difference_of(std::string_view content) {
+        write_file("a.tpl", content);
+        return do_checksum("a.tpl", 1);
+    }
+
+    // Checks both answers against the rule worked out piece by piece.
+    static void expect_by_the_rule(const std::string &content) {
+        int stored = 0;
+        const int expected = expected_checksum(content, &stored);
+        EXPECT_EQ(checksum_of(content), expected);
+        EXPECT_EQ(difference_of(content), static_cast<int>(static_cast<std::uint32_t>(expected) -
+                                                           static_cast<std::uint32_t>(stored)));
+    }
+};
+
+// calculate.
+
+TEST(Calculate, WeightsAreOneTwoAndFourByOffset) {
+    EXPECT_EQ(calculate("A", 0), 65);
+    EXPECT_EQ(calculate("A", 1), 130);
+    EXPECT_EQ(calculate("A", 2), 260);
+    EXPECT_EQ(calculate("A", 3), 65);
+    EXPECT_EQ(calculate("AAAA", 0), 65 + 130 + 260 + 65);
+    EXPECT_EQ(calculate("AAAA", 2), 260 + 65 + 130 + 260);
+}
+
+TEST(Calculate, LineEndsTakeAPlaceAndAddNothing) {
+    EXPECT_EQ(calculate("\r\n", 0), 0);
+    EXPECT_EQ(calculate("\r\nA", 0), 260);
+    EXPECT_EQ(calculate("A\nA\rA", 0), 65 + 260 + 130);
+}
+
+TEST(Calculate, EveryOtherByteCountsUnsigned) {
+    for (int byte = 0; byte < 256; byte++) {
+        const auto character = static_cast<char>(byte);
+        const int expected = byte == 10 || byte == 13 ? 0 : byte;
+        EXPECT_EQ(calculate(std::string_view(&character, 1), 0), expected) << byte;
+        EXPECT_EQ(calculate(std::string(5000, character), 0),
+                  static_cast<int>(expected_part(std::string(5000, character), 0)))
+            << byte;
+    }
+}
+
+TEST(Calculate, OfNothingIsNothing) {
+    EXPECT_EQ(calculate("", 2), 0);
+}
+
+TEST(Calculate, TextsOfEveryLengthAtEveryWeight) {
+    std::mt19937 random(1); // NOLINT: the same bytes each time
+    std::string text;
+    for (int length = 0; length < 400; length++) {
+        for (std::size_t offset = 0; offset < 3; offset++) {
+            ASSERT_EQ(static_cast<std::uint32_t>(calculate(text, offset)),
+                      expected_part(text, offset))
+                << length << " at " << offset;
+        }
+        text += static_cast<char>(random());
+    }
+}
+
+TEST(Calculate, WrapsAtThirtyTwoBits) {
+    // 255 * (1 + 2 + 4) for each three bytes: beyond 2^31 after some 3.6 million bytes.
+    const std::string text(9'000'000, '\xff');
+    const auto expected = static_cast<std::uint32_t>(std::uint64_t{255} * 7 * 3'000'000);
+    EXPECT_EQ(static_cast<std::uint32_t>(calculate(text, 0)), expected);
+    EXPECT_EQ(calculate(text, 0), 1'060'032'704); // 5355000000 less 2^32
+}
+
+// do_checksum.
+
+TEST_F(ChecksumTest, OfAKnownText) {
+    // a 97 * 1 + b 98 * 2 + c 99 * 4 + d 100 * 2, the line feed at weight 1
+    EXPECT_EQ(checksum_of("abc\nd\n"), 97 + 196 + 396 + 200);
+}
+
+TEST_F(ChecksumTest, OfAnEmptyFileIsNothing) {
+    EXPECT_EQ(checksum_of(""), 0);
+    EXPECT_EQ(difference_of(""), 0);
+}
+
+TEST_F(ChecksumTest, WithoutAChecksumLineTheDifferenceIsTheChecksum) {
+    EXPECT_EQ(difference_of("abc\n"), 97 + 196 + 396);
+}
+
+TEST_F(ChecksumTest, AStampedFileAgrees) {
+    EXPECT_EQ(difference_of("abc\n\n||checksum=689||\n"), 0);
+    EXPECT_EQ(checksum_of("abc\n\n||checksum=689||\n"), 689);
+}
+
+TEST_F(ChecksumTest, AFileOfHeaderAndChecksumAloneAgrees) {
+    const std::string content =
+        expected_stamped("||header: modified=false tpl_set=kst_s2 tpl_version=2.0a||\n");
+    EXPECT_EQ(difference_of(content), 0);
+}
+
+TEST_F(ChecksumTest, AnyOtherCharacterDisagrees) {
+    const std::string content =
+        expected_stamped("||header: modified=false tpl_set=kst_s2 tpl_version=2.0a||\n<b>\r\n");
+    const std::size_t end = content.find("\n||checksum");
+    for (std::size_t at = 0; at < end; at++) {
+        if (content[at] == '\n' || content[at] == '\r') {
+            continue;
+        }
+        std::string changed = content;
+        changed[at] = changed[at] == '~' ? '}' : '~';
+        EXPECT_NE(difference_of(changed), 0) << at;
+    }
+}
+
+TEST_F(ChecksumTest, MovedTextDisagrees) {
+    const std::string content = expected_stamped("<html>\n<body>\n");
+    EXPECT_NE(difference_of("\n" + content), 0);
+    EXPECT_NE(difference_of(content.substr(1)), 0);
+}
+
+TEST_F(ChecksumTest, ACarriageReturnMovesWhatFollowsAndAddsNothing) {
+    EXPECT_EQ(checksum_of("a\r\nb"), 97 + 98);    // b at weight 1
+    EXPECT_EQ(checksum_of("a\nb"), 97 + 4 * 98);  // b at weight 4
+    EXPECT_EQ(checksum_of("a\r\r\nb"), 97 + 196); // b at weight 2
+    EXPECT_EQ(checksum_of("a\r\n"), checksum_of("a\n"));
+    const std::string unix_file = expected_stamped("<html>\n<body>\n");
+    std::string windows_file = unix_file;
+    windows_file.insert(6, "\r");
+    EXPECT_NE(difference_of(windows_file), 0);
+}
+
+TEST_F(ChecksumTest, NulBytesAreSummedLikeOthers) {
+    using namespace std::string_view_literals;
+    EXPECT_EQ(checksum_of("\0\0a\0b\n"sv), 4 * 97 + 2 * 98);
+    EXPECT_EQ(difference_of("\0a||checksum=5||\n"sv), -5);
+}
+
+TEST_F(ChecksumTest, ANegativeChecksumAgreesWithItsNumber) {
+    // 254 * 7 for each three bytes, 2667000000 in all, read as a signed number.
+    const std::string content(4'500'000, '\xfe');
+    EXPECT_EQ(checksum_of(content), -1'627'967'296);
+    EXPECT_EQ(difference_of(content + "\n||checksum=-1627967296||\n"), 0);
+}
+
+struct checksum_line {
+    const char *description;
+    std::string_view line;
+    int sum;
+    int stored;
+};
+
+// The line begins at offset 3, so at weight 1.
+TEST_F(ChecksumTest, AMalformedLineIsReadByTheRules) {
+    using namespace std::string_view_literals;
+    const checksum_line rows[] = {
+        {"as written", "||checksum=12||\n", 0, 12},
+        {"windows line end", "||checksum=12||\r\n", 0, 12},
+        {"no line end", "||checksum=12||", 0, 12},
+        {"cut behind the number", "||checksum=12", 0, 12},
+        {"cut before the number", "||checksum=", 0, 0},
+        {"one bar", "||checksum=12|\n", 0, 12},
+        {"one bar and text", "||checksum=12|A\n", 65, 12},
+        {"text behind the bars", "||checksum=12||A\n", 65, 12},
+        {"three bars", "||checksum=12|||\n", 124, 12},
+        {"blanks before the number", "||checksum=  12||\n", 0, 12},
+        {"blanks behind the number", "||checksum=12  ||\n", 0, 12},
+        {"a sign", "||checksum=+12||\n", 0, 12},
+        {"a negative number", "||checksum=-12||\n", 0, -12},
+        {"no number", "||checksum=x12||\n", 0, 0},
+        {"a NUL in the number", "||checksum=1\0002||\n"sv, 0, 1},
+        {"mark in mid-line", "A ||checksum=12||\n", 0, 12},
+        {"an equals sign before the mark", "a=7|||checksum=12||\n",
+         static_cast<int>(expected_part("|checksum=12||", 0)), 7},
+        {"no equals sign is no mark", "||checksum 12||\n",
+         static_cast<int>(expected_part("||checksum 12||\n", 0)), 0},
+        {"another letter case is no mark", "||Checksum=12||\n",
+         static_cast<int>(expected_part("||Checksum=12||\n", 0)), 0},
+    };
+    for (const checksum_line &row : rows) {
+        SCOPED_TRACE(row.description);
+        const std::string content = "ab\n" + std::string(row.line);
+        EXPECT_EQ(checksum_of(content), 97 + 196 + row.sum);
+        EXPECT_EQ(difference_of(content), 97 + 196 + row.sum - row.stored);
+    }
+}
+
+TEST_F(ChecksumTest, AHugeNumberDoesNoHarm) {
+    for (const char *number : {"99999999999999999999999999", "-99999999999999999999999999",
+                               "4294967296", "2147483648", "-2147483649"}) {
+        const std::string line = "||checksum=" + std::string(number) + "||\n";
+        EXPECT_EQ(checksum_of(line), 0) << number;
+        difference_of(line);
+    }
+    const std::string digits(600, '9');
+    expect_by_the_rule("abc\n||checksum=" + digits + "||\n");
+}
+
+TEST_F(ChecksumTest, TheLastOfSeveralLinesCounts) {
+    EXPECT_EQ(difference_of("||checksum=5||\n||checksum=7||\n"), -7);
+}
+
+TEST_F(ChecksumTest, TheRestOfTheLineIsWeightedFromItsStart) {
+    // The line begins at offset 1; its rest stands at 16 but is weighted as at 1.
+    EXPECT_EQ(checksum_of("\n||checksum=12||A\n"), 2 * 65);
+}
+
+TEST_F(ChecksumTest, AMarkerCutByTheEndOfAPieceIsNone) {
+    for (std::size_t before = piece - 15; before <= piece + 1; before++) {
+        SCOPED_TRACE(before);
+        expect_by_the_rule("x\n" + std::string(before, 'a') + "||checksum=12||b\ncd\n");
+        expect_by_the_rule(std::string(piece + before, 'a') + "||checksum=12||b\ncd\n");
+    }
+}
+
+TEST_F(ChecksumTest, APieceInMidLineIsALineOfItsOwn) {
+    const std::string first(piece, 'a');
+    // The second piece holds the marker; the first is summed whole.
+    EXPECT_EQ(checksum_of(first + "b ||checksum=12||c"),
+              static_cast<int>(expected_part(first, 0) + expected_part("c", piece)));
+}
+
+TEST_F(ChecksumTest, TwoMarkersInOnePieceAreOneLine) {
+    expect_by_the_rule("||checksum=12||a||checksum=13||b\n");
+    expect_by_the_rule(std::string(piece - 11, 'a') + "||checksum=12||b||checksum=13||c\n");
+}
+
+// Markers around the place where one read ends and the next begins.
+TEST_F(ChecksumTest, MarkersAtTheEndsOfBlocks) {
+    constexpr std::size_t block = 65536;
+    for (std::size_t at = block - 1100; at < block + 20; at += 13) {
+        SCOPED_TRACE(at);
+        std::string content(at, 'a');
+        content += "\nbb||checksum=12||cc\n" + std::string(2000, 'd') + "\n";
+        expect_by_the_rule(content);
+        content[at] = '|';
+        expect_by_the_rule(content);
+    }
+}
+
+TEST_F(ChecksumTest, FilesOfRandomPieces) {
+    const std::string parts[] = {"\n",   "\r\n",
+                                 "||",   "||checksu",
+                                 "=",    "||checksum=12",
+                                 "|",    "||checksum=-99||\n",
+                                 "abc",  "||header:",
+                                 "\xff", std::string(1, '\0'),
+                                 "text", std::string(200, 'q')};
+    std::mt19937 random(7); // NOLINT: the same files each time
+    for (int round = 0; round < 200; round++) {
+        std::string content;
+        const std::size_t length = random() % (round % 20 == 0 ? 150'000 : 3'000);
+        const std::size_t kinds = 2 + random() % (std::size(parts) - 1);
+        while (content.size() < length) {
+            content += parts[random() % kinds];
+            content.append(random() % (round % 3 == 0 ? 600 : 20), 'x');
+        }
+        SCOPED_TRACE(round);
+        expect_by_the_rule(content);
+    }
+}
+
+TEST_F(ChecksumTest, AFileThatCannotBeOpenedIsLogged) {
+    inilog(".", "gxsetup");
+    EXPECT_EQ(do_checksum("missing.tpl", 0), 0);
+    EXPECT_EQ(do_checksum("missing.tpl", 1), 0);
+    close_log();
+    EXPECT_EQ(read_file("gxsetup.log").substr(12, 57),
+              "Error: can't open missing.tpl, No such file or directory\n");
+}
+
+TEST_F(ChecksumTest, WhatIsNoPlainFileIsNotRead) {
+    inilog(".", "gxsetup");
+    std::filesystem::create_directory("d.tpl");
+    ASSERT_EQ(::mkfifo("p.tpl", 0600), 0);
+    EXPECT_EQ(do_checksum("d.tpl", 0), 0);
+    EXPECT_EQ(do_checksum("p.tpl", 0), 0);
+    EXPECT_EQ(do_checksum("/dev/zero", 0), 0);
+    close_log();
+}
+
+// What can be opened but not read: /proc/self/mem has no page at 0.
+TEST_F(ChecksumTest, AFileThatCannotBeReadNeverAgrees) {
+    inilog(".", "gxsetup");
+    EXPECT_EQ(do_checksum("/proc/self/mem", 0), 0);
+    EXPECT_EQ(do_checksum("/proc/self/mem", 1), 1);
+    close_log();
+    EXPECT_EQ(read_file("gxsetup.log").substr(12),
+              "Error: can't open /proc/self/mem, Input/output error\n" +
+                  read_file("gxsetup.log").substr(0, 12) +
+                  "Error: can't open /proc/self/mem, Input/output error\n");
+}
+
+TEST_F(ChecksumTest, OfALargeFileNeedsNoMemory) {
+    for (const std::size_t line : {std::size_t{80}, std::size_t{1} << 20U}) {
+        const large_template file = make_large_template(line);
+        write_file("a.tpl", file.content);
+        rusage before{};
+        ::getrusage(RUSAGE_SELF, &before);
+        EXPECT_EQ(do_checksum("a.tpl", 0), static_cast<int>(file.sum));
+        rusage after{};
+        ::getrusage(RUSAGE_SELF, &after);
+        EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 1024); // KB
+    }
+}
+
+} // namespace

@@ -130,11 +130,14 @@ std::string shown_log(const world &host, const std::string &path) {
 }
 
 std::string shown_log_without(const world &host, const std::string &path,
-                              std::string_view left_out) {
+                              const std::vector<std::string_view> &left_out) {
     std::istringstream text(shown_log(host, path));
     std::string result;
     for (std::string line; std::getline(text, line);) {
-        if (line.find(left_out) == std::string::npos) {
+        const auto is_in_line = [&line](std::string_view part) {
+            return line.find(part) != std::string::npos;
+        };
+        if (std::none_of(left_out.begin(), left_out.end(), is_in_line)) {
             result += line + "\n";
         }
     }

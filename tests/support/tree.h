@@ -24,6 +24,6 @@ std::string shown_file(const world &host, const std::string &path);
 // is the directory's: each run of lines about copies and new directories is sorted.
 std::string shown_log(const world &host, const std::string &path);
 
-// The same without the lines that hold `left_out`.
+// The same without the lines that hold one of `left_out`.
 std::string shown_log_without(const world &host, const std::string &path,
-                              std::string_view left_out);
+                              const std::vector<std::string_view> &left_out);

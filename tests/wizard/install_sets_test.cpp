@@ -252,6 +252,49 @@ TEST(InstallTanager, LogTellsEachStep) {
         "Info:  * gxsetup finished *\n");
 }
 
+TEST(InstallTanager, DebugLogNamesEachStep) {
+    const world host("tanager");
+    run_wizard(host, {"-debug"}, std::string(questions_without_wml) + "\n\n\n\n\n");
+    EXPECT_EQ(
+        shown_log_without(host, "dist/gxsetup.log",
+                          {"INI: ", "DoCopy[", "Wild finding", "Find all files", "directory"}),
+        "Info:  * gxsetup, version 3.0h started *\n"
+        "Info:  Logging set to DEBUG.\n"
+        "Debug: Loading gxvalues defaults\n"
+        "Debug: Loading gxvalues from default file\n"
+        "Debug: Forming product name\n"
+        "Debug: Getting cgi_name\n"
+        "Debug: Getting version #\n"
+        "Debug: Getting version from [./tanager.cgi -version >ver.txt]\n"
+        "Debug: Case 1: Install product\n"
+        "Info:  Installing tanager, version 3.2a\n"
+        "Debug: Change replace ini to FALSE\n"
+        "Debug: gxinstall_main()\n"
+        "Debug: install questions\n"
+        "Debug: CGI path\n"
+        "Info:  @/spool/tanager does not exist... gxsetup will create it\n"
+        "Info:  @/spool/tanager/manuals does not exist... gxsetup will create it\n"
+        "Info:  @/spool/tanager/bulletins does not exist... gxsetup will create it\n"
+        "Info:  @/html/vlimg does not exist... gxsetup will create it\n"
+        "Debug: ini questions\n"
+        "Debug: WML Support?\n"
+        "Debug: Action install\n"
+        "Debug: Copying template files\n"
+        "Debug: Copying graphic and wav files\n"
+        "Debug: Copying cgi files\n"
+        "Debug: Copying manual files\n"
+        "Debug: Copying cgi files\n"
+        "Debug: Creating ini file\n"
+        "Debug: Copy originals\n"
+        "Debug: Delete temp ?\n"
+        "Info:  Removed temporary files\n"
+        "Debug: Copy gxsetup.log\n"
+        "Info:  install successful\n"
+        "Info:  * gxsetup finished *\n"
+        "Debug: Save gxvalues to default file\n"
+        "Debug: Clear gxvalues\n");
+}
+
 TEST(InstallTanager, WmlPartPointsAtItsOwnSet) {
     const world host("tanager");
     const std::string marble = set_number("dist/tpl", "marble");

@@ -3,8 +3,10 @@
 // letter by letter. It takes a time that grows with the square of the text.
 #pragma once
 
+#include "core/text.h"
+
+#include <algorithm>
 #include <cctype>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -106,7 +108,7 @@ struct applet_model {
     }
 
     void take_parameter(const std::string &name, const std::string &value) {
-        const int number = static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
+        const int number = s_atoi(value.c_str());
         if (name.find("scrollurl") != std::string::npos) {
             while (urls.size() + 1 < messages.size()) {
                 urls.emplace_back();

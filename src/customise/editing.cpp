@@ -8,5 +8,5 @@ bool wants_changes() {
 }
 
 bool wants_removal(const char *what) {
-    return s_strcmp(question(C_REMOVE_Q, "NO", what), "TRUE") == 0;
+    return is_yes(question(C_REMOVE_Q, "NO", what));
 }

@@ -307,8 +307,9 @@ std::string scroll_html(SCROLLMSG *data) {
     std::string html(piece.view());
     list_start(&data->messages);
     list_start(&data->urls);
-    for (int i = 0; const char *url = next_text(&data->urls); i++) {
+    for (int i = 0; i < list_num(&data->messages) && i < list_num(&data->urls); i++) {
         const char *message = next_text(&data->messages);
+        const char *url = next_text(&data->urls);
         if (*url == '\0') {
             piece.format("<param name=\"scrollmessage%d\" value=\"%s\">", i, message);
         } else {

@@ -283,6 +283,13 @@ TEST(ScrollHtml, LeavesOutMessagesWithoutAUrlEntry) {
     EXPECT_EQ(scroll_html(&data).find("scrollmessage1"), std::string::npos);
 }
 
+TEST(ScrollHtml, LeavesOutUrlsWithoutAMessage) {
+    applet data;
+    add_text(&data.urls, "a.html");
+
+    EXPECT_EQ(scroll_html(&data).find("a.html"), std::string::npos);
+}
+
 TEST(ScrollHtml, CutsEachPieceAt511Characters) {
     applet data;
     add_text(&data.messages, std::string(600, 'x').c_str());

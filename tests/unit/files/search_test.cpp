@@ -29,7 +29,7 @@ class Search : public scratch_test {
         set_loglvl(LOG_DEBUG);
         std::filesystem::create_directory("world");
         std::filesystem::create_directory("logs");
-        inilog("logs", "gxsetup");
+        inilog(scratch.path("logs").c_str(), "gxsetup");
         close_log();
         write_file("logs/gxsetup.log", "");
     }

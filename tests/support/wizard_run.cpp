@@ -4,9 +4,12 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <pwd.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -52,11 +55,13 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> settings = clean_environment();
     std::signal(SIGPIPE, SIG_DFL);
+    // Opened now: whom `prepare` makes of this process may have no way to the build directory.
+    const int program = ::open(program_path, O_RDONLY | O_CLOEXEC);
     if (prepare) {
         prepare();
     }
     if (::chdir(directory.c_str()) == 0) {
-        ::execve(program_path, pointers_to(words).data(), pointers_to(settings).data());
+        ::fexecve(program, pointers_to(words).data(), pointers_to(settings).data());
     }
     std::perror(program_path);
     ::_exit(not_started);
@@ -264,6 +269,9 @@ void mount_small_disk(const std::string &path, const std::string &size) {
 }
 
 bool can_mount() {
+    if (::geteuid() != 0) {
+        return false;
+    }
     const ::pid_t child = ::fork();
     if (child == 0) {
         mount_small_disk("/tmp", "4k");
@@ -272,4 +280,24 @@ bool can_mount() {
     int status = 0;
     ::waitpid(child, &status, 0);
     return status == 0;
+}
+
+run_place as_ordinary_user(const world &host) {
+    const passwd *nobody = ::getpwnam("nobody");
+    if (::geteuid() != 0 || nobody == nullptr) {
+        return {};
+    }
+    const uid_t user = nobody->pw_uid;
+    const gid_t group = nobody->pw_gid;
+    bool is_given = ::chown(host.root().c_str(), user, group) == 0;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(host.root())) {
+        is_given = ::lchown(entry.path().c_str(), user, group) == 0 && is_given;
+    }
+    EXPECT_TRUE(is_given);
+    return {.prepare = [user, group] {
+        constexpr int not_allowed = 126;
+        if (::setgroups(0, nullptr) != 0 || ::setgid(group) != 0 || ::setuid(user) != 0) {
+            ::_exit(not_allowed);
+        }
+    }};
 }

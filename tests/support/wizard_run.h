@@ -74,3 +74,7 @@ void mount_small_disk(const std::string &path, const std::string &size);
 
 // Whether this process may mount: it is root, and no container forbids it.
 bool can_mount();
+
+// Makes the program run as someone to whom permissions apply: where the test itself is root's, the
+// world is given to the user nobody, who runs it. To be asked for when the world is complete.
+run_place as_ordinary_user(const world &host);

@@ -272,6 +272,81 @@ TEST(Failures, AllStreamsClosedLeavesEveryFileAsItShouldBe) {
               "settings\n");
 }
 
+// --- Permissions ---
+
+void set_mode(const std::string &path, unsigned mode) {
+    std::filesystem::permissions(path, std::filesystem::perms(mode));
+}
+
+TEST(Permissions, UnreadableSourceIsReportedAndTheRestCopied) {
+    const world host("tanager");
+    set_mode("dist/manuals/index.html", 0);
+    const wizard_run run = run_wizard(host, {}, set_install, as_ordinary_user(host));
+    EXPECT_EQ(steps_of(run.transcript),
+              "\n"
+              "Copying template files.......\n"
+              "Copying graphic and wav files........\n"
+              "Copying cgi files.\n"
+              "Copying manual files"
+              "Error: Can't copy ./manuals/index.html: Permission denied\n"
+              "\n"
+              "Copying cgi files.\n"
+              "Creating tanager.ini file.");
+    EXPECT_EQ(end_of(run.transcript), unsuccessful("tanager"));
+}
+
+TEST(Permissions, ProgramsDirectoryThatMayNotBeWrittenFailsTheInstall) {
+    const world host("kestrel");
+    set_mode("cgi-bin", 0555);
+    const wizard_run run = run_wizard(host, {}, flat_install, as_ordinary_user(host));
+    EXPECT_TRUE(
+        steps_of(run.transcript)
+            .ends_with("\nCopying cgi files" + rule +
+                       "Error: Can't write to \"@/cgi-bin/kestrel.cgi\": Permission denied\n\n"
+                       "\n"
+                       "Creating kestrel.ini file"
+                       "Error: Can't open @/cgi-bin/kestrel.ini\n"))
+        << run.transcript;
+    EXPECT_EQ(end_of(run.transcript), unsuccessful("kestrel"));
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(Permissions, IniThatMayNotBeWrittenStaysAsItWas) {
+    const world host("kestrel");
+    add_file("cgi-bin/kestrel.ini", "old 1\n");
+    set_mode("cgi-bin/kestrel.ini", 0444);
+    const wizard_run run = run_wizard(host, {}, flat_install, as_ordinary_user(host));
+    EXPECT_TRUE(steps_of(run.transcript)
+                    .ends_with("\nCreating kestrel.ini file"
+                               "Error: Can't open @/cgi-bin/kestrel.ini\n"))
+        << run.transcript;
+    EXPECT_EQ(read_file("cgi-bin/kestrel.ini"), "old 1\n");
+}
+
+TEST(Permissions, DistributionThatMayNotBeWrittenHasNoLogAndNoVersion) {
+    const world host("kestrel");
+    set_mode("dist", 0555);
+    const wizard_run run = run_wizard(host, {}, "7\n4\n\n", as_ordinary_user(host));
+    EXPECT_EQ(run.transcript, "Error: log file cannot be opened\n"
+                              "Cant open logfile ./gxsetup.log\n"
+                              "Cant open logfile ./gxsetup.log\n"
+                              "\nWhat version of kestrel is it? " +
+                                  welcome + menu("kestrel", "7") + goodbye);
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(Permissions, FilesOfAnInstallWithoutRootStayTheUsersOwn) {
+    const world host("kestrel");
+    const wizard_run run = run_wizard(host, {}, flat_install, as_ordinary_user(host));
+    EXPECT_NE(run.transcript.find("\nInstallation successful.\n"), std::string::npos);
+    struct stat templates {};
+    struct stat distribution {};
+    ASSERT_EQ(::stat("spool/kestrel/index.tpl", &templates), 0);
+    ASSERT_EQ(::stat("dist", &distribution), 0);
+    EXPECT_EQ(templates.st_uid, distribution.st_uid);
+    EXPECT_EQ(templates.st_mode & 07777U, 0660U);
+}
+
 // --- Places that are one ---
 
 TEST(Places, InstallingWhereTheDistributionLiesDeletesNothing) {

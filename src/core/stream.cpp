@@ -24,6 +24,12 @@ mode_t new_file_mode() {
     return creation_mode & ~mask;
 }
 
+// A pattern for a file beside `path`. It leans on no name, since that of `path` may be as long as
+// names can be.
+std::string beside(const std::string &path) {
+    return path.substr(0, path.find_last_of('/') + 1) + "gxsetup.XXXXXX";
+}
+
 // Creates `path` as a file that nothing else leads to. The descriptor, negative on failure.
 int create_anew(const char *path) {
     if (::unlink(path) != 0 && errno != ENOENT) {
@@ -91,7 +97,7 @@ replacement_file::replacement_file(const char *path, const char *scratch_name)
     if (is_there && ::access(target_.c_str(), W_OK) != 0) {
         return;
     }
-    std::string scratch = scratch_name != nullptr ? scratch_name : target_ + ".XXXXXX";
+    std::string scratch = scratch_name != nullptr ? scratch_name : beside(target_);
     const int descriptor =
         scratch_name != nullptr ? create_anew(scratch_name) : ::mkstemp(scratch.data());
     if (descriptor < 0) {

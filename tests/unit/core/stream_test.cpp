@@ -135,6 +135,16 @@ TEST_F(ReplacementFile, ANewFileGetsTheUsualModeAndAReplacedOneKeepsItsOwn) {
     ::umask(mask);
 }
 
+TEST_F(ReplacementFile, AFileMayHaveTheLongestNameThereIs) {
+    const std::string name(255, 'n');
+    write_file(name, "old");
+    replacement_file file(name.c_str());
+    ASSERT_NE(file.stream(), nullptr);
+    format_file(file.stream(), "%s", "new");
+    EXPECT_TRUE(file.commit());
+    EXPECT_EQ(read_file(name), "new");
+}
+
 TEST_F(ReplacementFile, ALinkStaysAndItsFileIsReplaced) {
     write_file("real", "old");
     std::filesystem::create_symlink("real", "link");

@@ -15,6 +15,7 @@ namespace {
 void make_one(const std::string &dir, mode_t permission) {
     if (::mkdir(dir.c_str(), permission) == 0) {
         ::chmod(dir.c_str(), permission);
+        give_to_owner(dir.c_str());
     }
 }
 

@@ -30,11 +30,12 @@ void give_to_owner(const char *path);
 
 // --- Creation (create.cpp) ---
 
-// Makes a directory and every missing one above it, each with exactly the mode `permission`. 1 also
-// when it is there already; 0 for a path without root or one that is too long. The log is told.
+// Makes a directory and every missing one above it, each with exactly the mode `permission` and
+// given to the owner. 1 also when it is there already; 0 for a path without root or one that is too
+// long. The log is told.
 int make_dir(const char *dir, mode_t permission);
 
-// make_dir, and the directory is given to the owner.
+// make_dir, and the directory is given to the owner even when it was there already.
 int make_owned_dir(const char *dir, mode_t permission);
 
 // The modes of what is made: programs and directories, other files, the images directory.

@@ -66,6 +66,19 @@ TEST_F(MakeDir, APathThatIsTooLongIsReportedAndNothingIsMade) {
     EXPECT_FALSE(is_there(scratch.path("a")));
 }
 
+TEST_F(MakeDir, EveryDirectoryMadeIsGivenToTheOwner) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    gx_user = 1234;
+    gx_group = 4321;
+    const std::string before = owner_of(scratch.path("there"));
+    EXPECT_EQ(make_dir(scratch.path("there/a/b").c_str(), 0770), 1);
+    EXPECT_EQ(owner_of(scratch.path("there")), before);
+    EXPECT_EQ(owner_of(scratch.path("there/a")), "1234:4321");
+    EXPECT_EQ(owner_of(scratch.path("there/a/b")), "1234:4321");
+}
+
 TEST_F(MakeDir, OwnedIsGivenToTheOwner) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give files away";

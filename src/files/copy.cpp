@@ -72,14 +72,6 @@ bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-bool is_dot_entry(std::string_view name) {
-    return name == "." || name == "..";
-}
-
-std::string joined(const char *directory, const char *name) {
-    return formatted("%s%c%s", directory, '/', name);
-}
-
 bool write_all(int file, const char *bytes, std::size_t count) {
     while (count > 0) {
         const ssize_t written = ::write(file, bytes, count);
@@ -197,7 +189,7 @@ int copy_directory(const char *src, const tree_level &level, const char *destina
     found_names names;
     const int count = wild_find2(src, "*", names);
     for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string entry = joined(src, name.get());
+        const std::string entry = path_in(src, name.get());
         if (copy_into(entry.c_str(), destination, 1, &level) == 0) {
             print_emsg("Error copying %s->%s", entry.c_str(), destination);
         }
@@ -211,7 +203,7 @@ int copy_into(const char *src, const char *xdst, int overwrite, const tree_level
     if (is_dot_entry(name)) {
         return 1;
     }
-    const std::string destination = joined(xdst, name);
+    const std::string destination = path_in(xdst, name);
     dmsg("DoCopy[%s]-[%s][%s]", src, destination.c_str(), name);
     if (s_strlen(src) > path_limit || destination.size() > path_limit) {
         return copy_failed(src, ENAMETOOLONG);
@@ -284,7 +276,7 @@ int do_copy2(const char *src, const char *xdst, int overwrite) {
 }
 
 int do_exe_copy(const char *src, const char *dst, int overwrite) {
-    return do_exe_copy2(src, joined(dst, strip_directory(src)).c_str(), overwrite);
+    return do_exe_copy2(src, path_in(dst, strip_directory(src)).c_str(), overwrite);
 }
 
 int do_exe_copy2(const char *src, const char *dst, int overwrite) {
@@ -323,7 +315,7 @@ int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite)
     }
     int result = 1;
     for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (!copy_found(name.get(), joined(path, name.get()).c_str(), dst, overwrite,
+        if (!copy_found(name.get(), path_in(path, name.get()).c_str(), dst, overwrite,
                         is_listed(programs_elsewhere, name.get()))) {
             result = 0;
         }

@@ -97,7 +97,7 @@ int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, i
     }
     int result = 1;
     for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string entry = formatted("%s%c%s", path, '/', name.get());
+        const std::string entry = path_in(path, name.get());
         if (remove_entry(ini, wild, name.get(), entry, not_u_ != 0, dirs_only != 0) == 0) {
             result = 0;
         }

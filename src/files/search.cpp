@@ -91,10 +91,6 @@ bool next_element(std::string_view &list, std::string &element) {
     return true;
 }
 
-bool is_dot_entry(const char *name) {
-    return std::string_view(name) == "." || std::string_view(name) == "..";
-}
-
 int collect(DIR *directory, const char *pattern, found_names &names) {
     int count = 0;
     while (const dirent *entry = ::readdir(directory)) {
@@ -111,6 +107,14 @@ int collect(DIR *directory, const char *pattern, found_names &names) {
 }
 
 } // namespace
+
+std::string path_in(const char *directory, const char *name) {
+    return formatted("%s%c%s", directory, '/', name);
+}
+
+bool is_dot_entry(std::string_view name) {
+    return name == "." || name == "..";
+}
 
 int domatch(const char *name, const char *pattern) {
     const std::string_view text(name);

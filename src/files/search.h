@@ -6,6 +6,8 @@
 #include "core/text.h"
 
 #include <array>
+#include <string>
+#include <string_view>
 
 // The most names that one search gives.
 inline constexpr int MAXWILD = 1000;
@@ -15,6 +17,12 @@ inline constexpr std::size_t path_limit = 511;
 
 // The names a search found, each a heap copy freed with the array or by resetting its slot.
 using found_names = std::array<heap_text, MAXWILD>;
+
+// The path of `name` in `directory`.
+std::string path_in(const char *directory, const char *name);
+
+// Whether a name is one of those that every directory has for itself and the one above it.
+bool is_dot_entry(std::string_view name);
 
 // 1 when the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one character,
 // "[...]" one of a set ("[^...]" one not in it, "a-z" a range, "]" or "-" first is a member),

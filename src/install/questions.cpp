@@ -41,8 +41,8 @@ void ask_templates(pINI_SETTINGS ini, bool has_sets) {
     const std::string templates = ask_answer(ini, D_TEMPLATES, D_TMPLTS2_Q);
     set_answer(ini, D_WORKAREA, templates.c_str());
     if (has_sets) {
-        set_answer(ini, D_MANUAL, formatted("%s%cmanuals", templates.c_str(), '/').c_str());
-        set_answer(ini, D_BULLETIN, formatted("%s%cbulletins", templates.c_str(), '/').c_str());
+        set_answer(ini, D_MANUAL, path_in(templates.c_str(), "manuals").c_str());
+        set_answer(ini, D_BULLETIN, path_in(templates.c_str(), "bulletins").c_str());
         ask_answer(ini, D_MANUAL, D_MANUAL_Q);
         ask_answer(ini, D_BULLETIN, D_BULLETIN_Q);
     }

@@ -86,7 +86,7 @@ void remove_user_directories(setup_job &job, const char *workarea) {
         print_imsg("No user directories found.");
     }
     for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string path = formatted("%s%c%s", workarea, '/', name.get());
+        const std::string path = path_in(workarea, name.get());
         struct stat entry {};
         if (::stat(path.c_str(), &entry) == 0) {
             if (has_directory_bit(entry)) {

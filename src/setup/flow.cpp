@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "dialogue/question.h"
+#include "files/search.h"
 #include "templates/sets.h"
 
 void print_notes(bool offers_changes) {
@@ -79,7 +80,5 @@ bool load_installed_ini(pINI_SETTINGS ini) {
 }
 
 bool load_installed_answers(pINI_SETTINGS ini) {
-    const std::string path =
-        formatted("%s%c%s", ini_value_num(ini, D_TEMPLATES), '/', answers_file);
-    return ini_load(ini, path.c_str()) != 0;
+    return ini_load(ini, path_in(ini_value_num(ini, D_TEMPLATES), answers_file).c_str()) != 0;
 }

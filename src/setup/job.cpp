@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
+#include "files/search.h"
 #include "setup/flow.h"
 #include "setup/product.h"
 #include "setup/product_ini.h"
@@ -17,7 +18,7 @@ const char *setup_job::answer(answer_position position) const {
 }
 
 std::string setup_job::below_install_dir(const char *name) const {
-    return formatted("%s%c%s", answer(D_INSTALL_DIR), '/', name);
+    return path_in(answer(D_INSTALL_DIR), name);
 }
 
 void setup_job::check(int result) {

@@ -113,10 +113,9 @@ void settle_templates_directory() {
     if (s_stricmp(answer(D_TEMPLATES), spool_directory) == 0) {
         const product *found = find_product(answer(D_PROD_NAME));
         const char *subdirectory = found != nullptr ? found->templates_subdirectory : "osprey";
-        set_answer(answers(), D_TEMPLATES,
-                   formatted("%s%c%s", answer(D_TEMPLATES), '/', subdirectory).c_str());
+        set_answer(answers(), D_TEMPLATES, path_in(answer(D_TEMPLATES), subdirectory).c_str());
     }
-    set_answer(answers(), D_MANUAL, formatted("%s%cmanuals", answer(D_TEMPLATES), '/').c_str());
+    set_answer(answers(), D_MANUAL, path_in(answer(D_TEMPLATES), "manuals").c_str());
 }
 
 void load_installed_answers_once() {

@@ -17,10 +17,6 @@ namespace {
 constexpr std::string_view common_directory = "common";
 constexpr std::string_view word_list = "words.dat";
 
-std::string joined(const char *directory, const char *name) {
-    return formatted("%s%c%s", directory, '/', name);
-}
-
 bool is_directory(const std::string &path) {
     struct stat entry {};
     return ::stat(path.c_str(), &entry) == 0 && S_ISDIR(entry.st_mode);
@@ -37,7 +33,7 @@ std::vector<std::string> find_sets(const char *dir) {
     const int count = wild_find2(dir, "*", names);
     std::vector<std::string> sets;
     for (const heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (name.get() != common_directory && is_directory(joined(dir, name.get()))) {
+        if (name.get() != common_directory && is_directory(path_in(dir, name.get()))) {
             sets.emplace_back(name.get());
         }
     }
@@ -49,7 +45,7 @@ bool copy_common(const std::string &common, const std::vector<std::string> &copi
     found_names names;
     const int count = wild_find2(common.c_str(), "*", names);
     for (const heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string file = joined(common.c_str(), name.get());
+        const std::string file = path_in(common.c_str(), name.get());
         if ((skip_words && name.get() == word_list) || !is_plain_file(file)) {
             continue;
         }
@@ -112,14 +108,14 @@ int do_template_copy(const char *src, const char *dst, int skip_words) {
     }
     std::vector<std::string> copied_sets;
     for (const std::string &set : find_sets(src)) {
-        std::string target = joined(dst, set.c_str());
+        std::string target = path_in(dst, set.c_str());
         if (make_owned_dir(target.c_str(), directory_mode) == 0 ||
-            do_xcopy2(joined(src, set.c_str()).c_str(), "*", target.c_str(), 1) == 0) {
+            do_xcopy2(path_in(src, set.c_str()).c_str(), "*", target.c_str(), 1) == 0) {
             return 0;
         }
         copied_sets.push_back(std::move(target));
     }
-    const std::string common = joined(src, common_directory.data());
+    const std::string common = path_in(src, common_directory.data());
     return copy_common(common, copied_sets, skip_words != 0) ? 1 : 0;
 }
 
@@ -133,10 +129,10 @@ void words_copy(const char *path, const char *prefix, const char *names) {
         if (s_strncmp(entry.get(), prefix, std::strlen(prefix)) != 0) {
             continue;
         }
-        const std::string target = joined(path, entry.get());
+        const std::string target = path_in(path, entry.get());
         for (const char *name = s_strtoken(names, ", "); name != nullptr;
              name = s_strtoken(nullptr, ", ")) {
-            const std::string file = joined(path, name);
+            const std::string file = path_in(path, name);
             if (*name != '\0' && do_copy(file.c_str(), target.c_str(), 1) == 0) {
                 print_emsg("Error copying %s->%s", file.c_str(), target.c_str());
             }

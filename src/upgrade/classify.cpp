@@ -42,8 +42,8 @@ constexpr section sections[] = {
 
 TMPLT_INFO classify(pINI_SETTINGS ini, const char *name) {
     const char *prod_name = ini_value_num(ini, D_PROD_NAME);
-    const std::string installed = formatted("%s%c%s", ini_value_num(ini, D_INSTALL_DIR), '/', name);
-    const std::string distributed = formatted("%s%c%s", templates_source, '/', name);
+    const std::string installed = path_in(ini_value_num(ini, D_INSTALL_DIR), name);
+    const std::string distributed = path_in(templates_source, name);
     TMPLT_INFO entry;
     entry.name = name;
     tpl_load(&entry, installed.c_str(), prod_name, 0);

@@ -34,7 +34,7 @@ void load_old_settings(pINI_SETTINGS ini, bool has_sets) {
     if (!load_installed_ini(ini)) {
         return;
     }
-    dmsg("load ini with ini file settings");
+    dmsg("load gxvalues with ini file settings");
     if (!gxdat_found_here) {
         dmsg("load gxsetup.dat from ini setting of templates directory");
         gxdat_found_here = load_installed_answers(ini);

@@ -67,8 +67,7 @@ class rewritten_ini {
              line = read_piece(old_file, piece)) {
             if (is_continued_ || match_setting(piece.data(), update) == 0) {
                 write_text(file_, line);
-                is_inside_line_ = !line.ends_with('\n');
-                is_continued_ = is_continued(piece.data());
+                note_kept(line);
             } else {
                 end_line();
             }
@@ -88,11 +87,17 @@ class rewritten_ini {
     }
 
   private:
+    void note_kept(std::string_view line) {
+        last_line_ = line;
+        is_inside_line_ = !line.ends_with('\n');
+        is_continued_ = is_continued(last_line_.c_str());
+    }
+
     // What is written next did not follow in the old file: it gets a line of its own.
     void end_line() {
         if (is_inside_line_) {
             write_text(file_, "\n");
-            is_inside_line_ = false;
+            note_kept(last_line_ + '\n');
         }
     }
 
@@ -104,6 +109,7 @@ class rewritten_ini {
     }
 
     std::FILE *file_;
+    std::string last_line_; // the last one kept
     bool is_inside_line_ = false;
     bool is_continued_ = false;
 };

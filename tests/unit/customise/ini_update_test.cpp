@@ -289,6 +289,11 @@ TEST_F(UpdateIni, KeepsTheFirstSettingApartFromALastLineThatGoesOn) {
               "hosts b /\n\nset logo a.gif\nbody_add Goodbye\n");
 }
 
+TEST_F(UpdateIni, KeepsItApartWhereOnlyTheLineEndMakesTheLastLineGoOn) {
+    EXPECT_EQ(rewritten("domain a\n /", store.get()),
+              "domain a\n /\n\nset logo a.gif\nbody_add Goodbye\n");
+}
+
 TEST_F(UpdateIni, TakesALineInPiecesOf510Characters) {
     const std::string piece(510, 'x');
     EXPECT_EQ(rewritten(piece + "set a\ndomain b\n" + piece + "rest\n", store.get()),

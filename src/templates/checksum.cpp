@@ -48,17 +48,19 @@ template <std::size_t stripe>
 }
 
 std::size_t add_many(std::string_view bytes, class_sums &sums) {
-    return add_stripes<48>(bytes, sums);
+    constexpr std::size_t stripe = 48;
+    return add_stripes<stripe>(bytes, sums);
 }
 
 #if defined(__x86_64__)
 // The same in the wider vectors that most of these processors have.
 [[gnu::target("avx2")]] std::size_t add_more(std::string_view bytes, class_sums &sums) {
-    return add_stripes<96>(bytes, sums);
+    constexpr std::size_t stripe = 96;
+    return add_stripes<stripe>(bytes, sums);
 }
 
 bool has_wide_vectors() {
-    return __builtin_cpu_supports("avx2") != 0;
+    return static_cast<bool>(__builtin_cpu_supports("avx2"));
 }
 #else
 constexpr auto add_more = add_many;

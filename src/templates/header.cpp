@@ -63,8 +63,8 @@ void take_defaults(TMPLT_INFO &tpl, std::string_view prodname, int is_new) {
 
 // Whether the first version is older: by its number, or by its text when the numbers are equal.
 bool is_older(const std::string &version, const std::string &than) {
-    const double number = std::atof(version.c_str());
-    const double than_number = std::atof(than.c_str());
+    const double number = std::strtod(version.c_str(), nullptr);
+    const double than_number = std::strtod(than.c_str(), nullptr);
     if (number < than_number || number > than_number) {
         return number < than_number;
     }

@@ -54,7 +54,9 @@ void keep_owner_and_mode(std::FILE *from, std::FILE *to) {
         return;
     }
     const bool is_owned = ::fchown(::fileno(to), status.st_uid, status.st_gid) == 0;
-    ::fchmod(::fileno(to), status.st_mode & (is_owned ? 07777 : 0777));
+    constexpr mode_t rights = S_IRWXU | S_IRWXG | S_IRWXO;
+    constexpr mode_t special = S_ISUID | S_ISGID | S_ISVTX;
+    ::fchmod(::fileno(to), status.st_mode & (is_owned ? rights | special : rights));
 }
 
 // Copies a template with its stamp. False, with errno set, when a read or a write failed.

@@ -202,15 +202,13 @@ TEST_F(ChecksumTest, AMalformedLineIsReadByTheRules) {
     }
 }
 
-TEST_F(ChecksumTest, AHugeNumberDoesNoHarm) {
-    for (const char *number : {"99999999999999999999999999", "-99999999999999999999999999",
-                               "4294967296", "2147483648", "-2147483649"}) {
-        const std::string line = "||checksum=" + std::string(number) + "||\n";
-        EXPECT_EQ(checksum_of(line), 0) << number;
-        difference_of(line);
+TEST_F(ChecksumTest, AHugeNumberIsTheNearestThatCanBe) {
+    for (const char *number : {"99999999999999999999999999", "4294967297", "2147483648"}) {
+        EXPECT_EQ(difference_of("||checksum=" + std::string(number) + "||\n"), -2147483647)
+            << number;
     }
-    const std::string digits(600, '9');
-    expect_by_the_rule("abc\n||checksum=" + digits + "||\n");
+    EXPECT_EQ(difference_of("||checksum=-99999999999999999999999999||a\n"), -2147483647 - 1 + 97);
+    expect_by_the_rule("abc\n||checksum=" + std::string(600, '9') + "||\n");
 }
 
 TEST_F(ChecksumTest, TheLastOfSeveralLinesCounts) {

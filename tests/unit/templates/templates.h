@@ -2,8 +2,10 @@
 // its own, and a distribution's files.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,7 +45,8 @@ inline int expected_checksum(std::string_view content, int *stored = nullptr) {
             const std::size_t number = piece.find('=') + 1;
             const std::size_t bar = piece.find('|', number);
             if (stored != nullptr) {
-                *stored = static_cast<int>(std::strtol(piece.c_str() + number, nullptr, 10));
+                *stored = static_cast<int>(std::clamp(
+                    std::strtol(piece.c_str() + number, nullptr, 10), -2147483648L, 2147483647L));
             }
             summed = bar == std::string::npos ? "" : piece.substr(bar + 1);
             if (!summed.empty() && summed[0] == '|') {

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -128,25 +129,35 @@ std::size_t last_line_feed(std::string_view text) {
 // One walk. Places are counted from the start of the window.
 class walk {
   public:
-    walk(std::FILE *file, std::string_view marker, const part_receiver &receive)
-        : file_(file), marker_(marker), receive_(receive) {}
+    walk(int descriptor, std::string_view marker, const part_receiver &receive)
+        : descriptor_(descriptor), marker_(marker), receive_(receive) {}
 
-    bool run() {
+    walk_result run() {
         while (!has_ended_) {
-            if (!fill() || !hand_on_window()) {
-                return false;
+            if (!fill()) {
+                return walk_result::read_failed;
+            }
+            if (!hand_on_window()) {
+                return walk_result::refused;
             }
             slide();
         }
-        return true;
+        return walk_result::done;
     }
 
   private:
+    // Reads until the window is full or the file has ended.
     bool fill() {
-        const std::size_t count = std::fread(window.data() + filled_, 1, read_size, file_);
-        filled_ += count;
-        has_ended_ = count < read_size;
-        return std::ferror(file_) == 0;
+        const std::size_t full = filled_ + read_size;
+        while (filled_ < full && !has_ended_) {
+            const ssize_t count = ::read(descriptor_, window.data() + filled_, full - filled_);
+            if (count < 0 && errno != EINTR) {
+                return false;
+            }
+            has_ended_ = count == 0;
+            filled_ += static_cast<std::size_t>(std::max(count, ssize_t{0}));
+        }
+        return true;
     }
 
     // Hands on what can be judged by now: in a window that is not the last, what may belong to a
@@ -232,7 +243,7 @@ class walk {
         handed_ = 0;
     }
 
-    std::FILE *file_;
+    int descriptor_;
     std::string_view marker_;
     const part_receiver &receive_;
     bool has_ended_ = false;
@@ -256,8 +267,8 @@ stream_handle open_template(const char *path) {
     return file;
 }
 
-bool walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive) {
-    return walk(file, marker, receive).run();
+walk_result walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive) {
+    return walk(::fileno(file), marker, receive).run();
 }
 
 void running_checksum::add(const template_part &part) {
@@ -291,7 +302,7 @@ int do_checksum(const char *file, int compare) {
         checksum.add(part);
         return true;
     };
-    if (!stream || !walk_template(stream.get(), checksum_line_start, add)) {
+    if (!stream || walk_template(stream.get(), checksum_line_start, add) != walk_result::done) {
         emsg("can't open %s, %s", file, std::strerror(errno));
         return stream && compare != 0 ? 1 : 0;
     }

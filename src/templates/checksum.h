@@ -28,9 +28,11 @@ struct template_part {
 };
 using part_receiver = std::function<bool(const template_part &)>;
 
-// Hands on the whole file in its order. `marker` begins with "||" and has 9 characters. False, with
-// errno set, when a read failed (the stream's error flag is set then) or `receive` gave false.
-bool walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive);
+enum class walk_result { done, read_failed, refused };
+
+// Hands on the whole file in its order, until `receive` gives false (refused) or a read fails, with
+// errno set. `marker` begins with "||" and has 9 characters; nothing was read of `file` before.
+walk_result walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive);
 
 // The checksum of a template whose parts, walked with checksum_line_start, are added one by one.
 class running_checksum {

@@ -59,8 +59,8 @@ void keep_owner_and_mode(std::FILE *from, std::FILE *to) {
     ::fchmod(::fileno(to), status.st_mode & (is_owned ? rights | special : rights));
 }
 
-// Copies a template with its stamp. False, with errno set, when a read or a write failed.
-bool write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
+// Copies a template with its stamp. A write that fails, with errno set, gives `refused`.
+walk_result write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
     running_checksum checksum;
     const auto take = [&](const template_part &part) {
         if (stamp.has_checksum) {
@@ -69,9 +69,15 @@ bool write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
         return (part.is_marked && part.bytes.starts_with(stamp.dropped)) ||
                std::fwrite(part.bytes.data(), 1, part.bytes.size(), to) == part.bytes.size();
     };
-    return format_file(to, "%s", stamp.header_line.c_str()) &&
-           walk_template(from, stamp.dropped, take) &&
-           (!stamp.has_checksum || format_file(to, "\n||checksum=%d||\n", checksum.sum()));
+    if (!format_file(to, "%s", stamp.header_line.c_str())) {
+        return walk_result::refused;
+    }
+    const walk_result result = walk_template(from, stamp.dropped, take);
+    if (result == walk_result::done && stamp.has_checksum &&
+        !format_file(to, "\n||checksum=%d||\n", checksum.sum())) {
+        return walk_result::refused;
+    }
+    return result;
 }
 
 // Stamps `from`, the template at `path`, into the new file `to` at `scratch` and puts that in the
@@ -80,13 +86,15 @@ bool write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
 int replace_template(const stamp &stamp, const path_text &path, std::FILE *from,
                      const path_text &scratch, stream_handle to) {
     keep_owner_and_mode(from, to.get());
-    if (!write_stamped(stamp, from, to.get()) || !close_file(std::move(to))) {
+    const walk_result result = write_stamped(stamp, from, to.get());
+    if (result == walk_result::read_failed) {
         const int error = errno;
-        if (std::ferror(from) != 0) {
-            report("Can't open", path, error);
-        } else {
-            report("Can't write", scratch, error);
-        }
+        report("Can't open", path, error);
+        return error;
+    }
+    if (result == walk_result::refused || !close_file(std::move(to))) {
+        const int error = errno;
+        report("Can't write", scratch, error);
         return error;
     }
     if (std::rename(scratch.c_str(), path.c_str()) != 0) {

@@ -132,8 +132,11 @@ int copy_file(const char *src, const struct stat &source, const char *destinatio
     case move_result::done:
         break;
     }
-    ::fchmod(to.number(), file_mode);
-    [[maybe_unused]] const int result = ::fchown(to.number(), gx_user, gx_group);
+    // A device or a pipe that stands in the file's place stays whose it is.
+    if (S_ISREG(old.st_mode)) {
+        ::fchmod(to.number(), file_mode);
+        [[maybe_unused]] const int result = ::fchown(to.number(), gx_user, gx_group);
+    }
     if (!to.close()) {
         return write_failed(destination, errno);
     }
@@ -188,13 +191,12 @@ int copy_directory(const char *src, const tree_level &level, const char *destina
     dmsg("Find all files in [%s]", src);
     found_names names;
     const int count = wild_find2(src, "*", names);
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string entry = path_in(src, name.get());
+    for_each_name(names, count, [&](const char *name) {
+        const std::string entry = path_in(src, name);
         if (copy_into(entry.c_str(), destination, 1, &level) == 0) {
             print_emsg("Error copying %s->%s", entry.c_str(), destination);
         }
-        name.reset();
-    }
+    });
     return 1;
 }
 
@@ -297,13 +299,11 @@ int do_xcopy(const char *src, const char *dst, int overwrite) {
         imsg("No files found in %s", src);
     }
     int result = 1;
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (!copy_found(name.get(), name.get(), dst, overwrite,
-                        is_listed(programs_here, name.get()))) {
+    for_each_name(names, count, [&](const char *name) {
+        if (!copy_found(name, name, dst, overwrite, is_listed(programs_here, name))) {
             result = 0;
         }
-        name.reset();
-    }
+    });
     return result;
 }
 
@@ -314,12 +314,11 @@ int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite)
         imsg("No files found in %s", src);
     }
     int result = 1;
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (!copy_found(name.get(), path_in(path, name.get()).c_str(), dst, overwrite,
-                        is_listed(programs_elsewhere, name.get()))) {
+    for_each_name(names, count, [&](const char *name) {
+        if (!copy_found(name, path_in(path, name).c_str(), dst, overwrite,
+                        is_listed(programs_elsewhere, name))) {
             result = 0;
         }
-        name.reset();
-    }
+    });
     return result;
 }

@@ -96,13 +96,12 @@ int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, i
         imsg("No files found in %s", path);
     }
     int result = 1;
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string entry = path_in(path, name.get());
-        if (remove_entry(ini, wild, name.get(), entry, not_u_ != 0, dirs_only != 0) == 0) {
+    for_each_name(names, count, [&](const char *name) {
+        const std::string entry = path_in(path, name);
+        if (remove_entry(ini, wild, name, entry, not_u_ != 0, dirs_only != 0) == 0) {
             result = 0;
         }
-        name.reset();
-    }
+    });
     return result;
 }
 
@@ -125,11 +124,10 @@ int do_tmprmv(pINI_SETTINGS ini, const char *wild) {
         print_imsg("No files found in working directory");
     }
     int result = 1;
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (remove_temporary(ini, name.get()) == 0) {
+    for_each_name(names, count, [&](const char *name) {
+        if (remove_temporary(ini, name) == 0) {
             result = 0;
         }
-        name.reset();
-    }
+    });
     return result;
 }

@@ -18,6 +18,18 @@ inline constexpr std::size_t path_limit = 511;
 // The names a search found, each a heap copy freed with the array or by resetting its slot.
 using found_names = std::array<heap_text, MAXWILD>;
 
+// Calls `use` with each of the first `count` names, in their order, and frees the name afterwards.
+// A name that no memory was had for is passed over.
+template <class Use>
+void for_each_name(found_names &names, int count, Use use) {
+    for (std::size_t number = 0; number < static_cast<std::size_t>(count); number++) {
+        if (names[number] != nullptr) {
+            use(names[number].get());
+            names[number].reset();
+        }
+    }
+}
+
 // The path of `name` in `directory`.
 std::string path_in(const char *directory, const char *name);
 

@@ -85,8 +85,8 @@ void remove_user_directories(setup_job &job, const char *workarea) {
     if (count == 0) {
         print_imsg("No user directories found.");
     }
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string path = path_in(workarea, name.get());
+    for_each_name(names, count, [&](const char *name) {
+        const std::string path = path_in(workarea, name);
         struct stat entry {};
         if (::stat(path.c_str(), &entry) == 0) {
             if (has_directory_bit(entry)) {
@@ -95,8 +95,7 @@ void remove_user_directories(setup_job &job, const char *workarea) {
                 dmsg("u_ file found weird?");
             }
         }
-        name.reset();
-    }
+    });
 }
 
 void remove_users(setup_job &job) {

@@ -41,6 +41,21 @@ bool add_setting(pINI_SETTINGS ini, std::string &line) {
     return true;
 }
 
+// Log why a file was not read or written; errno stays as it was. Give 0.
+int open_failed(pINI_SETTINGS ini, const char *filename) {
+    const int error = errno;
+    ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
+    errno = error;
+    return 0;
+}
+
+int write_failed(pINI_SETTINGS ini, const char *filename) {
+    const int error = errno;
+    ini_emsg(ini, "file {%s} could not be written: %s", filename, std::strerror(error));
+    errno = error;
+    return 0;
+}
+
 // Adds every setting of an open file; gives their number.
 int load_lines(pINI_SETTINGS ini, std::FILE *file) {
     int count = 0;
@@ -74,10 +89,7 @@ int ini_load(pINI_SETTINGS ini, const char *filename) {
     }
     const stream_handle file = open_to_read(filename);
     if (!file) {
-        const int error = errno;
-        ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
-        errno = error;
-        return 0;
+        return open_failed(ini, filename);
     }
     try {
         return 1 + load_lines(ini, file.get());
@@ -93,8 +105,7 @@ int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
     }
     replacement_file file(filename);
     if (file.stream() == nullptr) {
-        ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
-        return 0;
+        return open_failed(ini, filename);
     }
     format_file(file.stream(), "# file written by %s%s", written_by, "\n");
     format_file(file.stream(), "# library: %s%s%s", ini_library, "\n", "\n");
@@ -105,8 +116,7 @@ int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
         count++;
     }
     if (!file.commit()) {
-        ini_emsg(ini, "file {%s} could not be written: %s", filename, std::strerror(errno));
-        return 0;
+        return write_failed(ini, filename);
     }
     return count;
 }

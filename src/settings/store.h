@@ -131,6 +131,6 @@ int ini_true_num(pINI_SETTINGS ini, int id);
 int ini_load(pINI_SETTINGS ini, const char *filename);
 
 // Writes the store under a comment that names `written_by`. 1 plus the number of settings written;
-// 0 after an error message when the file cannot be created or written, which leaves an older file
-// as it was.
+// 0 after an error message, errno saying why, when the file cannot be created or written, which
+// leaves an older file as it was.
 int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by);

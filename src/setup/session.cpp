@@ -234,7 +234,9 @@ void strip_one_run_answers() {
 void save_answers(bool is_imap) {
     dmsg("Save gxvalues to default file");
     ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
-    ini_save(answers(), answers_file, program_version);
+    if (ini_save(answers(), answers_file, program_version) == 0) {
+        print_emsg("Can't write \"%s\": %s", answers_file, std::strerror(errno));
+    }
     do_copy(answers_file, answer(D_INSTALL_DIR), 1);
 }
 

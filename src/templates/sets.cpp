@@ -32,11 +32,11 @@ std::vector<std::string> find_sets(const char *dir) {
     found_names names;
     const int count = wild_find2(dir, "*", names);
     std::vector<std::string> sets;
-    for (const heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        if (name.get() != common_directory && is_directory(path_in(dir, name.get()))) {
-            sets.emplace_back(name.get());
+    for_each_name(names, count, [&](const char *name) {
+        if (name != common_directory && is_directory(path_in(dir, name))) {
+            sets.emplace_back(name);
         }
-    }
+    });
     return sets;
 }
 
@@ -44,18 +44,17 @@ bool copy_common(const std::string &common, const std::vector<std::string> &copi
                  bool skip_words) {
     found_names names;
     const int count = wild_find2(common.c_str(), "*", names);
-    for (const heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        const std::string file = path_in(common.c_str(), name.get());
-        if ((skip_words && name.get() == word_list) || !is_plain_file(file)) {
-            continue;
+    bool is_complete = true;
+    for_each_name(names, count, [&](const char *name) {
+        const std::string file = path_in(common.c_str(), name);
+        if ((skip_words && name == word_list) || !is_plain_file(file)) {
+            return;
         }
-        for (const std::string &set : copied_sets) {
-            if (do_copy(file.c_str(), set.c_str(), 1) == 0) {
-                return false;
-            }
+        for (std::size_t set = 0; is_complete && set < copied_sets.size(); set++) {
+            is_complete = do_copy(file.c_str(), copied_sets[set].c_str(), 1) != 0;
         }
-    }
-    return true;
+    });
+    return is_complete;
 }
 
 bool is_default_name(const std::string &name) {
@@ -125,11 +124,11 @@ void words_copy(const char *path, const char *prefix, const char *names) {
     }
     found_names entries;
     const int count = wild_find(formatted("%s%c*", path, '/').c_str(), entries);
-    for (const heap_text &entry : std::span(entries).first(static_cast<std::size_t>(count))) {
-        if (s_strncmp(entry.get(), prefix, std::strlen(prefix)) != 0) {
-            continue;
+    for_each_name(entries, count, [&](const char *entry) {
+        if (s_strncmp(entry, prefix, std::strlen(prefix)) != 0) {
+            return;
         }
-        const std::string target = path_in(path, entry.get());
+        const std::string target = path_in(path, entry);
         for (const char *name = s_strtoken(names, ", "); name != nullptr;
              name = s_strtoken(nullptr, ", ")) {
             const std::string file = path_in(path, name);
@@ -137,7 +136,7 @@ void words_copy(const char *path, const char *prefix, const char *names) {
                 print_emsg("Error copying %s->%s", file.c_str(), target.c_str());
             }
         }
-    }
+    });
 }
 
 heap_text ask_template_sets(pINI_SETTINGS ini, const char *dir, char *url, std::size_t len) {

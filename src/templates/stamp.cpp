@@ -142,13 +142,13 @@ int stamp_directory(const stamp &stamp, const path_text &directory, const char *
     if (fits(scratch)) {
         ::unlink(scratch.c_str());
     }
-    for (std::size_t at = 0; at < static_cast<std::size_t>(count); at++) {
-        if (stamp_template(stamp, path_in(directory, names[at].get()), scratch)) {
+    for_each_name(names, count, [&](const char *name) {
+        if (stamp_template(stamp, path_in(directory, name), scratch)) {
             print_dot();
         } else {
             print("x");
         }
-    }
+    });
     print("\nUpdate complete.\n");
     return 1;
 }

@@ -61,10 +61,8 @@ std::vector<TMPLT_INFO> classify_all(pINI_SETTINGS ini) {
     }
     std::vector<TMPLT_INFO> templates;
     templates.reserve(static_cast<std::size_t>(count));
-    for (heap_text &name : std::span(names).first(static_cast<std::size_t>(count))) {
-        templates.push_back(classify(ini, name.get()));
-        name.reset();
-    }
+    for_each_name(names, count,
+                  [&](const char *name) { templates.push_back(classify(ini, name)); });
     return templates;
 }
 

@@ -21,7 +21,10 @@ constexpr const char *comment = "# file written by gxsetup, version 3.0h\n"
 
 class DefaultsTest : public scratch_test {
   protected:
-    DefaultsTest() { inilog(".", "gxsetup"); }
+    DefaultsTest() {
+        inilog(".", "gxsetup");
+        ini_init(&gxvalues, nullptr, nullptr);
+    }
 
     ~DefaultsTest() override {
         ini_clear(&gxvalues);

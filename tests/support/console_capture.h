@@ -83,8 +83,30 @@ class stream_capture {
     int saved_;
 };
 
-// Runs `code` and gives what it prints on the console.
+// Code that ends the program with status 0 would end its test as if it had passed: while this
+// lives, such an end is a failure.
+class must_return {
+  public:
+    must_return() {
+        static const int registered = std::atexit([] {
+            if (process == ::getpid()) {
+                ::_exit(1);
+            }
+        });
+        (void)registered;
+        process = ::getpid();
+    }
+    ~must_return() { process = 0; }
+    must_return(const must_return &) = delete;
+    must_return &operator=(const must_return &) = delete;
+
+  private:
+    static inline ::pid_t process = 0;
+};
+
+// Runs `code`, which must return, and gives what it prints on the console.
 inline std::string console_of(const std::function<void()> &code) {
+    const must_return guard;
     stream_capture console(stdout);
     code();
     return console.finish();

@@ -134,6 +134,18 @@ void feed(int &end, std::string_view &rest) {
     }
 }
 
+// Ends the process where it must not mount.
+void mount_privately(const std::string &source, const std::string &target, const std::string &type,
+                     unsigned long flags, const std::string &options) {
+    constexpr int not_allowed = 126;
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount(source.c_str(), target.c_str(), type.c_str(), flags, options.c_str()) != 0) {
+        std::perror("mount");
+        ::_exit(not_allowed);
+    }
+}
+
 } // namespace
 
 wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
@@ -259,13 +271,11 @@ std::string terminal_session::screen() const {
 }
 
 void mount_small_disk(const std::string &path, const std::string &size) {
-    constexpr int not_allowed = 126;
-    if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        ::mount("tmpfs", path.c_str(), "tmpfs", 0, ("size=" + size).c_str()) != 0) {
-        std::perror("mount_small_disk");
-        ::_exit(not_allowed);
-    }
+    mount_privately("tmpfs", path, "tmpfs", 0, "size=" + size);
+}
+
+void mount_over_file(const std::string &path, const std::string &other) {
+    mount_privately(other, path, "", MS_BIND, "");
 }
 
 bool can_mount() {

@@ -72,6 +72,9 @@ class terminal_session {
 // suffixes of mount) at `path`. For run_place::prepare; ends the process when it is not allowed.
 void mount_small_disk(const std::string &path, const std::string &size);
 
+// The same, but the file at `path` reads as the file `other`.
+void mount_over_file(const std::string &path, const std::string &other);
+
 // Whether this process may mount: it is root, and no container forbids it.
 bool can_mount();
 

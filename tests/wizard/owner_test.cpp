@@ -1,0 +1,103 @@
+// Whom the installed files belong to, on hosts whose users and groups differ.
+
+#include "support/tree.h"
+#include "support/wizard_run.h"
+#include "wizard/screens.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr const char *questions = "1\n\n\n\n\n\n\n\n\n\n";
+
+// A host where `path` reads as `content`; nobody outside the program sees it.
+class Owner : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!can_mount() || !is_there("/etc/nsswitch.conf")) {
+            GTEST_SKIP() << "only root may mount files over the user and group database";
+        }
+    }
+
+    [[nodiscard]] run_place where(const std::string &path, std::string_view content) const {
+        add_file(host.path("database"), content);
+        add_file(host.path("switch"), "passwd: files\ngroup: files\n");
+        return {.prepare = [path, database = host.path("database"), sources = host.path("switch")] {
+            mount_over_file(path, database);
+            // Some hosts know users that stand in no file.
+            mount_over_file("/etc/nsswitch.conf", sources);
+        }};
+    }
+
+    // "USER:GROUP" of a file, in numbers.
+    static std::string owner_of(const std::string &path) {
+        struct stat entry {};
+        return ::stat(path.c_str(), &entry) == 0
+                   ? std::to_string(entry.st_uid) + ":" + std::to_string(entry.st_gid)
+                   : "(gone)";
+    }
+
+    world host{"kestrel"};
+};
+
+TEST_F(Owner, IsAskedForUntilTheSystemKnowsTheName) {
+    const wizard_run run =
+        run_wizard(host, {}, std::string(questions) + "\nmissing\nweb\nno\nno\n\n",
+                   where("/etc/passwd", "root:x:0:0::/:/bin/sh\n"
+                                        "web:x:4141:4142::/:/bin/sh\n"));
+    const std::string asked = "\nPlease wait while gxsetup installs kestrel\n"
+                              "\n"
+                              "User nobody is not in the passwd file. \n"
+                              "\n"
+                              "What username shall I use for the files and directories I create\n"
+                              "[nobody]? "
+                              "\n"
+                              "User nobody is not in the passwd file. \n"
+                              "\n"
+                              "What username shall I use for the files and directories I create\n"
+                              "[nobody]? "
+                              "\n"
+                              "User missing is not in the passwd file. \n"
+                              "\n"
+                              "What username shall I use for the files and directories I create\n"
+                              "[missing]? "
+                              "\n"
+                              "Copying template files";
+    EXPECT_NE(run.transcript.find(asked), std::string::npos) << run.transcript;
+    for (const char *path : {"spool/kestrel", "spool/kestrel/index.tpl", "html/vlimg",
+                             "html/vlimg/logo.gif", "cgi-bin/kestrel.cgi", "cgi-bin/kestrel.ini"}) {
+        EXPECT_EQ(owner_of(path), "4141:4142") << path;
+    }
+}
+
+TEST_F(Owner, QuestionCanBeQuitAndNothingIsCreated) {
+    const wizard_run run =
+        run_wizard(host, {}, questions, where("/etc/passwd", "root:x:0:0::/:\n"));
+    EXPECT_TRUE(run.transcript.ends_with("[nobody]? " + quit_at_a_question)) << run.transcript;
+    EXPECT_EQ(run.status, 0);
+    EXPECT_FALSE(is_there("spool/kestrel"));
+}
+
+TEST_F(Owner, LongNameIsNoHarm) {
+    const wizard_run run =
+        run_wizard(host, {}, std::string(questions) + std::string(511, 'u') + "\nq\n",
+                   where("/etc/passwd", "root:x:0:0::/:\n"));
+    EXPECT_NE(
+        run.transcript.find("\nUser " + std::string(511, 'u') + " is not in the passwd file. \n"),
+        std::string::npos)
+        << run.transcript;
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST_F(Owner, GroupNobodyIsTakenWhereverItExists) {
+    run_wizard(host, {}, std::string(questions) + "no\nno\n\n",
+               where("/etc/group", "root:x:0:\nnobody:x:4343:\n"));
+    struct stat entry {};
+    ASSERT_EQ(::stat("spool/kestrel/index.tpl", &entry), 0);
+    EXPECT_EQ(entry.st_gid, 4343U);
+    ASSERT_EQ(::stat("html/vlimg", &entry), 0);
+    EXPECT_EQ(entry.st_gid, 4343U);
+}
+
+} // namespace

@@ -54,7 +54,10 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
     std::vector<std::string> words = {program_path};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> settings = clean_environment();
-    std::signal(SIGPIPE, SIG_DFL);
+    // Whoever started the tests may ignore signals (POSIX: a shell's background job, nohup).
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+        std::signal(signal, SIG_DFL);
+    }
     // Opened now: whom `prepare` makes of this process may have no way to the build directory.
     const int program = ::open(program_path, O_RDONLY | O_CLOEXEC);
     if (prepare) {

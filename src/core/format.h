@@ -1,7 +1,7 @@
 // The one bounded printf of the program: console, log, paths and files are all formatted here.
-// It knows %s, %d, %i, %u, %x, %c and %% with the flags '-' and '0', a width and a precision; a
-// null argument for %s prints <NULL>. Formatting never fails and never overruns: what does not
-// fit is cut.
+// It knows %s, %d, %i, %u, %x, %c and %% with the flags '-' and '0' and a width, %s with a
+// precision too; a null argument for %s prints <NULL>. Formatting never fails and never overruns:
+// what does not fit is cut.
 #pragma once
 
 #include <cstdarg>

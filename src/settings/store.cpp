@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 // The first node of each name, keyed by the name text that the node holds. Without it a file of n
 // settings would cost n * n comparisons to load.
@@ -77,11 +79,17 @@ list_struct *find_place(pINI_SETTINGS ini, const char *name) {
     return found != ini->places->first.end() ? found->second : nullptr;
 }
 
-void remember_place(pINI_SETTINGS ini, list_struct *node) {
-    if (ini->places == nullptr) {
-        ini->places = new ini_places;
+// False without memory. The place of an earlier setting of the name stays.
+bool remember_place(pINI_SETTINGS ini, list_struct *node) {
+    try {
+        if (ini->places == nullptr) {
+            ini->places = new ini_places;
+        }
+        ini->places->first.emplace(item_text(node), node);
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
     }
-    ini->places->first.emplace(item_text(node), node);
 }
 
 // The setting at `node` goes: the next one of its name, if any, becomes the first.
@@ -91,10 +99,13 @@ void forget_place(pINI_SETTINGS ini, const list_struct *node) {
     if (place == ini->places->first.end() || place->second != node) {
         return;
     }
-    ini->places->first.erase(place);
+    // The entry goes over to the next setting, which needs no memory.
+    auto entry = ini->places->first.extract(place);
     for (list_struct *next = node->post->post; next != nullptr; next = next->post->post) {
         if (s_strcmp(item_text(next), name) == 0) {
-            remember_place(ini, next);
+            entry.key() = item_text(next);
+            entry.mapped() = next;
+            ini->places->first.insert(std::move(entry));
             return;
         }
     }
@@ -146,7 +157,13 @@ int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool 
         return 0;
     }
     value_copy.release();
-    remember_place(ini, ini->settings.last->pre);
+    if (!remember_place(ini, ini->settings.last->pre)) {
+        ini_emsg(ini, "Memory Allocation Error -- for name in ini_add {%s}", name);
+        list_last(&ini->settings);
+        take_item(ini);
+        take_item(ini);
+        return 0;
+    }
     ini_dmsg(ini, "ini settings changed {%s=%s}", name, is_password ? mask : value);
     return 1;
 }

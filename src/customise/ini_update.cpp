@@ -44,9 +44,18 @@ bool ends_in_mark(std::string_view line, std::string_view trailing) {
     return line.substr(0, line.find_last_not_of(trailing) + 1).ends_with(continuation_mark);
 }
 
-// Whether the line after this one is read as its continuation when the file is loaded.
-bool is_continued(std::string_view line) {
-    return line.size() > 2 && !line.starts_with('#') && ends_in_mark(line, line_ends);
+// Whether the line after `line` is read as its continuation when the file is loaded; a line that
+// adds nothing to a setting is not continued by the next one, which then begins it. The line may
+// end at a NUL, or at the end of the file without the line end that it gets.
+bool is_continued(std::string_view line, bool continues_another) {
+    std::string_view text = line.substr(0, line.find('\0'));
+    const bool gets_line_end = text.size() == line.size() && !line.ends_with('\n');
+    const std::size_t length = text.size() + (gets_line_end ? 1 : 0);
+    if (length <= 2 || text.starts_with('#') || !ends_in_mark(text, line_ends)) {
+        return false;
+    }
+    text = text.substr(0, text.rfind(continuation_mark));
+    return continues_another || text.find_first_not_of(blanks) != std::string_view::npos;
 }
 
 void write_text(std::FILE *file, std::string_view text) {
@@ -67,7 +76,8 @@ class rewritten_ini {
              line = read_piece(old_file, piece)) {
             if (is_continued_ || match_setting(piece.data(), update) == 0) {
                 write_text(file_, line);
-                note_kept(line);
+                is_inside_line_ = !line.ends_with('\n');
+                is_continued_ = is_continued(line, is_continued_);
             } else {
                 end_line();
             }
@@ -87,17 +97,11 @@ class rewritten_ini {
     }
 
   private:
-    void note_kept(std::string_view line) {
-        last_line_ = line;
-        is_inside_line_ = !line.ends_with('\n');
-        is_continued_ = is_continued(last_line_.c_str());
-    }
-
     // What is written next did not follow in the old file: it gets a line of its own.
     void end_line() {
         if (is_inside_line_) {
             write_text(file_, "\n");
-            note_kept(last_line_ + '\n');
+            is_inside_line_ = false;
         }
     }
 
@@ -109,7 +113,6 @@ class rewritten_ini {
     }
 
     std::FILE *file_;
-    std::string last_line_; // the last one kept
     bool is_inside_line_ = false;
     bool is_continued_ = false;
 };

@@ -290,8 +290,15 @@ TEST_F(UpdateIni, KeepsTheFirstSettingApartFromALastLineThatGoesOn) {
 }
 
 TEST_F(UpdateIni, KeepsItApartWhereOnlyTheLineEndMakesTheLastLineGoOn) {
-    EXPECT_EQ(rewritten("domain a\n /", store.get()),
-              "domain a\n /\n\nset logo a.gif\nbody_add Goodbye\n");
+    EXPECT_EQ(rewritten("hosts a /\n /", store.get()),
+              "hosts a /\n /\n\nset logo a.gif\nbody_add Goodbye\n");
+}
+
+TEST_F(UpdateIni, ASettingBeginsBehindALineThatHoldsOnlyTheMark) {
+    EXPECT_EQ(rewritten("  /\nset a\ndomain b\n", store.get()),
+              "  /\ndomain b\nset logo a.gif\nbody_add Goodbye\n");
+    EXPECT_EQ(rewritten("hosts a /\n  /\nset b\n", store.get()),
+              "hosts a /\n  /\nset b\nset logo a.gif\nbody_add Goodbye\n");
 }
 
 TEST_F(UpdateIni, TakesALineInPiecesOf510Characters) {

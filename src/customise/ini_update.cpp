@@ -40,8 +40,8 @@ constexpr std::size_t piece_size = 511; // 510 characters and a NUL
 // Whether the lines of a dropped setting go on; set by match_setting, cleared by update_ini.
 bool skip = false;
 
-bool ends_in_mark(std::string_view line, std::string_view trailing) {
-    return line.substr(0, line.find_last_not_of(trailing) + 1).ends_with(continuation_mark);
+bool ends_in_mark(std::string_view text, std::string_view trailing) {
+    return text.substr(0, text.find_last_not_of(trailing) + 1).ends_with(continuation_mark);
 }
 
 // Whether the line after `line` is read as its continuation when the file is loaded; a line that

@@ -33,10 +33,11 @@ struct run_place {
 wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
                       std::string_view answers, const run_place &place = {});
 
-// The program at a terminal.
+// The program at a terminal; `prepare` as in run_place.
 class terminal_session {
   public:
-    explicit terminal_session(const world &host, const std::vector<std::string> &arguments = {});
+    explicit terminal_session(const world &host, const std::vector<std::string> &arguments = {},
+                              const std::function<void()> &prepare = {});
     ~terminal_session();
     terminal_session(const terminal_session &) = delete;
     terminal_session &operator=(const terminal_session &) = delete;
@@ -67,6 +68,9 @@ class terminal_session {
     std::string shown_;
     std::chrono::steady_clock::time_point deadline_;
 };
+
+// Sends standard output through a pipe to where it went before. For `prepare` at a terminal.
+void print_through_pipe();
 
 // Makes the mounts of this process its own and puts an empty file system of `size` bytes (with the
 // suffixes of mount) at `path`. For run_place::prepare; ends the process when it is not allowed.

@@ -102,6 +102,35 @@ TEST(Failures, PipeIsNotWaitedFor) {
     EXPECT_EQ(end_of(run.transcript), unsuccessful("tanager"));
 }
 
+TEST(Failures, ProgramThatIsAPipeIsNotWaitedForEither) {
+    const world host("kestrel");
+    std::filesystem::remove("dist/kestrel.cgi");
+    ASSERT_EQ(::mkfifo("dist/kestrel.cgi", 0777), 0);
+    const wizard_run run = run_wizard(host, {}, std::string("9\n") + flat_install);
+    EXPECT_TRUE(steps_of(run.transcript)
+                    .ends_with("\nCopying cgi files"
+                               "Error: Can't copy kestrel.cgi: Invalid argument\n"
+                               "\n"
+                               "Creating kestrel.ini file."))
+        << run.transcript;
+    EXPECT_EQ(end_of(run.transcript), unsuccessful("kestrel"));
+    EXPECT_FALSE(is_there("cgi-bin/kestrel.cgi"));
+}
+
+TEST(Failures, ErrorIsReadAsAFormatOnceMoreForTheLog) {
+    const world host("tanager");
+    std::filesystem::create_symlink("nowhere", "dist/manuals/%s%n%d%%");
+    const wizard_run run = run_wizard(host, {}, set_install);
+    EXPECT_NE(
+        run.transcript.find("Error: Can't copy ./manuals/%s%n%d%%: No such file or directory\n"),
+        std::string::npos)
+        << run.transcript;
+    const std::string log = shown_log(host, "dist/gxsetup.log");
+    EXPECT_NE(log.find("Error: Can't copy ./manuals/<NULL>%n0%: No such file or directory\n"),
+              std::string::npos)
+        << log;
+}
+
 TEST(Failures, MissingTemplateSetsDoNotFailTheInstall) {
     const world host("osprey");
     std::filesystem::remove_all("dist/tpl");

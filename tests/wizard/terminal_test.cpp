@@ -98,6 +98,16 @@ TEST(Terminal, EveryPromptIsOnTheScreenBeforeItsAnswerIsTyped) {
             farewell("kestrel", "http://site.test/cgi-bin/kestrel.cgi") + "\n");
 }
 
+TEST(Terminal, PromptsComeInTimeThroughAPipeToo) {
+    const world host("kestrel");
+    terminal_session terminal(host, {}, print_through_pipe);
+    for (const auto &[prompt, answer] : kestrel_session) {
+        ASSERT_TRUE(terminal.wait_for(prompt));
+        terminal.type(answer);
+    }
+    EXPECT_EQ(terminal.wait_for_end(), 0);
+}
+
 TEST(Terminal, InterruptEndsTheSessionAndSavesNothing) {
     const world host("kestrel");
     terminal_session terminal(host);

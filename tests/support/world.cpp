@@ -114,7 +114,7 @@ void add_program(const std::string &path, std::string_view output) {
                "[ \"$1\" = -version ] || exit 1\ncat <<'END'\n" + std::string(output) + "END\n");
 }
 
-std::vector<std::string> set_names(const std::string &directory) {
+std::vector<std::string> listed_names(const std::string &directory) {
     std::vector<std::string> names;
     const std::unique_ptr<DIR, int (*)(DIR *)> handle(::opendir(directory.c_str()), &::closedir);
     if (!handle) {
@@ -122,11 +122,18 @@ std::vector<std::string> set_names(const std::string &directory) {
     }
     while (const dirent *entry = ::readdir(handle.get())) {
         const std::string name = &entry->d_name[0];
-        if (name != "." && name != ".." && name != "common" &&
-            std::filesystem::is_directory(directory + "/" + name)) {
+        if (name != "." && name != "..") {
             names.push_back(name);
         }
     }
+    return names;
+}
+
+std::vector<std::string> set_names(const std::string &directory) {
+    std::vector<std::string> names = listed_names(directory);
+    std::erase_if(names, [&](const std::string &name) {
+        return name == "common" || !std::filesystem::is_directory(directory + "/" + name);
+    });
     return names;
 }
 

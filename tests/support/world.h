@@ -45,7 +45,10 @@ void add_script(const std::string &path, std::string_view commands);
 // -version.
 void add_program(const std::string &path, std::string_view output);
 
-// The subdirectories of `directory` in the order in which the system lists them, "common" left out.
+// The names in `directory` in the order in which the system lists them.
+std::vector<std::string> listed_names(const std::string &directory);
+
+// The subdirectories among them, "common" left out.
 std::vector<std::string> set_names(const std::string &directory);
 
 // The number that the wizard gives a set: its place among the set directories, from 1.

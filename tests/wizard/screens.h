@@ -43,11 +43,11 @@ inline const std::string goodbye = "\n"
                                    "\n"
                                    "Please press enter to quit...\n";
 
-// The banner of the install questions.
-inline std::string install_questions(const std::string &product) {
+// The banner of a questionnaire; `verb` says what for.
+inline std::string questions_banner(const std::string &product, const std::string &verb) {
     return "-------------------------------------------------------------------------------\n"
-           "Please answer the following questions so I can setup " +
-           product +
+           "Please answer the following questions so I can " +
+           verb + " " + product +
            "\n"
            "correctly on your system\n"
            "Notes: Defaults are shown [thus], just press enter to accept default\n"
@@ -56,6 +56,10 @@ inline std::string install_questions(const std::string &product) {
            "       All directory names must be entered from the root\n"
            "       There will be the option to change any answers at the end\n"
            "-------------------------------------------------------------------------------\n";
+}
+
+inline std::string install_questions(const std::string &product) {
+    return questions_banner(product, "setup");
 }
 
 // How an install whose answers are given begins, up to its first step.
@@ -90,14 +94,15 @@ inline std::string outcome(const std::string &directory, const std::string &how 
            directory + "/originals\" [YES]? ";
 }
 
-// The end of a session that installed, from the thanks on. The dots stand for the copies of the log
-// and of the answers.
+// The end of a session that installed or upgraded (`doing`), from the thanks on. The dots stand for
+// the copies of the log and of the answers.
 inline std::string farewell(const std::string &product, const std::string &url,
-                            const std::string &how = "install successful") {
+                            const std::string &how = "install successful",
+                            const std::string &doing = "installing") {
     return "\n"
            "\n"
-           "Thank-you for installing " +
-           product +
+           "Thank-you for " +
+           doing + " " + product +
            "\n"
            "\n"
            "To connect to " +
@@ -112,4 +117,50 @@ inline std::string farewell(const std::string &product, const std::string &url,
            how +
            "\n\n.\n"
            "Please press enter to quit...\n";
+}
+
+// How an upgrade of release 3.1 begins, up to the question for the program's directory.
+inline std::string first_upgrade_questions(const std::string &product) {
+    return welcome + menu(product, "3.2a", "upgrade", "2") + "Upgrading " + product +
+           " to version 3.2a\n\n" + questions_banner(product, "upgrade") +
+           "\n"
+           "Would you like to replace the old templates [NO]? "
+           "\n"
+           "Where are the cgi files\n"
+           "(this will be a scripts or cgi directory setup for the webserver)\n"
+           "[@/cgi-bin]? ";
+}
+
+// What is said once the upgraded files are in place, up to the offer of a copy. `note` is what that
+// says when templates are not replaced.
+inline constexpr const char *kept_note =
+    "\n(This will not overwrite any templates already in this directory) ";
+
+inline std::string upgrade_outcome(const std::string &directory, const std::string &note = "",
+                                   const std::string &how = "successful") {
+    return "\n"
+           "-------------------------------------------------------------------------------\n"
+           "Upgrade " +
+           how +
+           ".\n"
+           "\n"
+           "A log of the upgrade can be found \"" +
+           directory +
+           "/gxsetup.log\".\n"
+           "All setup information has been written to gxsetup.dat which has been saved in\n"
+           "\"" +
+           directory +
+           "\" for use in future upgrades.\n"
+           "\n"
+           "You may wish to make changes to any of the template files.  If you do, it is\n"
+           "advisable to keep a copy of the unchanged templates (ie. those in the \n"
+           "distribution set).\n"
+           "\n"
+           "Make a copy of the original templates to \"" +
+           directory + "/originals\" " + note + "[YES]? ";
+}
+
+inline std::string upgrade_farewell(const std::string &product,
+                                    const std::string &how = "upgrade successful") {
+    return farewell(product, "http://example.com/cgi-bin/" + product + ".cgi", how, "upgrading");
 }

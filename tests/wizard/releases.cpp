@@ -1,0 +1,124 @@
+#include "wizard/releases.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct release {
+    std::string number; // in the texts of its files
+    std::string version;
+    std::vector<stamped_template> templates; // of a flat product
+};
+
+bool has_sets(const world &host) {
+    return host.product() == "tanager" || host.product() == "osprey";
+}
+
+void add_flat_files(const world &host, const release &unpacked) {
+    add_templates(host, "dist/tpl", unpacked.templates);
+    for (const char *name : {"words.dat", "logo.gif", "back.jpg", "bell.wav"}) {
+        add_file(std::string("dist/tpl/") + name, unpacked.number + " " + name);
+    }
+}
+
+void add_sets(const release &unpacked) {
+    for (const char *name : {"tpl/marble/index.tpl", "tpl/blue/index.tpl", "tpl/common/head.tpl",
+                             "tpl/common/words.dat", "img/marble/logo.gif", "img/blue/logo.gif",
+                             "img/common/bell.wav", "manuals/index.html"}) {
+        add_file(std::string("dist/") + name, unpacked.number + " " + name);
+    }
+}
+
+void unpack(const world &host, const release &unpacked) {
+    for (const char *directory : {"tpl", "img", "manuals", "wap"}) {
+        std::filesystem::remove_all(std::string("dist/") + directory);
+    }
+    add_program("dist/" + host.product() + ".cgi", "Version: release v" + unpacked.version + "\n");
+    add_file("dist/" + host.product() + ".ini", "timeout " + unpacked.number + "\n");
+    add_file("dist/merlin.ini", "deck " + unpacked.number + "\n");
+    add_file("dist/menu.js", unpacked.number + " menu.js");
+    add_file("dist/menu.vbs", unpacked.number + " menu.vbs");
+    add_file("dist/wap/wml/index.tpl", unpacked.number + " deck");
+    add_file("dist/wap/common/words.dat", unpacked.number + " deck words");
+    if (has_sets(host)) {
+        add_sets(unpacked);
+    } else {
+        add_flat_files(host, unpacked);
+    }
+}
+
+std::string family(const world &host) {
+    return host.product() == "kestrel" ? "kst_s2" : "plv_s2";
+}
+
+} // namespace
+
+void add_templates(const world &host, const std::string &directory,
+                   const std::vector<stamped_template> &templates) {
+    std::filesystem::create_directories(directory);
+    for (const stamped_template &one : templates) {
+        add_file("stamps/" + one.name, one.text + "\n");
+        const wizard_run run = run_wizard(
+            host, {"-header"}, "@/stamps\n" + one.set + "\n" + one.version + "\n@/stamps\n\n",
+            {.directory = "stamps"});
+        EXPECT_EQ(run.status, 0) << run.transcript;
+        std::filesystem::rename("stamps/" + one.name, directory + "/" + one.name);
+        std::filesystem::remove_all("stamps");
+    }
+}
+
+std::string template_text(const std::string &path) {
+    const std::string content = read_file(path);
+    const std::size_t from = content.find('\n') + 1;
+    return content.substr(from, content.find('\n', from) - from);
+}
+
+void edit_by_hand(const std::string &path, std::string_view line) {
+    std::ofstream(path, std::ios::app | std::ios::binary) << line << '\n';
+}
+
+void unpack_31(const world &host) {
+    const std::string set = family(host);
+    unpack(host, {"31",
+                  "3.1a",
+                  {{"clean.tpl", set, "2.0a", "old clean"},
+                   {"edited.tpl", set, "2.0a", "old edited"},
+                   {"moved.tpl", set, "2.0a", "old moved"},
+                   {"same.tpl", set, "2.1", "old same"},
+                   {"dropped.tpl", set, "2.5", "old dropped"}}});
+}
+
+void unpack_32(const world &host) {
+    const std::string set = family(host);
+    unpack(host, {"32",
+                  "3.2a",
+                  {{"clean.tpl", set, "2.1", "new clean"},
+                   {"edited.tpl", set, "2.1", "new edited"},
+                   {"moved.tpl", "pad_s1", "1.0", "new moved"},
+                   {"same.tpl", set, "2.1", "new same"},
+                   {"brandnew.tpl", set, "2.1", "brand new"}}});
+    if (has_sets(host)) {
+        add_file("dist/tpl/slate/index.tpl", "32 tpl/slate/index.tpl");
+        add_file("dist/img/slate/logo.gif", "32 img/slate/logo.gif");
+        add_file("dist/img/common/words.dat", "32 img/common/words.dat");
+    } else {
+        add_file("dist/tpl/extra.gif", "32 extra.gif");
+    }
+}
+
+void install_31_and_unpack_32(const world &host, std::string_view wml) {
+    unpack_31(host);
+    const std::string offers = "\n\nno\nyes\n\n";
+    const std::string answers = has_sets(host)
+                                    ? "1\n\n\n\n\n@/html/vlimg\n\n\n\n\n\n" + std::string(wml)
+                                    : "1\n\n\n\n\n\n\n\n" + std::string(wml);
+    const wizard_run run = run_wizard(host, {}, answers + offers);
+    EXPECT_TRUE(
+        run.transcript.ends_with("install successful\n\n.\nPlease press enter to quit...\n"))
+        << run.transcript;
+    edit_by_hand("spool/" + host.product() + (has_sets(host) ? "/marble/index.tpl" : "/edited.tpl"),
+                 " by hand");
+    unpack_32(host);
+}

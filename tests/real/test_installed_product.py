@@ -1,0 +1,88 @@
+"""What the wizard installs is run by a web server: first version, upgrade, removal."""
+
+import pytest
+from world import DEFAULTS, Server, Site, derived_images_url, errors_in, images_of, printed_url, take_picture
+
+
+def see_page(server, url, title, images_url):
+    """The page of the product, with all its images answering below the URL that the wizard derived."""
+    status, kind, content = server.fetch(url)
+    page = content.decode()
+    assert (status, kind) == (200, "text/html"), page
+    assert title in page
+    assert "||" not in page, "a placeholder was not filled in"
+    images = images_of(page)
+    assert images
+    for image in images:
+        assert image.startswith(images_url + "/")
+        status, kind, content = server.fetch(image)
+        assert (status, kind.split("/")[0]) == (200, "image"), image
+        assert content
+    return images
+
+
+def see_wml_page(server, url):
+    status, kind, content = server.fetch(url)
+    assert (status, kind) == (200, "text/vnd.wap.wml")
+    assert b'<card id="inbox"' in content
+
+
+# Menu, replace templates?, the directories and the URL, WML?, change? and what an upgrade may ask of
+# templates take their defaults; then no copy of the originals, and the distribution is kept.
+UPGRADE_FLAT = [""] * 11 + ["no", "no", ""]
+UPGRADE_SETS = [""] * 8 + ["no", "no", ""]
+
+
+def removal_answers(site):
+    """Every part goes. The images directory is named, since a real one is offered for some products."""
+    return ["3", "", "yes", "yes", str(site.images), "yes", "", "yes", "", "yes", ""]
+
+
+# 3.2 has no welcome.tpl, so the installed one cannot be replaced.
+GONE = [
+    "Can't copy ./tpl/welcome.tpl: No such file or directory",
+    "Can't copy ./tpl/welcome.tpl",
+    "Can't do safe save",
+]
+
+
+@pytest.mark.parametrize(
+    "product, title, with_wml, upgrade, upgrade_errors",
+    [
+        ("kestrel", "Kestrel", False, UPGRADE_FLAT, GONE),
+        ("tanager", "Tanager", True, UPGRADE_SETS, []),
+    ],
+)
+def test_installs_upgrades_and_removes(place, artefacts, product, title, with_wml, upgrade, upgrade_errors):
+    site = Site(place, product)
+    options = ["--wml"] if with_wml else []
+    old, new = site.stage("3.1", *options), site.stage("3.2", *options)
+
+    transcript = old.run_wizard(DEFAULTS)
+    assert errors_in(transcript) == []
+    assert "\nInstallation successful.\n" in transcript
+    url, images_url = printed_url(transcript), derived_images_url(transcript)
+    wml_url = url.replace(product, "merlin")
+    with Server(site) as server:
+        images = see_page(server, url, f"{title} 3.1", images_url)
+        if with_wml:
+            see_wml_page(server, wml_url)
+        else:
+            assert server.fetch(wml_url)[0] == 404
+        assert server.fetch(f"/cgi-bin/{product}.ini")[0] == 403
+        take_picture(server.local(url), artefacts / f"{product}-3.1.png")
+
+        transcript = new.run_wizard(upgrade)
+        assert errors_in(transcript) == upgrade_errors
+        assert "\nUpgrade successful.\n" in transcript
+        assert printed_url(transcript) == url
+        see_page(server, url, f"{title} 3.2", images_url)
+        take_picture(server.local(url), artefacts / f"{product}-3.2.png")
+
+        transcript = new.run_wizard(removal_answers(site))
+        print(transcript)
+        assert "\nremove successful\n" in transcript
+        assert server.fetch(url)[0] == 404
+        assert server.fetch(wml_url)[0] == 404
+        for image in images:
+            assert server.fetch(image)[0] == 404

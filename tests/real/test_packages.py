@@ -1,0 +1,121 @@
+"""The packages: well made, and installed, run and removed in a fresh Debian."""
+
+import os
+import re
+import shutil
+import subprocess
+import tarfile
+
+import pytest
+from world import DEFAULTS, ROOT, errors_in, need, run
+
+BUILD = ROOT / "build" / "release"
+
+
+@pytest.fixture(scope="module")
+def packages(tmp_path_factory):
+    need("dpkg-shlibdeps")
+    directory = tmp_path_factory.mktemp("packages")
+    run("cpack", "-B", directory, cwd=BUILD)
+    return directory
+
+
+def one(directory, pattern):
+    found = list(directory.glob(pattern))
+    assert len(found) == 1, found
+    return found[0]
+
+
+def test_lintian_has_nothing_to_say(packages):
+    lintian = need("lintian")
+    for package in packages.glob("*.deb"):
+        # Being run by root is all right: the packages are our own.
+        said = run(lintian, "--allow-root", "--fail-on", "error,warning", "--display-level", ">=warning", package)
+        assert said == "", package
+
+
+def test_manual_pages_are_clean(packages):
+    mandoc = need("mandoc")
+    with tarfile.open(one(packages, "*.tar.gz")) as archive:
+        archive.extractall(packages / "unpacked")
+    manuals = one(packages / "unpacked", "*/share/man")
+    pages = sorted(manuals.glob("*/*.gz"))
+    assert [page.name for page in pages] == ["gxsetup.1.gz", "gxsetup.dat.5.gz"]
+    # The two pages refer to each other, and mandoc looks for them among the installed ones.
+    for page in pages:
+        said = subprocess.run([mandoc, "-Tlint", page], capture_output=True, text=True, timeout=60)
+        lines = (said.stdout + said.stderr).splitlines()
+        assert [line for line in lines if "manual not found: Xr gxsetup" not in line] == []
+
+
+def names_in(package):
+    """The paths in a Debian package, below /usr."""
+    listing = run("dpkg-deb", "--contents", package)
+    return {line.split()[5].removeprefix("./usr/") for line in listing.splitlines()}
+
+
+def test_the_packages_hold_what_they_should(packages):
+    program = names_in(one(packages, "gxsetup_*.deb"))
+    examples = names_in(one(packages, "gxsetup-examples_*_all.deb"))
+    with tarfile.open(one(packages, "*.tar.gz")) as archive:
+        together = {name.partition("/")[2] for name in archive.getnames()}
+    for name in (
+        "bin/gxsetup", "share/gxsetup/vsetup.hlp", "share/man/man1/gxsetup.1.gz", "share/man/man5/gxsetup.dat.5.gz",
+        "share/doc/gxsetup/copyright", "share/doc/gxsetup/changelog.gz", "share/doc/gxsetup/administrators.md",
+    ):  # fmt: skip
+        assert name in program & together
+    assert "share/gxsetup/examples/stage" in examples & together
+    assert not {name for name in program if "examples" in name}
+
+
+class Debian:
+    """A fresh Debian in a directory. What debootstrap made is kept packed in build/real."""
+
+    def __init__(self, directory, artefacts):
+        self.directory = directory
+        packed = artefacts / "debian.tar"
+        if not packed.exists():
+            self.bootstrap()
+            run("tar", "-C", directory, "-cf", packed, ".", timeout=120)
+        else:
+            run("tar", "-C", directory, "-xf", packed, timeout=120)
+
+    def bootstrap(self):
+        debootstrap = need("debootstrap")
+        sites = run("apt-get", "indextargets", "--format", "$(SITE)").split()
+        release = re.search("VERSION_CODENAME=(.*)", open("/etc/os-release").read()).group(1)
+        command = [debootstrap, "--variant=minbase", release, str(self.directory), *sites[:1]]
+        made = subprocess.run(command, capture_output=True, text=True, timeout=600)
+        if made.returncode != 0:
+            pytest.skip("debootstrap cannot have its packages: " + made.stdout[-200:])
+
+    def run(self, *command, **options):
+        environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "HOME": "/root"}
+        return run("chroot", self.directory, *command, env=environment, **options)
+
+    def files(self):
+        return {str(path.relative_to(self.directory)) for path in self.directory.rglob("*")}
+
+
+def test_installs_runs_and_is_removed_in_a_fresh_debian(packages, place, artefacts):
+    if os.getuid() != 0:
+        pytest.skip("a fresh Debian needs root")
+    root = place / "debian"
+    root.mkdir()
+    debian = Debian(root, artefacts)
+    for package in packages.glob("*.deb"):
+        shutil.copy(package, root / "root")
+    before = debian.files()
+
+    debian.run("sh", "-c", "dpkg -i /root/*.deb")
+    shown = debian.run("sh", "-c", "cd /srv && gxsetup -version", input="\n")
+    assert shown == "gxsetup, version 3.0h\n\nPlease press enter to quit...\n"
+    debian.run("/usr/share/gxsetup/examples/stage", "--site", "/srv/site", "kestrel", "/srv/kestrel-3.1")
+    transcript = debian.run("sh", "-c", "cd /srv/kestrel-3.1 && ./gxsetup", input="\n" * len(DEFAULTS))
+    assert "\nInstallation successful.\n" in transcript
+    assert errors_in(transcript) == []
+    assert debian.run("/srv/site/cgi-bin/kestrel.cgi", "-version") == "Version: KESTREL v3.1\n"
+
+    debian.run("dpkg", "-P", "gxsetup-examples", "gxsetup")
+    left = debian.files() - before
+    assert {name for name in left if not name.startswith(("srv/", "var/lib/dpkg", "var/log/"))} == set()

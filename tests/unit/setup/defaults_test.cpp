@@ -259,7 +259,8 @@ TEST_F(DefaultsTest, TheFileLoadsAsAStore) {
 }
 
 TEST_F(DefaultsTest, QuittingSavesNothing) {
-    EXPECT_EXIT(make("1\nq\n\n"), testing::ExitedWithCode(0), "");
+    feed_console("1\nq\n\n");
+    EXPECT_EXIT(make_dflt(), testing::ExitedWithCode(0), "");
     EXPECT_FALSE(is_there("gxdflt_UNIX.dat"));
 }
 

@@ -216,10 +216,10 @@ class walk {
     }
 
     bool hand_on_run(std::size_t end) {
-        const std::string_view run(window.data() + handed_, end - handed_);
+        const std::string_view bytes(window.data() + handed_, end - handed_);
         const std::size_t offset = offset_ + handed_;
         handed_ = end;
-        return run.empty() || receive_({run, offset, false});
+        return bytes.empty() || receive_({bytes, offset, false});
     }
 
     // Sets line_start_ to the start of the line in which `place` stands.

@@ -20,3 +20,10 @@ def artefacts():
     """Where pictures and packages are kept for whoever wants to look at them."""
     ARTEFACTS.mkdir(parents=True, exist_ok=True)
     return ARTEFACTS
+
+
+def pytest_terminal_summary(terminalreporter):
+    """Names every step that was skipped, and what it lacks."""
+    for report in terminalreporter.stats.get("skipped", []):
+        reason = report.longrepr[2].removeprefix("Skipped: ")
+        terminalreporter.write_line(f"skipped: {report.nodeid}: {reason}")

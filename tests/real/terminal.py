@@ -69,12 +69,13 @@ class Terminal:
     def take_picture(self, picture):
         """A picture of the screen as it is."""
         page = picture.with_suffix(".html")
-        page.write_text(PAGE.format(html.escape(self.do("capture-pane", "-p"))))
-        take_picture(page.as_uri(), picture, "760,560")
+        screen = self.do("capture-pane", "-p")
+        page.write_text(PAGE.format(html.escape(screen)))
+        take_picture(page.as_uri(), picture, f"760,{21 * screen.count(chr(10)) + 24}")
         page.unlink()
 
 
 PAGE = """<!doctype html><meta charset="utf-8">
 <style>body {{ margin: 0; background: #1d2021; color: #d5d0c0 }}
-pre {{ margin: 14px 18px; font: 15px/1.35 "DejaVu Sans Mono", monospace }}</style>
+pre {{ margin: 12px 18px; font: 15px/21px "DejaVu Sans Mono", monospace }}</style>
 <pre>{}</pre>"""

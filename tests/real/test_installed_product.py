@@ -1,7 +1,14 @@
 """What the wizard installs is run by a web server: first version, upgrade, removal."""
 
+import subprocess
+import time
+
 import pytest
-from world import DEFAULTS, Server, Site, derived_images_url, errors_in, images_of, printed_url, take_picture
+
+from world import (
+    DEFAULTS, ROOT, Server, Site, derived_images_url, errors_in, fetch, free_port, images_of, need, printed_url,
+    take_picture,
+)  # fmt: skip
 
 
 def see_page(server, url, title, images_url):
@@ -52,8 +59,9 @@ GONE = [
         ("kestrel", "Kestrel", False, UPGRADE_FLAT, GONE),
         ("tanager", "Tanager", True, UPGRADE_SETS, []),
     ],
+    ids=["kestrel", "tanager"],
 )
-def test_installs_upgrades_and_removes(place, artefacts, product, title, with_wml, upgrade, upgrade_errors):
+def test_installs_upgrades_and_removes(place, product, title, with_wml, upgrade, upgrade_errors):
     site = Site(place, product)
     options = ["--wml"] if with_wml else []
     old, new = site.stage("3.1", *options), site.stage("3.2", *options)
@@ -70,14 +78,12 @@ def test_installs_upgrades_and_removes(place, artefacts, product, title, with_wm
         else:
             assert server.fetch(wml_url)[0] == 404
         assert server.fetch(f"/cgi-bin/{product}.ini")[0] == 403
-        take_picture(server.local(url), artefacts / f"{product}-3.1.png")
 
         transcript = new.run_wizard(upgrade)
         assert errors_in(transcript) == upgrade_errors
         assert "\nUpgrade successful.\n" in transcript
         assert printed_url(transcript) == url
         see_page(server, url, f"{title} 3.2", images_url)
-        take_picture(server.local(url), artefacts / f"{product}-3.2.png")
 
         transcript = new.run_wizard(removal_answers(site))
         print(transcript)
@@ -86,3 +92,39 @@ def test_installs_upgrades_and_removes(place, artefacts, product, title, with_wm
         assert server.fetch(wml_url)[0] == 404
         for image in images:
             assert server.fetch(image)[0] == 404
+
+
+@pytest.mark.parametrize("product", ["kestrel", "tanager"])
+def test_the_page_as_a_browser_shows_it(place, artefacts, product):
+    site = Site(place, product)
+    url = printed_url(site.stage("3.1").run_wizard(DEFAULTS))
+    with Server(site) as server:
+        take_picture(server.local(url), artefacts / f"{product}.png")
+
+
+def test_the_demo_serves_the_page_that_it_names(artefacts):
+    need("lighttpd")
+    port = free_port()
+    said = artefacts / "demo.txt"
+    with said.open("w") as output:
+        demo = subprocess.Popen(
+            ["timeout", "120", ROOT / "demo", "serve", "kestrel", str(port)],
+            stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, cwd=ROOT,
+        )  # fmt: skip
+    try:
+        url = f"http://localhost:{port}/cgi-bin/kestrel.cgi"
+        end = time.monotonic() + 90
+        while f"\nOpen {url}\n" not in said.read_text() and demo.poll() is None and time.monotonic() < end:
+            time.sleep(0.1)
+        if "may not enter" in said.read_text():
+            pytest.skip(f"the web server's user may not enter {ROOT}")
+        assert f"\nOpen {url}\n" in said.read_text(), said.read_text()
+        status = 0
+        while status == 0 and time.monotonic() < end:
+            status, _, content = fetch(url.replace("localhost", "127.0.0.1"))
+        assert status == 200
+        assert b"Kestrel 3.1" in content
+        assert demo.poll() is None
+    finally:
+        demo.terminate()
+        demo.wait(10)

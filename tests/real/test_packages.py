@@ -30,7 +30,9 @@ def test_lintian_has_nothing_to_say(packages):
     lintian = need("lintian")
     for package in packages.glob("*.deb"):
         # Being run by root is all right: the packages are our own.
-        said = run(lintian, "--allow-root", "--fail-on", "error,warning", "--display-level", ">=warning", package)
+        said = run(
+            lintian, "--allow-root", "--fail-on", "error,warning", "--display-level", ">=warning", package
+        )
         assert said == "", package
 
 

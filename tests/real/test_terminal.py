@@ -47,7 +47,7 @@ def finish_install(terminal, domain):
     terminal.type("")
     terminal.wait_for("Do you want to change any of your answers [NO]? ")
     terminal.type("")
-    terminal.wait_for("/site/spool/kestrel/originals\" [YES]? ")
+    terminal.wait_for('/site/spool/kestrel/originals" [YES]? ')
     terminal.type("no")
     terminal.wait_for("Shall I delete the temporary files [YES]? ")
     terminal.type("no")
@@ -60,12 +60,17 @@ def terminal_settings(terminal):
     return terminal.ask_shell("stty -g")
 
 
-def test_prompts_appear_before_anything_is_typed(terminal, artefacts):
+def test_prompts_appear_before_anything_is_typed(terminal):
     terminal.start_wizard()
     column = terminal.do("display-message", "-p", "#{cursor_x}").strip()
     assert column == str(len("What do you want to do [1]? "))
     terminal.type("1")
     terminal.wait_for(CGI_QUESTION)
+
+
+def test_the_wizard_as_a_terminal_shows_it(terminal, artefacts):
+    terminal.resize(80, 28)
+    begin_install(terminal)
     terminal.take_picture(artefacts / "wizard.png")
 
 

@@ -97,15 +97,31 @@ def derived_images_url(transcript):
     return found.group(1)
 
 
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def fetch(url):
+    """Status, type and content of a URL on the loopback interface; status 0 when nothing answers."""
+    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+    try:
+        with opener.open(url, timeout=20) as answer:
+            return answer.status, answer.headers.get_content_type(), answer.read()
+    except urllib.error.HTTPError as error:
+        return error.code, error.headers.get_content_type(), error.read()
+    except urllib.error.URLError:
+        return 0, "", b""
+
+
 class Server:
     """lighttpd on a free loopback port, as the owner of the installed program, for at most two minutes."""
 
     def __init__(self, site):
         self.site = site
         self.lighttpd = need("lighttpd")
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            self.port = probe.getsockname()[1]
+        self.port = free_port()
 
     def __enter__(self):
         program = self.site.directory / "cgi-bin" / f"{self.site.product}.cgi"
@@ -159,12 +175,7 @@ class Server:
         """Status, type and content of a URL, or of a path on this server."""
         if url.startswith("/"):
             url = "http://localhost" + url
-        opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-        try:
-            with opener.open(self.local(url), timeout=20) as answer:
-                return answer.status, answer.headers.get_content_type(), answer.read()
-        except urllib.error.HTTPError as error:
-            return error.code, error.headers.get_content_type(), error.read()
+        return fetch(self.local(url))
 
 
 class ImageFinder(HTMLParser):

@@ -232,14 +232,17 @@ class walk {
         noted_ = place;
     }
 
-    // Drops what was handed on from the window.
+    // Drops what was handed on from the window. A marker that turned out to be cut may have had the
+    // lines noted beyond that already.
     void slide() {
-        note_lines(handed_);
+        if (noted_ < handed_) {
+            note_lines(handed_);
+        }
         std::memmove(window.data(), window.data() + handed_, filled_ - handed_);
         offset_ += handed_;
         filled_ -= handed_;
         searched_ -= handed_;
-        noted_ = 0;
+        noted_ -= handed_;
         handed_ = 0;
     }
 

@@ -221,7 +221,7 @@ TEST_F(GxremoveMain, TheTemplatesDirectoryIsProtectedWhereAnotherPartHoldsIt) {
     write_file(there("other/logo.gif"), "");
     set_answer(&ini, D_WORKAREA, there("work").c_str());
     // The images directory is the one above them all; the templates are declined.
-    feed_console("\nno\nno\n" + scratch.path("there") + "\nyes\n\nno\n\nno\n");
+    feed_console("\nno\nno\n" + scratch.path("there") + "\nyes\n\nno\n" + there("img") + "\nno\n");
     shown(0, [&] { return gxremove_main(&ini); });
     EXPECT_EQ(names_below(scratch.path("there")),
               (string_set{"cgi-bin", "cgi-bin/kestrel.cgi", "img", "img/keep.txt", "tpl",

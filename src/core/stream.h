@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 struct file_closer {
     void operator()(std::FILE *file) const { static_cast<void>(std::fclose(file)); }
@@ -15,6 +16,28 @@ struct file_closer {
 
 // An open stream, closed when it goes.
 using stream_handle = std::unique_ptr<std::FILE, file_closer>;
+
+// An open file descriptor, closed when it goes. A negative number is none.
+class file_descriptor {
+  public:
+    explicit file_descriptor(int number) : number_(number) {}
+    ~file_descriptor() { close(); }
+    file_descriptor(const file_descriptor &) = delete;
+    file_descriptor &operator=(const file_descriptor &) = delete;
+
+    [[nodiscard]] bool is_open() const { return number_ >= 0; }
+    [[nodiscard]] int number() const { return number_; }
+
+    // False, with errno set, when what was written is lost (POSIX close).
+    bool close() {
+        const int closing = number_;
+        number_ = -1;
+        return closing < 0 || ::close(closing) == 0;
+    }
+
+  private:
+    int number_;
+};
 
 // Open a file to read it, to write it anew or to append to it. Null when it cannot be opened, with
 // errno saying why. They never wait for the other end of a pipe (O_NONBLOCK, POSIX open): a pipe

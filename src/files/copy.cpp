@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/stream.h"
 #include "dialogue/answers.h"
 #include "files/search.h"
 
@@ -28,27 +29,6 @@ constexpr std::array<std::string_view, 5> programs_elsewhere = {
 struct tree_level {
     const struct stat &directory;
     const tree_level *above;
-};
-
-class descriptor {
-  public:
-    explicit descriptor(int number) : number_(number) {}
-    ~descriptor() { close(); }
-    descriptor(const descriptor &) = delete;
-    descriptor &operator=(const descriptor &) = delete;
-
-    [[nodiscard]] bool is_open() const { return number_ >= 0; }
-    [[nodiscard]] int number() const { return number_; }
-
-    // False, with errno set, when what was written is lost (POSIX close).
-    bool close() {
-        const int closing = number_;
-        number_ = -1;
-        return closing < 0 || ::close(closing) == 0;
-    }
-
-  private:
-    int number_;
 };
 
 int copy_failed(const char *src, int error) {
@@ -105,7 +85,7 @@ move_result move_bytes(int from, int to) {
 // Copies a regular file that was looked at already.
 int copy_file(const char *src, const struct stat &source, const char *destination, int overwrite) {
     constexpr int flags = O_NONBLOCK | O_CLOEXEC;
-    const descriptor from(::open(src, O_RDONLY | flags));
+    const file_descriptor from(::open(src, O_RDONLY | flags));
     if (!from.is_open()) {
         return copy_failed(src, errno);
     }
@@ -113,7 +93,7 @@ int copy_file(const char *src, const struct stat &source, const char *destinatio
         return 1;
     }
     // Not truncated yet: it may be the source by another name.
-    descriptor to(::open(destination, O_WRONLY | O_CREAT | flags, file_mode));
+    file_descriptor to(::open(destination, O_WRONLY | O_CREAT | flags, file_mode));
     struct stat old {};
     if (!to.is_open() || ::fstat(to.number(), &old) != 0) {
         return open_failed(destination, errno);

@@ -2,11 +2,12 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/stream.h"
 #include "files/search.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -17,13 +18,21 @@ namespace {
 constexpr std::string_view user_prefix = "u_";
 constexpr std::string_view kept_prefix = "gxsetup";
 
+// A file or directory to remove. The system is asked for it by a name in an open directory: a path
+// deep down would be followed from the root for each one.
+struct removable {
+    int directory; // AT_FDCWD for a name from the current directory
+    const char *name;
+    const char *path; // as it is shown
+};
+
 bool is_link(const char *path) {
     struct stat entry {};
     return ::lstat(path, &entry) == 0 && S_ISLNK(entry.st_mode);
 }
 
-bool is_answer(pINI_SETTINGS ini, const char *name, const std::string &path) {
-    return s_strcmp(ini_value(ini, name, 1), path.c_str()) == 0;
+bool is_answer(pINI_SETTINGS ini, const char *name, const char *path) {
+    return s_strcmp(ini_value(ini, name, 1), path) == 0;
 }
 
 int removal_failed(const char *path, int error) {
@@ -31,12 +40,17 @@ int removal_failed(const char *path, int error) {
     return 0;
 }
 
-int remove_file(const char *path) {
-    if (s_strlen(path) > path_limit) {
-        return removal_failed(path, ENAMETOOLONG);
+// Follows links (POSIX fstatat).
+bool look_at(const removable &entry, struct stat &status) {
+    return ::fstatat(entry.directory, entry.name, &status, 0) == 0;
+}
+
+int remove_file(const removable &entry) {
+    if (s_strlen(entry.path) > path_limit) {
+        return removal_failed(entry.path, ENAMETOOLONG);
     }
-    if (std::remove(path) != 0) {
-        return removal_failed(path, errno);
+    if (::unlinkat(entry.directory, entry.name, 0) != 0) {
+        return removal_failed(entry.path, errno);
     }
     print_dot();
     return 1;
@@ -47,33 +61,35 @@ int empty_directory(pINI_SETTINGS ini, const char *wild, const char *path) {
     return is_link(path) ? 1 : do_xrmv(ini, wild, path, 1, 0);
 }
 
-// Removes one entry found in a directory, or passes over it.
-int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const std::string &path,
+// Removes one entry found in a directory under `name`, or passes over it.
+int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const removable &entry,
                  bool not_u_, bool dirs_only) {
-    struct stat entry {};
-    if ((not_u_ && is_answer(ini, "workarea", path)) || ::stat(path.c_str(), &entry) != 0) {
+    struct stat status {};
+    if ((not_u_ && is_answer(ini, "workarea", entry.path)) || !look_at(entry, status)) {
         return 1;
     }
-    if (!has_directory_bit(entry)) {
-        return !dirs_only && match_list(wild, name) == 1 ? remove_file(path.c_str()) : 1;
+    if (!has_directory_bit(status)) {
+        return !dirs_only && match_list(wild, name) == 1 ? remove_file(entry) : 1;
     }
     if (not_u_) {
-        if (std::string_view(name).starts_with(user_prefix) || is_answer(ini, "templates", path)) {
+        if (std::string_view(name).starts_with(user_prefix) ||
+            is_answer(ini, "templates", entry.path)) {
             return 1;
         }
     } else if (dirs_only && match_list(wild, name) == 0) {
         return 1;
     }
-    return remove_tree(ini, wild, path.c_str());
+    return remove_tree(ini, wild, entry.path);
 }
 
 int remove_temporary(pINI_SETTINGS ini, const char *name) {
-    struct stat entry {};
-    if (std::string_view(name).starts_with(kept_prefix) || ::stat(name, &entry) != 0) {
+    const removable entry = {AT_FDCWD, name, name};
+    struct stat status {};
+    if (std::string_view(name).starts_with(kept_prefix) || !look_at(entry, status)) {
         return 1;
     }
-    if (!has_directory_bit(entry)) {
-        return remove_file(name);
+    if (!has_directory_bit(status)) {
+        return remove_file(entry);
     }
     if (std::string_view(name).starts_with(user_prefix)) {
         return 1;
@@ -95,9 +111,13 @@ int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, i
     if (count == 0) {
         imsg("No files found in %s", path);
     }
+    const file_descriptor directory(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
     int result = 1;
     for_each_name(names, count, [&](const char *name) {
-        const std::string entry = path_in(path, name);
+        const std::string entry_path = path_in(path, name);
+        const removable entry = directory.is_open()
+                                    ? removable{directory.number(), name, entry_path.c_str()}
+                                    : removable{AT_FDCWD, entry_path.c_str(), entry_path.c_str()};
         if (remove_entry(ini, wild, name, entry, not_u_ != 0, dirs_only != 0) == 0) {
             result = 0;
         }

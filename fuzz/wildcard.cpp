@@ -68,6 +68,7 @@ class plain_matcher {
         std::size_t at = at_ + 1;
         const bool negated = at < pattern_.size() && pattern_[at] == '^';
         at += negated ? 1 : 0;
+        char previous = '\0';
         for (bool first = true; at < pattern_.size(); first = false) {
             if (pattern_[at] == ']' && !first) {
                 at_ = at + 1;
@@ -76,15 +77,17 @@ class plain_matcher {
                 }
                 return true;
             }
-            if (at + 2 < pattern_.size() && pattern_[at + 1] == '-' && pattern_[at + 2] != ']') {
-                for (int member = static_cast<unsigned char>(pattern_[at]);
-                     member <= static_cast<unsigned char>(pattern_[at + 2]); member++) {
+            if (!first && pattern_[at] == '-' && at + 1 < pattern_.size() &&
+                pattern_[at + 1] != ']') {
+                at++;
+                for (int member = static_cast<unsigned char>(previous);
+                     member <= static_cast<unsigned char>(pattern_[at]); member++) {
                     take(taken, static_cast<char>(member));
                 }
-                at += 3;
             } else {
-                take(taken, pattern_[at++]);
+                take(taken, pattern_[at]);
             }
+            previous = pattern_[at++];
         }
         return false;
     }

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -200,5 +201,5 @@ int dir_exists(const char *path) {
 }
 
 int file_exists(const char *path) {
-    return open_to_read(path) != nullptr ? 1 : 0;
+    return file_descriptor(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)).is_open() ? 1 : 0;
 }

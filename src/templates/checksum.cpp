@@ -90,7 +90,7 @@ std::uint32_t weighted_sum(std::string_view bytes, std::size_t offset) {
 // --- Pieces ---
 
 constexpr std::size_t marker_length = checksum_line_start.size();
-constexpr std::size_t read_size = std::size_t{32} * 1024;
+constexpr std::size_t read_size = std::size_t{64} * 1024;
 constexpr std::size_t look_size = 1024; // looked through at once
 
 // What a window keeps of the one before it: the piece around a place at the end of what was

@@ -21,7 +21,8 @@ RANDOM = random.Random(1)
 
 INSTALL = "\n" * 10 + "no\nno\n\n"
 UPGRADE_REPLACING = "2\nyes\n" + "\n" * 6 + "no\nno\n\n"
-UPGRADE_KEEPING = "2\nno\n" + "\n" * 6 + "no\nno\n\n"
+# The list of the templates is not viewed, and enter goes on with the upgrade.
+UPGRADE_KEEPING = "2\nno\n" + "\n" * 6 + "no\n\nno\nno\n\n"
 
 
 def write(path, content, mode=0o644):

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -69,7 +69,9 @@ inline std::string read_file(const std::string &path) {
     if (!file) {
         return "(no file " + path + ")";
     }
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::ostringstream content;
+    content << file.rdbuf();
+    return std::move(content).str();
 }
 
 inline bool is_there(const std::string &path) {

@@ -2,10 +2,10 @@
 // that must not matter, and looks at modes and names.
 #pragma once
 
-#include "core/log.h"
 #include "files/operations.h"
 #include "support/console_capture.h"
 #include "support/scratch_directory.h"
+#include "support/test_log.h"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -16,34 +16,18 @@ class FileWorld : public scratch_test {
   protected:
     FileWorld() : umask_before(::umask(0077)) {
         set_loglvl(LOG_DEBUG);
-        std::filesystem::create_directory("logs");
         std::filesystem::create_directory("here");
         std::filesystem::create_directory("there");
-        inilog(scratch.path("logs").c_str(), "gxsetup");
-        close_log();
-        write_file("logs/gxsetup.log", "");
         std::filesystem::current_path("here");
     }
 
     ~FileWorld() override {
-        std::filesystem::current_path(scratch.path());
-        inilog(".", "gxsetup");
-        close_log();
-        set_loglvl(LOG_ERROR);
         gx_user = 0;
         gx_group = 0;
         ::umask(umask_before);
     }
 
-    // The log without its time stamps.
-    std::string log() const {
-        const std::string text = read_file(scratch.path("logs/gxsetup.log"));
-        std::string lines;
-        for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
-            lines += text.substr(at + 12, text.find('\n', at) + 1 - at - 12);
-        }
-        return lines;
-    }
+    [[nodiscard]] std::string log() const { return log_.text(); }
 
     static std::string mode_of(const std::string &path) {
         struct stat entry {};
@@ -78,6 +62,9 @@ class FileWorld : public scratch_test {
     }
 
     mode_t umask_before;
+
+  private:
+    test_log log_{scratch.path("logs")};
 };
 
 using string_set = std::set<std::string>;

@@ -1,8 +1,8 @@
 #include "files/search.h"
 
-#include "core/log.h"
 #include "support/console_capture.h"
 #include "support/scratch_directory.h"
+#include "support/test_log.h"
 #include "unit/failing_memory.h"
 
 #include <algorithm>
@@ -28,27 +28,9 @@ class Search : public scratch_test {
     Search() {
         set_loglvl(LOG_DEBUG);
         std::filesystem::create_directory("world");
-        std::filesystem::create_directory("logs");
-        inilog(scratch.path("logs").c_str(), "gxsetup");
-        close_log();
-        write_file("logs/gxsetup.log", "");
     }
 
-    ~Search() override {
-        inilog(".", "gxsetup");
-        close_log();
-        set_loglvl(LOG_ERROR);
-    }
-
-    // The log without its time stamps.
-    std::string log() const {
-        const std::string text = read_file(scratch.path("logs/gxsetup.log"));
-        std::string lines;
-        for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
-            lines += text.substr(at + 12, text.find('\n', at) + 1 - at - 12);
-        }
-        return lines;
-    }
+    [[nodiscard]] std::string log() const { return log_.text(); }
 
     std::set<std::string> found(int count) const {
         std::set<std::string> names_found;
@@ -65,6 +47,9 @@ class Search : public scratch_test {
     }
 
     std::unique_ptr<found_names> names = std::make_unique<found_names>();
+
+  private:
+    test_log log_{scratch.path("logs")};
 };
 
 using WildFind = Search;
@@ -271,7 +256,6 @@ TEST_F(WildFind, NeverGivesTheDotEntries) {
 
 TEST_F(WildFind, ADirectoryThatCannotBeReadIsAnErrorInTheLog) {
     (*names)[0].reset(::strdup("untouched"));
-    emsg("the log is open");
     // No descriptor is left for the directory.
     rlimit before{};
     ::getrlimit(RLIMIT_NOFILE, &before);
@@ -283,7 +267,7 @@ TEST_F(WildFind, ADirectoryThatCannotBeReadIsAnErrorInTheLog) {
     ::setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_EQ(count, 0);
     EXPECT_STREQ((*names)[0].get(), "untouched");
-    EXPECT_EQ(log(), "Error: the log is open\nDebug: Wild finding [*]\n"
+    EXPECT_EQ(log(), "Debug: Wild finding [*]\n"
                      "Error: Could not read directory file: Too many open files\n");
 }
 

@@ -1,7 +1,7 @@
 #include "templates/header.h"
 
-#include "core/log.h"
 #include "support/scratch_directory.h"
+#include "support/test_log.h"
 #include "templates.h"
 
 #include <gtest/gtest.h>
@@ -29,20 +29,12 @@ class HeaderTest : public scratch_test {
         return tpl;
     }
 
-    std::string log() {
-        close_log();
-        std::string text = read_file("gxsetup.log");
-        // Each line begins with a time stamp of twelve characters.
-        std::string lines;
-        while (text.size() > 12) {
-            const std::size_t end = text.find('\n') + 1;
-            lines += text.substr(12, end - 12);
-            text.erase(0, end);
-        }
-        return lines;
-    }
+    [[nodiscard]] std::string log() const { return log_.text(); }
 
     int found = -1;
+
+  private:
+    test_log log_{scratch.path()};
 };
 
 // Reading the header.
@@ -187,7 +179,6 @@ TEST_F(HeaderTest, AnEmptyFileHasNone) {
 }
 
 TEST_F(HeaderTest, AFileThatCannotBeOpenedIsLoggedUnderTheRecordsName) {
-    inilog(".", "gxsetup");
     TMPLT_INFO tpl;
     tpl.name = "login.tpl";
     EXPECT_EQ(tpl_get_header_info(&tpl, "missing/login.tpl", 0), 0);
@@ -195,7 +186,6 @@ TEST_F(HeaderTest, AFileThatCannotBeOpenedIsLoggedUnderTheRecordsName) {
 }
 
 TEST_F(HeaderTest, ADirectoryIsNoTemplate) {
-    inilog(".", "gxsetup");
     std::filesystem::create_directory("dir.tpl");
     TMPLT_INFO tpl;
     tpl.name = "dir.tpl";
@@ -239,7 +229,6 @@ TEST_F(HeaderTest, AnInstalledCopyWithoutHeaderCountsAsModified) {
 }
 
 TEST_F(HeaderTest, MissingHeadersAreLoggedAtDebugLevel) {
-    inilog(".", "gxsetup");
     set_loglvl(LOG_DEBUG);
     loaded("<html>\n", "kestrel", 0);
     loaded("<html>\n", "kestrel", 1);

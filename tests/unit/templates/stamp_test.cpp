@@ -1,6 +1,6 @@
-#include "core/log.h"
 #include "support/console_capture.h"
 #include "support/scratch_directory.h"
+#include "support/test_log.h"
 #include "templates.h"
 #include "templates/header.h"
 
@@ -22,12 +22,7 @@ constexpr uid_t somebody = 65534;
 
 class StampTest : public scratch_test {
   protected:
-    StampTest() {
-        std::filesystem::create_directory("tpl");
-        inilog(".", "gxsetup");
-    }
-
-    ~StampTest() override { close_log(); }
+    StampTest() { std::filesystem::create_directory("tpl"); }
 
     [[nodiscard]] std::string templates() const { return scratch.path("tpl"); }
 
@@ -62,22 +57,13 @@ class StampTest : public scratch_test {
         return content("a.tpl");
     }
 
-    // The lines of the log without their time stamps.
-    std::string log() {
-        close_log();
-        std::string text = read_file("gxsetup.log");
-        std::string lines;
-        while (text.size() > 12) {
-            const std::size_t end = text.find('\n') + 1;
-            lines += text.substr(12, end - 12);
-            text.erase(0, end);
-        }
-        return lines;
-    }
+    [[nodiscard]] std::string log() const { return log_.text(); }
 
     std::string console;
 
   private:
+    test_log log_{scratch.path()};
+
     int run(int (*mode)(), const std::string &answers, const std::string &questions) {
         int result = -1;
         console = console_of(answers, [&] { result = mode(); });

@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     require(is_silent, "the console can be silenced");
     fuzz_input input(data, size);
     const unsigned often = input.byte();
-    const unsigned times = often < 0xf0 ? often % 4 + 1 : often % 16 * 8 + 8;
+    const unsigned times = often < 0xf0 ? often % 4 + 1 : often % 16 * 16 + 16;
     const std::string text = input.rest();
     std::string content;
     for (unsigned count = 0; count < times; count++) {

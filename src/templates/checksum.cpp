@@ -90,15 +90,17 @@ std::uint32_t weighted_sum(std::string_view bytes, std::size_t offset) {
 // --- Pieces ---
 
 constexpr std::size_t marker_length = checksum_line_start.size();
-constexpr std::size_t read_size = std::size_t{64} * 1024;
 constexpr std::size_t look_size = 1024; // looked through at once
+constexpr std::size_t page_size = 4096;
 
-// What a window keeps of the one before it: the piece around a place at the end of what was
-// searched may begin one piece before it and end one piece behind it.
-constexpr std::size_t kept_size = 2 * piece_limit;
+// What a window keeps of the one before it, rounded up to pages: the piece around a place at the
+// end of what was searched may begin one piece before it and end one piece behind it.
+constexpr std::size_t kept_size = page_size;
+static_assert(2 * piece_limit < kept_size);
 
-// The bytes of the template being walked; read anew by each walk, one at a time.
-std::array<char, kept_size + read_size + marker_length> window;
+// The bytes of the template being walked; read anew by each walk, one at a time. Whole pages are
+// read to whole pages and, without markers, handed on as such: the system copies those faster.
+alignas(page_size) std::array<char, 2 * kept_size + template_read_size + marker_length> window;
 
 // Whether "||" and `third` stand anywhere among the first `count` places of `bytes`, of which two
 // more can be read.
@@ -148,7 +150,7 @@ class walk {
   private:
     // Reads until the window is full or the file has ended.
     bool fill() {
-        const std::size_t full = filled_ + read_size;
+        const std::size_t full = filled_ + template_read_size;
         while (filled_ < full && !has_ended_) {
             const ssize_t count = ::read(descriptor_, window.data() + filled_, full - filled_);
             if (count < 0 && errno != EINTR) {
@@ -175,7 +177,14 @@ class walk {
             }
         }
         searched_ = std::max(searched_, settled);
-        return hand_on_run(std::max(handed_, has_ended_ ? filled_ : settled - piece_limit));
+        return hand_on_run(std::max(handed_, has_ended_ ? filled_ : last_page_end(settled)));
+    }
+
+    // The end of the last page of the file that no piece around a place from `settled` on reaches
+    // back into.
+    [[nodiscard]] std::size_t last_page_end(std::size_t settled) const {
+        const std::size_t end = settled - piece_limit;
+        return end - std::min(end, (offset_ + end) % page_size);
     }
 
     // The next place below `end` where the marker stands. Goes from one "|" to the next at first,

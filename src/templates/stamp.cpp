@@ -43,7 +43,12 @@ bool fits(const path_text &path) {
 stream_handle make_scratch(const path_text &path) {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     const int descriptor = fits(path) ? ::open(path.c_str(), flags, S_IRUSR | S_IWUSR) : -1;
-    return stream_handle(descriptor < 0 ? nullptr : ::fdopen(descriptor, "w"));
+    stream_handle file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "w"));
+    if (file) {
+        // What is written comes in large parts, which a buffer would only split.
+        std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    }
+    return file;
 }
 
 // Gives the scratch file the mode and, where that is allowed, the owner of the template. The owner

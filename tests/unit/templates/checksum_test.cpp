@@ -1,7 +1,8 @@
+#include "templates/checksum.h"
 #include "templates/header.h"
 
-#include "core/log.h"
 #include "support/scratch_directory.h"
+#include "support/test_log.h"
 #include "templates.h"
 
 #include <cstdint>
@@ -240,16 +241,19 @@ TEST_F(ChecksumTest, TwoMarkersInOnePieceAreOneLine) {
     expect_by_the_rule(std::string(piece - 11, 'a') + "||checksum=12||b||checksum=13||c\n");
 }
 
-// Markers around the place where one read ends and the next begins.
+// Markers around the places where one read ends and the next begins, and where the last page of a
+// read begins.
 TEST_F(ChecksumTest, MarkersAtTheEndsOfBlocks) {
-    constexpr std::size_t block = 65536;
-    for (std::size_t at = block - 1100; at < block + 20; at += 13) {
-        SCOPED_TRACE(at);
-        std::string content(at, 'a');
-        content += "\nbb||checksum=12||cc\n" + std::string(2000, 'd') + "\n";
-        expect_by_the_rule(content);
-        content[at] = '|';
-        expect_by_the_rule(content);
+    constexpr std::size_t page = 4096;
+    for (const std::size_t end : {template_read_size - page, template_read_size}) {
+        for (std::size_t at = end - 1100; at < end + 20; at += 53) {
+            SCOPED_TRACE(at);
+            std::string content(at, 'a');
+            content += "\nbb||checksum=12||cc\n" + std::string(2000, 'd') + "\n";
+            expect_by_the_rule(content);
+            content[at] = '|';
+            expect_by_the_rule(content);
+        }
     }
 }
 
@@ -264,7 +268,8 @@ TEST_F(ChecksumTest, FilesOfRandomPieces) {
     std::mt19937 random(7); // NOLINT: the same files each time
     for (int round = 0; round < 200; round++) {
         std::string content;
-        const std::size_t length = random() % (round % 20 == 0 ? 150'000 : 3'000);
+        const std::size_t length =
+            random() % (round % 20 == 0 ? 2 * template_read_size + 20'000 : 3'000);
         const std::size_t kinds = 2 + random() % (std::size(parts) - 1);
         while (content.size() < length) {
             content += parts[random() % kinds];
@@ -276,34 +281,29 @@ TEST_F(ChecksumTest, FilesOfRandomPieces) {
 }
 
 TEST_F(ChecksumTest, AFileThatCannotBeOpenedIsLogged) {
-    inilog(".", "gxsetup");
+    const test_log log(".");
     EXPECT_EQ(do_checksum("missing.tpl", 0), 0);
     EXPECT_EQ(do_checksum("missing.tpl", 1), 0);
-    close_log();
-    EXPECT_EQ(read_file("gxsetup.log").substr(12, 57),
-              "Error: can't open missing.tpl, No such file or directory\n");
+    EXPECT_EQ(log.text(), "Error: can't open missing.tpl, No such file or directory\n"
+                          "Error: can't open missing.tpl, No such file or directory\n");
 }
 
 TEST_F(ChecksumTest, WhatIsNoPlainFileIsNotRead) {
-    inilog(".", "gxsetup");
+    const test_log log(".");
     std::filesystem::create_directory("d.tpl");
     ASSERT_EQ(::mkfifo("p.tpl", 0600), 0);
     EXPECT_EQ(do_checksum("d.tpl", 0), 0);
     EXPECT_EQ(do_checksum("p.tpl", 0), 0);
     EXPECT_EQ(do_checksum("/dev/zero", 0), 0);
-    close_log();
 }
 
 // What can be opened but not read: /proc/self/mem has no page at 0.
 TEST_F(ChecksumTest, AFileThatCannotBeReadNeverAgrees) {
-    inilog(".", "gxsetup");
+    const test_log log(".");
     EXPECT_EQ(do_checksum("/proc/self/mem", 0), 0);
     EXPECT_EQ(do_checksum("/proc/self/mem", 1), 1);
-    close_log();
-    EXPECT_EQ(read_file("gxsetup.log").substr(12),
-              "Error: can't open /proc/self/mem, Input/output error\n" +
-                  read_file("gxsetup.log").substr(0, 12) +
-                  "Error: can't open /proc/self/mem, Input/output error\n");
+    EXPECT_EQ(log.text(), "Error: can't open /proc/self/mem, Input/output error\n"
+                          "Error: can't open /proc/self/mem, Input/output error\n");
 }
 
 TEST_F(ChecksumTest, OfALargeFileNeedsNoMemory) {

@@ -4,7 +4,7 @@
 
 #include "core/log.h"
 #include "setup/answer_store.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <string>
 #include <vector>

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -46,12 +45,6 @@ class scratch_directory {
     std::filesystem::path before_;
     std::filesystem::path path_;
     ::pid_t maker_;
-};
-
-// A test that runs in a scratch directory.
-class scratch_test : public testing::Test {
-  protected:
-    scratch_directory scratch;
 };
 
 // Writes a whole file.

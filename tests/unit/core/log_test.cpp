@@ -2,7 +2,7 @@
 
 #include "core/text.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <cerrno>
 #include <cstdlib>

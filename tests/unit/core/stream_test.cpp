@@ -1,7 +1,7 @@
 #include "core/stream.h"
 
 #include "core/format.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <array>
 #include <cerrno>

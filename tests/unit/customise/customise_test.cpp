@@ -5,7 +5,7 @@
 #include "setup/answer_store.h"
 #include "setup/session.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
 
 #include <gtest/gtest.h>

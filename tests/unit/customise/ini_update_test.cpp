@@ -4,7 +4,7 @@
 #include "core/stream.h"
 #include "customise/text_list.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
 
 #include <csignal>

@@ -2,7 +2,7 @@
 
 #include "files/operations.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
 
 #include <gtest/gtest.h>

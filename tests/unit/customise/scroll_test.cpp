@@ -3,7 +3,7 @@
 #include "customise/text_list.h"
 #include "support/applet_model.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
 
 #include <array>

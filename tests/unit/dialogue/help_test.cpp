@@ -2,7 +2,7 @@
 
 #include "core/log.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
 #include <string>

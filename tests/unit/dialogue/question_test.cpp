@@ -4,7 +4,7 @@
 #include "core/log.h"
 #include "dialogue/help.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <array>
 #include <cstring>

@@ -4,8 +4,7 @@
 
 #include "files/operations.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
-#include "support/test_log.h"
+#include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
 #include <set>

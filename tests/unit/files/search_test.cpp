@@ -1,8 +1,7 @@
 #include "files/search.h"
 
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
-#include "support/test_log.h"
+#include "support/scratch_test.h"
 #include "unit/failing_memory.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "settings/store.h"
 
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
 #include <string>

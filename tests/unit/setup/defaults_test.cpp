@@ -3,7 +3,7 @@
 #include "core/log.h"
 #include "setup/answer_store.h"
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

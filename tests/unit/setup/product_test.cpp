@@ -1,6 +1,6 @@
 #include "setup/product.h"
 
-#include "support/scratch_directory.h"
+#include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,7 @@
 #include "templates/checksum.h"
 #include "templates/header.h"
 
-#include "support/scratch_directory.h"
-#include "support/test_log.h"
+#include "support/scratch_test.h"
 #include "templates.h"
 
 #include <cstdint>

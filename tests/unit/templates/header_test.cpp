@@ -1,7 +1,6 @@
 #include "templates/header.h"
 
-#include "support/scratch_directory.h"
-#include "support/test_log.h"
+#include "support/scratch_test.h"
 #include "templates.h"
 
 #include <gtest/gtest.h>

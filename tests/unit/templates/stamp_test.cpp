@@ -1,6 +1,5 @@
 #include "support/console_capture.h"
-#include "support/scratch_directory.h"
-#include "support/test_log.h"
+#include "support/scratch_test.h"
 #include "templates.h"
 #include "templates/header.h"
 

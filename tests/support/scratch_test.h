@@ -1,21 +1,33 @@
-// The log of a test.
+// What most unit tests start from: a directory of their own, and a log.
 #pragma once
 
 #include "core/log.h"
 #include "support/scratch_directory.h"
 
+#include <cstdio>
+#include <gtest/gtest.h>
 #include <string>
 
-// A log that is open and empty, whatever was logged before the test. It ends with the test, as does
-// the level set in it.
+// A test that runs in a scratch directory. Whatever was logged before it, the log is closed, and
+// what is logged goes to gxsetup.log in the directory that is worked in then.
+class scratch_test : public testing::Test {
+  protected:
+    scratch_test() {
+        inilog(".", "gxsetup");
+        close_log();
+        std::remove("gxsetup.log");
+    }
+
+    scratch_directory scratch;
+};
+
+// The log of such a test, open and empty. It ends with the test, as does the level set in it.
 class test_log {
   public:
     // `directory` is made; it is named so that it is found from wherever the test goes.
     explicit test_log(const std::string &directory) : path_(directory + "/gxsetup.log") {
         std::filesystem::create_directories(directory);
-        open(directory);
-        write_file(path_, "");
-        open(directory);
+        EXPECT_EQ(inilog(directory.c_str(), "gxsetup"), 1);
     }
 
     ~test_log() {
@@ -37,9 +49,5 @@ class test_log {
     }
 
   private:
-    static void open(const std::string &directory) {
-        EXPECT_EQ(inilog(directory.c_str(), "gxsetup"), 1);
-    }
-
     std::string path_;
 };

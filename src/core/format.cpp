@@ -286,9 +286,10 @@ std::string format_without_arguments(std::string_view text) {
 
 std::string double_percents(std::string_view text) {
     std::string result;
-    result.reserve(text.size());
-    for (const char character : text) {
-        result.append(character == '%' ? 2 : 1, character);
+    for (std::size_t percent = text.find('%'); percent != std::string_view::npos;
+         percent = text.find('%')) {
+        result.append(text.substr(0, percent)).append("%%");
+        text.remove_prefix(percent + 1);
     }
-    return result;
+    return result.append(text);
 }

@@ -38,10 +38,10 @@ void hand_over(message_function receiver, const char *format, std::va_list argum
     if (receiver == nullptr) {
         return;
     }
-    path_text whole_format;
-    whole_format.format("INI: %s", format);
-    message_text message;
-    message.vformat(whole_format.c_str(), arguments);
+    message_text text;
+    text.vformat(format, arguments);
+    message_text message("INI: ");
+    message.append(text.view());
     receiver(double_percents(message.view()).c_str());
 }
 

@@ -61,10 +61,15 @@ class spawn_plan {
     posix_spawnattr_t attributes_{};
 };
 
-// The error of starting the program, 0 for none or when its output has nowhere to go.
+// The error of starting the program, 0 for none or when its output has nowhere to go. One that is
+// not there costs no process.
 int run_into_output_file(const std::string &program) {
     const stream_handle output = open_to_write(output_file);
-    return output ? spawn_plan(::fileno(output.get())).run(program) : 0;
+    if (!output) {
+        return 0;
+    }
+    return ::access(program.c_str(), F_OK) == 0 ? spawn_plan(::fileno(output.get())).run(program)
+                                                : errno;
 }
 
 // Whether no process could be had at all, as against a program that could not be started.

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -24,6 +25,7 @@ struct removable {
     int directory; // AT_FDCWD for a name from the current directory
     const char *name;
     const char *path; // as it is shown
+    bool is_plain;    // known to be a plain file, so that nobody need look at it
 };
 
 bool is_link(const char *path) {
@@ -45,15 +47,18 @@ bool look_at(const removable &entry, struct stat &status) {
     return ::fstatat(entry.directory, entry.name, &status, 0) == 0;
 }
 
+// A failure counts only for what can be looked at.
 int remove_file(const removable &entry) {
-    if (s_strlen(entry.path) > path_limit) {
-        return removal_failed(entry.path, ENAMETOOLONG);
+    int error = ENAMETOOLONG;
+    if (s_strlen(entry.path) <= path_limit) {
+        error = ::unlinkat(entry.directory, entry.name, 0) == 0 ? 0 : errno;
     }
-    if (::unlinkat(entry.directory, entry.name, 0) != 0) {
-        return removal_failed(entry.path, errno);
+    if (error == 0) {
+        print_dot();
+        return 1;
     }
-    print_dot();
-    return 1;
+    struct stat status {};
+    return look_at(entry, status) ? removal_failed(entry.path, error) : 1;
 }
 
 // Empties a directory of what matches `wild`. What a link leads to lies elsewhere and stays.
@@ -64,11 +69,14 @@ int empty_directory(pINI_SETTINGS ini, const char *wild, const char *path) {
 // Removes one entry found in a directory under `name`, or passes over it.
 int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const removable &entry,
                  bool not_u_, bool dirs_only) {
-    struct stat status {};
-    if ((not_u_ && is_answer(ini, "workarea", entry.path)) || !look_at(entry, status)) {
+    if (not_u_ && is_answer(ini, "workarea", entry.path)) {
         return 1;
     }
-    if (!has_directory_bit(status)) {
+    struct stat status {};
+    if (!entry.is_plain && !look_at(entry, status)) {
+        return 1;
+    }
+    if (entry.is_plain || !has_directory_bit(status)) {
         return !dirs_only && match_list(wild, name) == 1 ? remove_file(entry) : 1;
     }
     if (not_u_) {
@@ -83,7 +91,7 @@ int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const re
 }
 
 int remove_temporary(pINI_SETTINGS ini, const char *name) {
-    const removable entry = {AT_FDCWD, name, name};
+    const removable entry = {AT_FDCWD, name, name, false};
     struct stat status {};
     if (std::string_view(name).starts_with(kept_prefix) || !look_at(entry, status)) {
         return 1;
@@ -107,21 +115,28 @@ bool has_directory_bit(const struct stat &entry) {
 
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only) {
     found_names names;
-    const int count = wild_find2(path, "*", names);
+    plain_files plain;
+    const int count = wild_find2(path, "*", names, plain);
     if (count == 0) {
         imsg("No files found in %s", path);
     }
     const file_descriptor directory(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
     int result = 1;
-    for_each_name(names, count, [&](const char *name) {
-        const std::string entry_path = path_in(path, name);
-        const removable entry = directory.is_open()
-                                    ? removable{directory.number(), name, entry_path.c_str()}
-                                    : removable{AT_FDCWD, entry_path.c_str(), entry_path.c_str()};
-        if (remove_entry(ini, wild, name, entry, not_u_ != 0, dirs_only != 0) == 0) {
+    for (std::size_t number = 0; number < static_cast<std::size_t>(count); number++) {
+        const heap_text name = std::move(names[number]);
+        if (name == nullptr) {
+            continue;
+        }
+        const std::string entry_path = path_in(path, name.get());
+        removable entry = {AT_FDCWD, entry_path.c_str(), entry_path.c_str(), plain[number]};
+        if (directory.is_open()) {
+            entry.directory = directory.number();
+            entry.name = name.get();
+        }
+        if (remove_entry(ini, wild, name.get(), entry, not_u_ != 0, dirs_only != 0) == 0) {
             result = 0;
         }
-    });
+    }
     return result;
 }
 

@@ -92,7 +92,7 @@ bool next_element(std::string_view &list, std::string &element) {
     return true;
 }
 
-int collect(DIR *directory, const char *pattern, found_names &names) {
+int collect(DIR *directory, const char *pattern, found_names &names, plain_files &plain) {
     int count = 0;
     while (const dirent *entry = ::readdir(directory)) {
         if (count == MAXWILD) {
@@ -101,7 +101,9 @@ int collect(DIR *directory, const char *pattern, found_names &names) {
         }
         const char *name = &entry->d_name[0];
         if (!is_dot_entry(name) && match_wild(pattern, name) == 1) {
-            names[static_cast<std::size_t>(count++)].reset(maistrdup(name));
+            const auto number = static_cast<std::size_t>(count++);
+            names[number].reset(maistrdup(name));
+            plain[number] = entry->d_type == DT_REG;
         }
     }
     return count;
@@ -180,17 +182,23 @@ int wild_find(const char *pattern, found_names &names) {
         emsg("Could not read directory file: %s", std::strerror(errno));
         return 0;
     }
-    return collect(directory.get(), pattern, names);
+    plain_files plain;
+    return collect(directory.get(), pattern, names, plain);
 }
 
 int wild_find2(const char *directory, const char *pattern, found_names &names) {
+    plain_files plain;
+    return wild_find2(directory, pattern, names, plain);
+}
+
+int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain) {
     dmsg("Wild finding [%s][%s]", directory, pattern);
     const directory_handle handle(::opendir(directory));
     if (!handle) {
         std::perror("Could not read directory file");
         return 0;
     }
-    return collect(handle.get(), pattern, names);
+    return collect(handle.get(), pattern, names, plain);
 }
 
 int dir_exists(const char *path) {

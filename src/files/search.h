@@ -6,6 +6,7 @@
 #include "core/text.h"
 
 #include <array>
+#include <bitset>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ inline constexpr std::size_t path_limit = 511;
 
 // The names a search found, each a heap copy freed with the array or by resetting its slot.
 using found_names = std::array<heap_text, MAXWILD>;
+
+// Which of the names a search found are plain files, as far as the directory itself tells.
+using plain_files = std::bitset<MAXWILD>;
 
 // Calls `use` with each of the first `count` names, in their order, and frees the name afterwards.
 // A name that no memory was had for is passed over.
@@ -56,6 +60,7 @@ int match_list(const char *list, const char *name);
 // standard error (wild_find2) is told.
 int wild_find(const char *pattern, found_names &names);
 int wild_find2(const char *directory, const char *pattern, found_names &names);
+int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain);
 
 // 1 when `path`, less one trailing "/", can be opened as a directory. So "/" alone gives 0.
 int dir_exists(const char *path);

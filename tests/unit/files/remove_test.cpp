@@ -117,6 +117,16 @@ TEST_F(DoXrmv, ADanglingLinkIsPassedOverAndALinkToAFileIsRemoved) {
     EXPECT_EQ(read_file(scratch.path("kept")), "kept");
 }
 
+TEST_F(DoXrmv, AFileThatMayNotBeLookedAtIsPassedOver) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may look at everything";
+    }
+    std::filesystem::permissions(there("img/deep"), std::filesystem::perms::owner_read);
+    EXPECT_EQ(shown(1, [&] { return do_xrmv(&ini, "*", there("img/deep").c_str(), 0, 0); }), "");
+    std::filesystem::permissions(there("img/deep"), std::filesystem::perms::owner_all);
+    EXPECT_TRUE(is_there(there("img/deep/d.gif")));
+}
+
 TEST_F(DoXrmv, ASocketIsTakenForADirectoryByItsModeBit) {
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};

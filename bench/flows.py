@@ -1,210 +1,277 @@
-#!/usr/bin/env python3
-"""The flows: installs and upgrades against a script of cp, chmod and chown, the classification of
-templates against md5sum and diff, removals against rm, the start against true.
-
-    cmake --preset bench && cmake --build --preset bench && bench/flows.py build/bench
-
-Installs and upgrades give files away, which only root can.
-"""
+"""Rows around the wizard's flows: installs, upgrades, removals, and the start."""
 
 import os
+import pwd
 import random
 import shutil
-import subprocess
-import sys
 
-from pairs import Memory, Way, compare, print_title, require, run
+from pairs import PROGRAM, Memory, Way, nothing, read, require, script, tool, write
 
-BUILD = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else "build/bench")
-PROGRAM = BUILD + "/gxsetup"
-RANDOM = random.Random(1)
-
-INSTALL = "\n" * 10 + "no\nno\n\n"
-UPGRADE_REPLACING = "2\nyes\n" + "\n" * 6 + "no\nno\n\n"
-# The list of the templates is not viewed, and enter goes on with the upgrade.
-UPGRADE_KEEPING = "2\nno\n" + "\n" * 6 + "no\n\nno\nno\n\n"
+OWNER = "nobody"
 
 
-def write(path, content, mode=0o644):
-    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
-    with open(path, "wb") as file:
-        file.write(content)
-    os.chmod(path, mode)
+class Distribution:
+    """A distribution in dist/, the site of the wizard and that of the script."""
+
+    product = ""
+
+    def __init__(self, root):
+        self.root, self.random = os.path.abspath(root), random.Random(1)
+        write(f"{root}/dist/{self.product}.cgi",
+              b"#!/bin/sh\necho 'Version: %s v3.1'\n" % self.product.encode(), 0o755)
+        write(f"{root}/dist/{self.product}.ini", b"key value\n")
+        write(f"{root}/dist/gxdflt.dat", f"cgi_path {self.root}/ours/cgi-bin\n"
+              f"templates {self.root}/ours/spool\nvlimg_dir {self.root}/ours/html\n".encode())
+
+    def add(self, name, lowest, highest):
+        size = self.random.randint(lowest << 10, highest << 10)
+        write(f"{self.root}/dist/{name}", self.random.randbytes(size))
+
+    def add_template(self, name):
+        self.add(name, 4, 40)
+
+    def add_image(self, name):
+        self.add(name, 100, 100)
+
+    def source(self, name):
+        return read(f"{self.root}/dist/{name}")
+
+    def make_site(self, site):
+        shutil.rmtree(f"{self.root}/{site}", ignore_errors=True)
+        for name in ("cgi-bin", "html", "spool"):
+            os.makedirs(f"{self.root}/{site}/{name}")
+
+    def forget(self):
+        """The distribution as it was before the wizard ran in it."""
+        for name in ("gxsetup.dat", "gxsetup.log", "gxsetup1.log", "gxsetup2.log"):
+            if os.path.exists(f"{self.root}/dist/{name}"):
+                os.remove(f"{self.root}/dist/{name}")
+
+    def require_site(self, site, is_given=True):
+        """Every file that was to be installed is there, with its bytes, mode and owner."""
+        for name, content in self.installed():
+            path = f"{self.root}/{site}/{name}"
+            require(os.path.exists(path) and read(path) == content, path)
+            status = os.stat(path)
+            is_owned = status.st_uid == pwd.getpwnam(OWNER).pw_uid
+            require(not is_given or (is_owned and status.st_mode & 0o777 == 0o660), "mode of " + path)
+
+    def wizard(self, answers, **how):
+        return Way([PROGRAM], answers=answers, folder=self.root + "/dist", **how)
+
+    def install(self):
+        def fresh():
+            self.forget()
+            self.make_site("ours")
+        return self.wizard(self.install_answers(), prepare=fresh,
+                           check=lambda _: self.require_site("ours"))
+
+    def install_by_script(self):
+        return script(self.install_script() + GIVE_AWAY, folder=self.root,
+                      prepare=lambda: self.make_site("theirs"),
+                      check=lambda _: self.require_site("theirs"))
+
+    def copy_of_result(self):
+        return Way(["cp", "-r", "ours", "again"], folder=self.root,
+                   prepare=lambda: shutil.rmtree(self.root + "/again", ignore_errors=True),
+                   check=lambda _: self.require_site("again", is_given=False))
 
 
-def make_distribution():
-    """690 templates of 4 to 40 KB, 300 images of 100 KB and what goes with them, in dist/. A search
-    gives 1000 names, and kestrel's templates and images share a directory."""
-    for number in range(690):
-        write(f"dist/tpl/page{number}.tpl", RANDOM.randbytes(RANDOM.randint(4 << 10, 40 << 10)))
-    for number in range(300):
-        write(f"dist/tpl/image{number}.gif", RANDOM.randbytes(100 << 10))
-    write("dist/kestrel.cgi", b"#!/bin/sh\necho 'Version: Kestrel v3.1'\n", 0o755)
-    write("dist/kestrel.ini", b"key value\n")
-    here = os.getcwd()
-    write("dist/gxdflt.dat", f"cgi_path {here}/site/cgi-bin\ntemplates {here}/site/spool\n"
-          f"vlimg_dir {here}/site/html\n".encode())
+GIVE_AWAY = f"chmod -R ug=rwX,o= theirs/spool theirs/html\nchown -R {OWNER} theirs\n"
 
 
-def make_site(site):
-    shutil.rmtree(site, ignore_errors=True)
-    for name in ("cgi-bin", "html", "spool"):
-        os.makedirs(f"{site}/{name}")
+class Kestrel(Distribution):
+    """Templates and images share a directory, of which a search gives 1000 names."""
+
+    product = "kestrel"
+
+    def __init__(self, root, templates, images):
+        super().__init__(root)
+        self.templates = [f"page{number}.tpl" for number in range(templates)]
+        self.images = [f"image{number}.gif" for number in range(images)]
+        for name in self.templates:
+            self.add_template("tpl/" + name)
+        for name in self.images:
+            self.add_image("tpl/" + name)
+
+    def installed(self):
+        for name in self.templates + self.images:
+            yield "spool/" + name, self.source("tpl/" + name)
+        for name in self.images:
+            yield "html/" + name, self.source("tpl/" + name)
+
+    def install_answers(self):
+        return "\n" * 10 + "no\nno\n\n"
+
+    def install_script(self):
+        return "cp -r dist/. theirs/spool\n" + COPY_PRODUCT
+
+    def upgraded(self, site, is_replaced):
+        """One of the templates that are installed was edited."""
+        edited = f"{self.root}/{site}/spool/{self.templates[0]}"
+
+        def prepare():
+            if site == "ours":
+                self.forget()
+            write(edited, b"edited", 0o660)
+
+        def check(_):
+            require(is_replaced or read(edited) == b"edited", "the edited template")
+            if not is_replaced:
+                write(edited, self.source("tpl/" + self.templates[0]), 0o660)
+            self.require_site(site)
+        return {"prepare": prepare, "check": check}
+
+    def upgrade(self, is_replaced):
+        # Kept, the list of the templates is not viewed, and enter goes on with the upgrade.
+        answers = "2\nyes\n" + "\n" * 6 if is_replaced else "2\nno\n" + "\n" * 6 + "no\n\n"
+        return self.wizard(answers + "no\nno\n\n", **self.upgraded("ours", is_replaced))
+
+    def upgrade_by_script(self, is_replaced):
+        lines = COPY_PRODUCT * 2 if is_replaced else COPY_PRODUCT.replace("cp ", "cp -n ")
+        return script(lines + GIVE_AWAY, folder=self.root, **self.upgraded("theirs", is_replaced))
 
 
-def wizard(answers):
-    return lambda: subprocess.run([PROGRAM], input=answers.encode(), cwd="dist",
-                                  stdout=subprocess.PIPE, check=True).stdout
-
-
-def forget():
-    for name in ("gxsetup.dat", "gxsetup.log", "gxsetup1.log", "gxsetup2.log"):
-        if os.path.exists("dist/" + name):
-            os.remove("dist/" + name)
-
-
-def holds_product(site):
-    require(len(os.listdir(f"{site}/html")) == 300, "images")
-    with open("dist/tpl/page7.tpl", "rb") as one, open(f"{site}/spool/page7.tpl", "rb") as other:
-        require(one.read() == other.read(), "a template")
-
-
-def holds_given_product(site):
-    holds_product(site)
-    require(os.stat(f"{site}/spool/page7.tpl").st_mode & 0o777 == 0o660, "the mode")
-
-
-def script(lines):
-    return lambda: run(["sh", "-c", "set -e\n" + lines])
-
-
-COPY_ALL = """cp -r dist/. copy/spool
-cp dist/tpl/* copy/spool
-cp dist/tpl/*.gif copy/html
-cp dist/kestrel.cgi copy/cgi-bin
+COPY_PRODUCT = """cp dist/tpl/* theirs/spool
+cp dist/tpl/*.gif theirs/html
+cp dist/kestrel.cgi theirs/cgi-bin
 """
-COPY_NEW = """cp dist/tpl/* copy/spool
-cp dist/tpl/*.gif copy/html
-cp dist/kestrel.cgi copy/cgi-bin
-"""
-GIVE_AWAY = "chmod -R ug=rwX,o= copy/spool copy/html\nchown -R nobody copy\n"
 
 
-def installs():
-    with Memory():
-        make_distribution()
+class Tanager(Distribution):
+    """Template sets, each installed with the files that are common to them, and their images."""
 
-        def fresh_site():
-            forget()
-            make_site("site")
+    product = "tanager"
 
-        ours = Way(fresh_site, wizard(INSTALL), lambda _: holds_given_product("site"))
-        compare("install kestrel, against a script", ours,
-                Way(lambda: make_site("copy"), script(COPY_ALL + GIVE_AWAY),
-                    lambda _: holds_given_product("copy")), "1.00")
-        compare("install kestrel, against cp -r of the result", ours,
-                Way(lambda: shutil.rmtree("again", ignore_errors=True),
-                    lambda: run(["cp", "-r", "site", "again"]), lambda _: holds_product("again")),
-                "1.25")
-        for name, answers in (("replacing", UPGRADE_REPLACING), ("keeping", UPGRADE_KEEPING)):
-            lines = COPY_NEW * 2 if name == "replacing" else COPY_NEW.replace("cp ", "cp -n ")
-            compare(f"upgrade kestrel, {name}, against a script",
-                    Way(forget, wizard(answers), lambda _: holds_given_product("site")),
-                    Way(lambda: None, script(lines + GIVE_AWAY), lambda _: holds_given_product("copy")),
-                    "1.00")
+    def __init__(self, root, sets):
+        super().__init__(root)
+        self.sets = [f"set{number}" for number in range(sets)]
+        self.pages = [f"page{number}.tpl" for number in range(100)]
+        self.common = [f"common{number}.tpl" for number in range(50)]
+        for name in self.common:
+            self.add_template("tpl/common/" + name)
+        self.add_image("img/common/back.gif")
+        for name in self.sets:
+            for page in self.pages:
+                self.add_template(f"tpl/{name}/{page}")
+            self.add_image(f"img/{name}/logo.gif")
+        write(f"{root}/dist/manuals/index.html", b"manual\n")
 
+    def installed(self):
+        for name in self.sets:
+            for page in self.pages:
+                yield f"spool/{name}/{page}", self.source(f"tpl/{name}/{page}")
+            for page in self.common:
+                yield f"spool/{name}/{page}", self.source("tpl/common/" + page)
+            for images in ("html", "spool/img"):
+                yield f"{images}/{name}/logo.gif", self.source(f"img/{name}/logo.gif")
+                yield f"{images}/{name}/back.gif", self.source("img/common/back.gif")
+        yield "spool/manuals/index.html", self.source("manuals/index.html")
 
-def checksum(content):
-    values = content.translate(bytes(0 if byte in b"\r\n" else byte for byte in range(256)))
-    total = sum(sum(values[first::3]) << first for first in range(3)) % (1 << 32)
-    return total - (1 << 32) if total >= 1 << 31 else total
+    def install_answers(self):
+        # The images directory of this product is no matter of gxdflt.dat.
+        return "1\n\n\n\n\n" + self.root + "/ours/html\n" + "\n" * 7 + "no\nno\n\n"
 
-
-def stamped(content):
-    content = b"||header: modified=false tpl_set=kst_s2 tpl_version=2.0a||\n" + content
-    return content + b"\n||checksum=%d||\n" % checksum(content)
-
-
-def classify(count):
-    """The templates are all of one version, so that nothing is asked."""
-    for number in range(count):
-        content = stamped(RANDOM.randbytes(22 << 10).replace(b"|", b"/"))
-        write(f"installed/page{number}.tpl", content)
-        write(f"tpl/page{number}.tpl", content)
-    run(["sh", "-c", "md5sum installed/* >sums"])
-    ours = Way(lambda: None, lambda: run([BUILD + "/bench/classify_templates", "installed"]),
-               lambda result: require(result == b"", "nothing to upgrade"))
-    compare(f"classify {count} templates, against md5sum -c", ours,
-            Way(lambda: None, lambda: run(["md5sum", "-c", "sums"]),
-                lambda result: require(result.count(b": OK") == count, "md5sum")), "1.00")
-    return compare(f"classify {count} templates, against diff -rq", ours,
-                   Way(lambda: None, lambda: run(["diff", "-rq", "installed", "tpl"]),
-                       lambda result: require(result == b"", "diff")), "1.25")
+    def install_script(self):
+        lines = "mkdir theirs/spool/img\n"
+        for name in self.sets:
+            for source, target in (("tpl", "spool"), ("img", "html"), ("img", "spool/img")):
+                lines += (f"cp -r dist/{source}/{name} theirs/{target}\n"
+                          f"cp dist/{source}/common/* theirs/{target}/{name}\n")
+        return lines + "cp dist/tanager.cgi theirs/cgi-bin\ncp -r dist/manuals theirs/spool\n"
 
 
-def classifications():
-    with Memory():
-        few = classify(248)
-    with Memory():
-        many = classify(992)
-    print(f"classify, four times as many: {many / few:.2f} (limit 4.2)")
-
-
-def make_tree(root):
-    shutil.rmtree(root, ignore_errors=True)
-    path = root
-    for _ in range(130):
-        os.mkdir(path)
-        for number in range(38):
-            with open(f"{path}/file{number}.tpl", "wb"):
-                pass
-        path += "/d"
-
-
-def removals():
-    with Memory():
-        def is_gone(root):
-            require(not os.path.exists(root) or os.listdir(root) == [], "removal")
-
-        compare("remove 5,000 files in 130 nested directories",
-                Way(lambda: make_tree("ours"),
-                    lambda: run([BUILD + "/bench/remove_files", "ours"]),
-                    lambda _: is_gone("ours")),
-                Way(lambda: make_tree("theirs"), lambda: run(["rm", "-r", "theirs"]),
-                    lambda _: is_gone("theirs")), "1.20")
-
-
-def starts():
-    def many(command, answers):
-        def work():
-            for _ in range(50):
-                run(command, answers)
-        return work
-
-    def nothing(_):
-        pass
-
-    for lines in (0, 200, 2000):
+def installs(table):
+    for name, make, limit in (
+            ("install kestrel", lambda root, part: Kestrel(root, 690 // part, 300 // part), 1.25),
+            ("install tanager", lambda root, part: Tanager(root, 8 // part), None)):
         with Memory():
+            whole, quarter = make("whole", 1), make("quarter", 4)
+            table.compare(name, whole.install(), "a script", whole.install_by_script(), 1.00)
+            table.compare(name, whole.install(), "cp -r of the result", whole.copy_of_result(),
+                          limit)
+            table.grow(name, whole.install(), quarter.install())
+
+
+def upgrades(table):
+    with Memory():
+        whole, quarter = Kestrel("whole", 690, 300), Kestrel("quarter", 172, 75)
+        for way in (whole.install(), whole.install_by_script(), quarter.install()):
+            way.measure()
+        for name, is_replaced in (("upgrade kestrel, replacing", True),
+                                  ("upgrade kestrel, keeping", False)):
+            table.compare(name, whole.upgrade(is_replaced), "a script",
+                          whole.upgrade_by_script(is_replaced), 1.00)
+            table.grow(name, whole.upgrade(is_replaced), quarter.upgrade(is_replaced))
+
+
+def removals(table):
+    """Directories in one another: a search gives 1000 names, and a path has 511 characters."""
+    def make_tree(root, depth):
+        shutil.rmtree(root, ignore_errors=True)
+        path = root
+        for _ in range(depth):
+            for number in range(50):
+                write(f"{path}/file{number}.tpl", b"")
+            path += "/d"
+
+    def removal(command, root, depth=100):
+        # The wizard leaves the directory itself.
+        def is_gone(_):
+            require(not os.path.exists(root) or os.listdir(root) == [], "removal")
+        return Way([*command, root], prepare=lambda: make_tree(root, depth), check=is_gone)
+
+    with Memory():
+        name = "remove 5,000 files in 100 directories"
+        ours = removal([tool("remove_files")], "ours")
+        table.compare(name, ours, "rm -r", removal(["rm", "-r"], "theirs"), 1.20)
+        table.grow(name, ours, removal([tool("remove_files")], "quarter", 25))
+
+
+class Start:
+    """Starts in a distribution, or in a directory that has no product's program."""
+
+    def __init__(self, root, lines, has_program=False):
+        self.root = root
+        self.answers = "4\n\n" if has_program else "1.0\n4\n\n"
+        os.mkdir(root)
+        if has_program:
+            write(root + "/plover.cgi", b"#!/bin/sh\necho 'Version: Plover v3.1'\n", 0o755)
+        elif not lines:
+            self.answers = "plover\n" + self.answers
+        if lines:
+            write(root + "/gxsetup.dat", b"prod_name plover\n"
+                  + b"".join(b"name%d value %d\n" % (at, at) for at in range(1, lines)))
+
+    def ours(self):
+        def check(printed):
+            require(b"to plover, version" in printed and b"\nGoodbye\n" in printed, "menu")
+        return Way([PROGRAM], folder=self.root, answers=self.answers, times=50, check=check)
+
+    def probe(self):
+        return Way(["./plover.cgi", "-version"], folder=self.root, times=50,
+                   check=lambda printed: require(printed == b"Version: Plover v3.1\n", "version"))
+
+
+def starts(table):
+    nothing_done = Way(["true"], times=50, check=nothing)
+    with Memory():
+        for lines, limit in ((0, 3.00), (200, 4.00), (2000, 4.00)):
+            name = f"start, menu, quit; gxsetup.dat of {lines} lines"
+            start = Start(f"alone{lines}", lines)
+            table.compare(name, start.ours(), "true", nothing_done, limit)
+            with_program = Start(f"product{lines}", lines, has_program=True)
+            table.compare(name, with_program.ours(), "the version probe", with_program.probe())
             if lines:
-                write("gxsetup.dat", b"prod_name plover\n"
-                      + b"".join(b"name%d value %d\n" % (at, at) for at in range(lines)))
-            answers = "1.0\n4\n\n" if lines else "plover\n1.0\n4\n\n"
-            compare(f"50 starts, menu, quit; gxsetup.dat of {lines} lines, against true",
-                    Way(lambda: None, many([PROGRAM], answers), nothing),
-                    Way(lambda: None, many(["true"], ""), nothing), "4.00" if lines else "3.00")
+                quarter = Start(f"quarter{lines}", lines // 4)
+                table.grow(name, start.ours(), quarter.ours())
 
 
-def main():
-    print_title("the flows")
+def rows(table):
     if os.getuid() == 0:
-        installs()
+        installs(table)
+        upgrades(table)
     else:
         print("installs and upgrades: skipped, only root can give files away")
-    classifications()
-    removals()
-    starts()
-
-
-if __name__ == "__main__":
-    main()
+    removals(table)
+    starts(table)

@@ -46,7 +46,8 @@ bool has_answer(answer_position position) {
 
 void add_built_in_answers() {
     dmsg("Loading gxvalues defaults");
-    ini_init(answers(), emsg, dmsg);
+    // The store words its details only for a log that takes them.
+    ini_init(answers(), emsg, get_loglvl() >= LOG_DEBUG ? dmsg : nullptr);
     ini_setup(answers(), ans_values, ans_associations);
     set_answer(answers(), D_CGI_PATH, "/home/httpd/cgi-bin");
     set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg");

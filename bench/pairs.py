@@ -6,6 +6,7 @@ the machine disturbs both. What a run leaves behind is looked at before its time
 
 import collections
 import os
+import platform
 import shutil
 import statistics
 import subprocess
@@ -31,6 +32,12 @@ class Memory:
     def __exit__(self, *_):
         os.chdir(self.before)
         shutil.rmtree(self.path)
+
+
+def processor():
+    with open("/proc/cpuinfo", encoding="ascii") as file:
+        names = [line.partition(": ")[2] for line in file if line.startswith("model name")]
+    return names[0].strip() if names else platform.machine()
 
 
 def tool(name):
@@ -95,7 +102,7 @@ class Table:
     def __init__(self, pairs, only):
         self.pairs, self.only, self.beyond = pairs, only, 0
         print(f"{'row':48} {'ours ms':>8}  {'against':20} {'ms':>8} {'ratio':>6} {'cpu':>6} "
-              f"{'limit':>6} {'MiB':>4} {'MiB':>5}")
+              f"{'limit':>6} {'peak MiB':>10}")
 
     def compare(self, name, ours, peer, theirs, limit=None):
         """How much longer `ours` takes than `theirs`: medians, on the clock and of the processors,

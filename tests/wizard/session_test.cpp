@@ -229,6 +229,19 @@ TEST(Loading, MissingDefaultsAreReportedAndTheBuiltInOnesStand) {
               "settings\n");
 }
 
+TEST(Loading, EachAnswerIsLoggedAtDebugLevelOnly) {
+    const world host("kestrel");
+    add_answers(host, "dist/gxsetup.dat", "domain example.org\n");
+    const auto is_logged = [&](const std::vector<std::string> &arguments) {
+        run_wizard(host, arguments, "4\n\n");
+        return shown_log(host, "dist/gxsetup.log")
+                   .find("Debug: INI: ini settings changed {domain=example.org}\n") !=
+               std::string::npos;
+    };
+    EXPECT_TRUE(is_logged({"-debug"}));
+    EXPECT_FALSE(is_logged({}));
+}
+
 TEST(Loading, SpoolDirectoryAloneGetsTheProductsOwn) {
     struct offer {
         const char *product;

@@ -202,6 +202,8 @@ def upgrades(table):
                                   ("upgrade kestrel, keeping", False)):
             table.compare(name, whole.upgrade(is_replaced), "a script",
                           whole.upgrade_by_script(is_replaced), 1.00)
+            table.compare(name, whole.upgrade(is_replaced), "cp -r of the result",
+                          whole.copy_of_result())
             table.grow(name, whole.upgrade(is_replaced), quarter.upgrade(is_replaced))
 
 

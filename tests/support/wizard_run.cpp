@@ -24,17 +24,30 @@ using clock_type = std::chrono::steady_clock;
 constexpr auto time_limit = 40s;
 constexpr const char *program_path = GXSETUP_PROGRAM;
 
+bool is_of_sanitizer(std::string_view name) {
+    return name.starts_with("ASAN_") || name.starts_with("LSAN_") || name.starts_with("UBSAN_");
+}
+
 // The environment of the program; the sanitizers and the coverage keep their own settings.
-std::vector<std::string> clean_environment() {
-    std::vector<std::string> settings = {"PATH=/usr/bin:/bin", "LC_ALL=C", "TZ=UTC", "TERM=dumb"};
+std::vector<std::string> environment_with(const std::map<std::string, std::string> &more) {
+    std::map<std::string, std::string> settings = {
+        {"PATH", "/usr/bin:/bin"}, {"LC_ALL", "C"}, {"TZ", "UTC"}, {"TERM", "dumb"}};
     for (char **one = environ; *one != nullptr; one++) {
-        for (const char *prefix : {"ASAN_", "LSAN_", "UBSAN_", "GCOV_"}) {
-            if (std::string_view(*one).starts_with(prefix)) {
-                settings.emplace_back(*one);
-            }
+        const std::string_view text(*one);
+        const std::string_view name = text.substr(0, text.find('='));
+        if (is_of_sanitizer(name) || name.starts_with("GCOV_")) {
+            settings[std::string(name)] = text.substr(std::min(name.size() + 1, text.size()));
         }
     }
-    return settings;
+    for (const auto &[name, value] : more) {
+        std::string &setting = settings[name];
+        setting = is_of_sanitizer(name) && !setting.empty() ? setting + ":" + value : value;
+    }
+    std::vector<std::string> texts;
+    for (const auto &[name, value] : settings) {
+        texts.push_back(name + "=" + value);
+    }
+    return texts;
 }
 
 std::vector<char *> pointers_to(std::vector<std::string> &texts) {
@@ -49,24 +62,26 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
 // Becomes the program. Never returns.
 [[noreturn]] void become_program(const std::string &directory,
                                  const std::vector<std::string> &arguments,
-                                 const std::function<void()> &prepare) {
+                                 const run_place &place) {
     constexpr int not_started = 127;
-    std::vector<std::string> words = {program_path};
+    std::vector<std::string> words = place.wrapper;
+    words.emplace_back(program_path);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> settings = clean_environment();
+    std::vector<std::string> settings = environment_with(place.settings);
     // Whoever started the tests may ignore signals (POSIX: a shell's background job, nohup).
     for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
         std::signal(signal, SIG_DFL);
     }
     // Opened now: whom `prepare` makes of this process may have no way to the build directory.
-    const int program = ::open(program_path, O_RDONLY | O_CLOEXEC);
-    if (prepare) {
-        prepare();
+    const std::string started = place.wrapper.empty() ? program_path : place.wrapper.front();
+    const int program = ::open(started.c_str(), O_RDONLY | O_CLOEXEC);
+    if (place.prepare) {
+        place.prepare();
     }
     if (::chdir(directory.c_str()) == 0) {
         ::fexecve(program, pointers_to(words).data(), pointers_to(settings).data());
     }
-    std::perror(program_path);
+    std::perror(started.c_str());
     ::_exit(not_started);
 }
 
@@ -164,7 +179,7 @@ wizard_run run_wizard(const world &host, const std::vector<std::string> &argumen
         ::dup2(in.reading, STDIN_FILENO);
         ::dup2(out.writing, STDOUT_FILENO);
         ::dup2(err.writing, STDERR_FILENO);
-        become_program(directory, arguments, place.prepare);
+        become_program(directory, arguments, place);
     }
     close_end(in.reading);
     close_end(out.writing);
@@ -207,7 +222,7 @@ terminal_session::terminal_session(const world &host, const std::vector<std::str
     const std::string directory = host.path("dist");
     child_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
     if (child_ == 0) {
-        become_program(directory, arguments, prepare);
+        become_program(directory, arguments, {.prepare = prepare});
     }
     if (child_ < 0) {
         throw std::runtime_error("no pseudo-terminal");

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -26,6 +27,12 @@ struct wizard_run {
 struct run_place {
     std::string directory = "dist";     // the working directory, below the root
     std::function<void()> prepare = {}; // called in the new process just before the program starts
+    // A command that starts the program; it gets the program's path and arguments as its last
+    // words.
+    std::vector<std::string> wrapper = {};
+    // What its environment holds besides the common one, or in its place. The sanitizers' options
+    // are added to those that there are.
+    std::map<std::string, std::string> settings = {};
 };
 
 // Runs the program in dist/ with `arguments`; `answers`, in which "@" is the root, is all of its

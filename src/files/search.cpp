@@ -92,21 +92,39 @@ bool next_element(std::string_view &list, std::string &element) {
     return true;
 }
 
-int collect(DIR *directory, const char *pattern, found_names &names, plain_files &plain) {
+// What a search gave: the number of names, which of them are known to be plain files, and why the
+// directory was not read to its end, or 0.
+struct search_result {
     int count = 0;
-    while (const dirent *entry = ::readdir(directory)) {
-        if (count == MAXWILD) {
+    plain_files plain;
+    int error = 0;
+};
+
+search_result collect(DIR *directory, const char *pattern, found_names &names) {
+    search_result result;
+    for (;;) {
+        errno = 0; // stays so at the end of the directory (POSIX readdir)
+        const dirent *entry = ::readdir(directory);
+        if (entry == nullptr) {
+            result.error = errno;
+            return result;
+        }
+        if (result.count == MAXWILD) {
             emsg("MAXWILD exceeded");
-            break;
+            return result;
         }
         const char *name = &entry->d_name[0];
         if (!is_dot_entry(name) && match_wild(pattern, name) == 1) {
-            const auto number = static_cast<std::size_t>(count++);
+            const auto number = static_cast<std::size_t>(result.count++);
             names[number].reset(maistrdup(name));
-            plain[number] = entry->d_type == DT_REG;
+            result.plain[number] = entry->d_type == DT_REG;
         }
     }
-    return count;
+}
+
+search_result search(const char *path, const char *pattern, found_names &names) {
+    const directory_handle directory(::opendir(path));
+    return directory ? collect(directory.get(), pattern, names) : search_result{.error = errno};
 }
 
 } // namespace
@@ -177,13 +195,11 @@ int match_list(const char *list, const char *name) {
 
 int wild_find(const char *pattern, found_names &names) {
     dmsg("Wild finding [%s]", pattern);
-    const directory_handle directory(::opendir("."));
-    if (!directory) {
-        emsg("Could not read directory file: %s", std::strerror(errno));
-        return 0;
+    const search_result found = search(".", pattern, names);
+    if (found.error != 0) {
+        emsg("Could not read directory file: %s", std::strerror(found.error));
     }
-    plain_files plain;
-    return collect(directory.get(), pattern, names, plain);
+    return found.count;
 }
 
 int wild_find2(const char *directory, const char *pattern, found_names &names) {
@@ -193,12 +209,13 @@ int wild_find2(const char *directory, const char *pattern, found_names &names) {
 
 int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain) {
     dmsg("Wild finding [%s][%s]", directory, pattern);
-    const directory_handle handle(::opendir(directory));
-    if (!handle) {
+    const search_result found = search(directory, pattern, names);
+    if (found.error != 0) {
+        errno = found.error;
         std::perror("Could not read directory file");
-        return 0;
     }
-    return collect(handle.get(), pattern, names, plain);
+    plain = found.plain;
+    return found.count;
 }
 
 int dir_exists(const char *path) {

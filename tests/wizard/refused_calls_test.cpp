@@ -3,6 +3,7 @@
 
 #include "support/system_calls.h"
 #include "support/tree.h"
+#include "wizard/releases.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
@@ -20,6 +21,9 @@ const session_script flat_install = {
     {},
     "1\n@/cgi-bin\n@/spool/kestrel\n@/html/vlimg\n/vlimg\nexample.com\npop.example.com\n"
     "smtp.example.com\nno\nno\nno\nno\nend\n"};
+const session_script upgrade = {
+    {},
+    "2\nno\n@/cgi-bin\n@/spool/kestrel\n@/html/vlimg\n/vlimg\nno\nno\nno\nno\non\nno\nno\nend\n"};
 const session_script stamping = {{"-checksum"}, "@/dist/tpl\nend\n"};
 const std::string log_start = "Info:  * gxsetup, version 3.0h started *\n";
 
@@ -39,11 +43,11 @@ void install(const world &host) {
 }
 
 system_call find_call(const std::string &product, host_maker make, const session_script &script,
-                      std::string_view name, std::string_view part) {
+                      std::string_view name, std::string_view part, int passed_over) {
     const world twin(product);
     make(twin);
     for (const system_call &call : calls_of(twin, script)) {
-        if (call.name == name && call.text.find(part) != std::string::npos) {
+        if (call.name == name && call.text.find(part) != std::string::npos && passed_over-- == 0) {
             return call;
         }
     }
@@ -59,10 +63,11 @@ class RefusedWords : public testing::Test {
         }
     }
 
-    // Runs the script; the first call of the name that strace shows with `part` fails.
+    // Runs the script; the first call of the name that strace shows with `part` fails, or the one
+    // behind so many that are passed over.
     wizard_run refuse(host_maker make, const session_script &script, std::string_view name,
-                      std::string_view part, const std::string &error) {
-        const system_call call = find_call(host.product(), make, script, name, part);
+                      std::string_view part, const std::string &error, int passed_over = 0) {
+        const system_call call = find_call(host.product(), make, script, name, part, passed_over);
         make(host);
         const refused_run refused = run_with_refused_call(host, script, call, error);
         EXPECT_NE(refused.call, "");
@@ -172,6 +177,18 @@ TEST_F(RefusedWords, ADirectoryThatCannotBeOpened) {
     const wizard_run run = refuse(leave_as_unpacked, flat_install, "openat", "\"./tpl\"", "EMFILE");
     EXPECT_EQ(run.errors, "Could not read directory file: Too many open files\n");
     expect_in(shown_log(host, "dist/gxsetup.log"), "Info:  No files found in *\n");
+}
+
+TEST_F(RefusedWords, ADirectoryThatCannotBeReadToItsEnd) {
+    const wizard_run run =
+        refuse(leave_as_unpacked, flat_install, "getdents64", "<@/dist/tpl>", "EIO");
+    EXPECT_EQ(run.errors, "Could not read directory file: Input/output error\n");
+}
+
+TEST_F(RefusedWords, AWorkingDirectoryThatCannotBeReadToItsEnd) {
+    refuse(leave_as_unpacked, flat_install, "getdents64", "<@/dist>", "EIO");
+    expect_in(shown_log(host, "dist/gxsetup.log"),
+              "Error: Could not read directory file: Input/output error\n");
 }
 
 // --- The version ---

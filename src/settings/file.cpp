@@ -49,6 +49,13 @@ int open_failed(pINI_SETTINGS ini, const char *filename) {
     return 0;
 }
 
+int read_failed(pINI_SETTINGS ini, const char *filename) {
+    const int error = errno;
+    ini_emsg(ini, "file {%s} could not be read: %s", filename, std::strerror(error));
+    errno = error;
+    return 0;
+}
+
 int write_failed(pINI_SETTINGS ini, const char *filename) {
     const int error = errno;
     ini_emsg(ini, "file {%s} could not be written: %s", filename, std::strerror(error));
@@ -56,7 +63,8 @@ int write_failed(pINI_SETTINGS ini, const char *filename) {
     return 0;
 }
 
-// Adds every setting of an open file; gives their number.
+// Adds every setting of an open file; gives their number. The line that a failed read cuts off is
+// not added, and errno says why it failed.
 int load_lines(pINI_SETTINGS ini, std::FILE *file) {
     int count = 0;
     std::string logical_line;
@@ -77,7 +85,9 @@ int load_lines(pINI_SETTINGS ini, std::FILE *file) {
             finish_line();
         }
     }
-    finish_line();
+    if (std::ferror(file) == 0) {
+        finish_line();
+    }
     return count;
 }
 
@@ -92,7 +102,8 @@ int ini_load(pINI_SETTINGS ini, const char *filename) {
         return open_failed(ini, filename);
     }
     try {
-        return 1 + load_lines(ini, file.get());
+        const int count = load_lines(ini, file.get());
+        return std::ferror(file.get()) != 0 ? read_failed(ini, filename) : 1 + count;
     } catch (const std::bad_alloc &) {
         ini_emsg(ini, "Memory Allocation Error in ini_load");
         return 0;

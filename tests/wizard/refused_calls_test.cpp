@@ -213,6 +213,17 @@ TEST_F(RefusedWords, AVersionThatNoProcessCanBeHadFor) {
               "Error: Cannot obtain version information: Resource temporarily unavailable\n");
 }
 
+// --- Files that are loaded ---
+
+TEST_F(RefusedWords, AnswersThatCannotBeRead) {
+    const wizard_run run = refuse(install, {{}, "4\nend\n"}, "read", "<@/dist/gxsetup.dat>", "EIO");
+    EXPECT_TRUE(run.transcript.starts_with(
+        "Error: Can't open file \"gxsetup.dat\": Input/output error\n" + welcome))
+        << run.transcript;
+    expect_in(shown_log(host, "dist/gxsetup.log"),
+              "Error: INI: file {gxsetup.dat} could not be read: Input/output error\n");
+}
+
 // --- Files that are replaced ---
 
 TEST_F(RefusedWords, AnswersThatCannotBePutInPlace) {

@@ -144,6 +144,10 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
     format_file(written.stream(), "# %s created by %s for %s, version %s\n\n", sample_name.c_str(),
                 program_version, prod, ini_value2_num(ini, D_VERSION));
     copy_sample(sample.get(), written.stream(), rules);
+    if (std::ferror(sample.get()) != 0) {
+        print_emsg("Can't open %s", sample_name.c_str());
+        return 0;
+    }
     format_file(written.stream(), "\n\n");
     write_answers(written.stream(), ini, rules);
     if (!written.commit()) {

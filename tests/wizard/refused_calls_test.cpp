@@ -252,6 +252,16 @@ TEST_F(RefusedWords, AnIniThatCannotBeClosed) {
     EXPECT_EQ(tree_of(host, "cgi-bin"), "0770 cgi-bin/kestrel.cgi\n");
 }
 
+TEST_F(RefusedWords, ASampleThatCannotBeReadLeavesTheOldIni) {
+    const auto make = [](const world &where) {
+        install_31_and_unpack_32(where);
+        add_file("cgi-bin/kestrel.new", "old 1\n");
+    };
+    const wizard_run run = refuse(make, upgrade, "read", "<@/dist/kestrel.ini>", "EIO");
+    expect_in(run.transcript, "Error: Can't open kestrel.ini\n");
+    EXPECT_EQ(read_file("cgi-bin/kestrel.new"), "old 1\n");
+}
+
 // --- Stamping ---
 
 // The log of a stamping that failed; the template is as it was.

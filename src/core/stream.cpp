@@ -90,6 +90,9 @@ replacement_file::replacement_file(const char *path, const char *scratch_name)
     : target_(followed(path)) {
     struct stat old {};
     const bool is_there = ::stat(target_.c_str(), &old) == 0;
+    if (!is_there && errno != ENOENT) {
+        return; // its owner and mode are not known
+    }
     if (is_there && !S_ISREG(old.st_mode)) {
         file_ = open_to_write(target_.c_str());
         return;

@@ -262,6 +262,18 @@ TEST_F(RefusedWords, ASampleThatCannotBeReadLeavesTheOldIni) {
     EXPECT_EQ(read_file("cgi-bin/kestrel.new"), "old 1\n");
 }
 
+TEST_F(RefusedWords, AnIniWhoseModeCannotBeFoundOutStays) {
+    const auto add_old_ini = [](const world & /*host*/) {
+        add_file("cgi-bin/kestrel.ini", "old 1\n");
+        ::chmod("cgi-bin/kestrel.ini", 0600);
+    };
+    const wizard_run run =
+        refuse(add_old_ini, flat_install, "newfstatat", "\"@/cgi-bin/kestrel.ini\"", "EIO");
+    expect_in(run.transcript, "\nCreating kestrel.ini file"
+                              "Error: Can't open @/cgi-bin/kestrel.ini\n");
+    expect_in(tree_of(host, "cgi-bin"), "0600 cgi-bin/kestrel.ini \"old 1\"\n");
+}
+
 // --- Stamping ---
 
 // The log of a stamping that failed; the template is as it was.

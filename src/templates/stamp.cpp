@@ -52,16 +52,17 @@ stream_handle make_scratch(const path_text &path) {
 }
 
 // Gives the scratch file the mode and, where that is allowed, the owner of the template. The owner
-// first: a change of owner can clear mode bits (POSIX chown).
-void keep_owner_and_mode(std::FILE *from, std::FILE *to) {
+// first: a change of owner can clear mode bits (POSIX chown). False, with errno set, without the
+// mode: nobody could read the template any more.
+bool keep_owner_and_mode(std::FILE *from, std::FILE *to) {
     struct stat status {};
     if (::fstat(::fileno(from), &status) != 0) {
-        return;
+        return false;
     }
     const bool is_owned = ::fchown(::fileno(to), status.st_uid, status.st_gid) == 0;
     constexpr mode_t rights = S_IRWXU | S_IRWXG | S_IRWXO;
     constexpr mode_t special = S_ISUID | S_ISGID | S_ISVTX;
-    ::fchmod(::fileno(to), status.st_mode & (is_owned ? rights | special : rights));
+    return ::fchmod(::fileno(to), status.st_mode & (is_owned ? rights | special : rights)) == 0;
 }
 
 // Copies a template with its stamp. A write that fails, with errno set, gives `refused`.
@@ -90,8 +91,9 @@ walk_result write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
 // is logged.
 int replace_template(const stamp &stamp, const path_text &path, std::FILE *from,
                      const path_text &scratch, stream_handle to) {
-    keep_owner_and_mode(from, to.get());
-    const walk_result result = write_stamped(stamp, from, to.get());
+    const walk_result result = keep_owner_and_mode(from, to.get())
+                                   ? write_stamped(stamp, from, to.get())
+                                   : walk_result::refused;
     if (result == walk_result::read_failed) {
         const int error = errno;
         report("Can't open", path, error);

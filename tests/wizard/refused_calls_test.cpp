@@ -333,6 +333,22 @@ TEST_F(RefusedWords, AStampedTemplateThatCannotBePutInPlace) {
                               "Error: can't remove @/dist/tpl/temp.tpl, Input/output error\n");
 }
 
+TEST_F(RefusedWords, ATemplateWhoseModeCannotBeFoundOut) {
+    const wizard_run run =
+        refuse(leave_one_template, stamping, "newfstatat", "<@/dist/tpl/index.tpl>", "EIO", 1);
+    expect_template_as_it_was(host, run,
+                              "Error: Can't write @/dist/tpl/temp.tpl, Input/output error\n"
+                              "Error: can't remove @/dist/tpl/temp.tpl, Input/output error\n");
+}
+
+TEST_F(RefusedWords, AStampedTemplateThatCannotHaveItsMode) {
+    const wizard_run run =
+        refuse(leave_one_template, stamping, "fchmod", "<@/dist/tpl/temp.tpl>", "EPERM");
+    expect_template_as_it_was(host, run,
+                              "Error: Can't write @/dist/tpl/temp.tpl, Operation not permitted\n"
+                              "Error: can't remove @/dist/tpl/temp.tpl, Operation not permitted\n");
+}
+
 // --- Removal ---
 
 const session_script removal = {

@@ -75,11 +75,11 @@ bool is_older(const std::string &version, const std::string &than) {
 
 int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new) {
     const stream_handle stream = open_template(file);
-    if (!stream) {
+    const std::string header = stream ? find_header(stream.get()) : "";
+    if (!stream || std::ferror(stream.get()) != 0) {
         emsg("Can't open %s, header information unobtainable", tpl->name.c_str());
         return 0;
     }
-    const std::string header = find_header(stream.get());
     if (header.empty()) {
         return 0;
     }

@@ -29,8 +29,8 @@ struct TMPLT_INFO {
 int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new);
 
 // The same from the header line alone, which is one of the first five pieces; what the line lacks
-// is empty. 0, and the record as it was, when there is none or when the file cannot be opened,
-// which is logged under the record's name.
+// is empty. 0, and the record as it was, when there is none or when the file cannot be opened or
+// read, which is logged under the record's name.
 int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new);
 
 // What an upgrade makes of a record: 0 nothing newer, 1 newer and safe to replace, 2 newer but

@@ -349,6 +349,16 @@ TEST_F(RefusedWords, AStampedTemplateThatCannotHaveItsMode) {
                               "Error: can't remove @/dist/tpl/temp.tpl, Operation not permitted\n");
 }
 
+// --- Classifying ---
+
+TEST_F(RefusedWords, AnInstalledTemplateThatCannotBeReadIsKept) {
+    const auto make = [](const world &where) { install_31_and_unpack_32(where); };
+    refuse(make, upgrade, "read", "<@/spool/kestrel/clean.tpl>", "EIO");
+    expect_in(shown_log(host, "dist/gxsetup.log"),
+              "Error: Can't open clean.tpl, header information unobtainable\n");
+    EXPECT_EQ(template_text("spool/kestrel/clean.tpl"), "old clean");
+}
+
 // --- Removal ---
 
 const session_script removal = {

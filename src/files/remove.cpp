@@ -28,9 +28,10 @@ struct removable {
     bool is_plain;    // known to be a plain file, so that nobody need look at it
 };
 
-bool is_link(const char *path) {
+// Also what cannot be looked at may be a link.
+bool may_be_link(const char *path) {
     struct stat entry {};
-    return ::lstat(path, &entry) == 0 && S_ISLNK(entry.st_mode);
+    return ::lstat(path, &entry) != 0 || S_ISLNK(entry.st_mode);
 }
 
 bool is_answer(pINI_SETTINGS ini, const char *name, const char *path) {
@@ -63,7 +64,7 @@ int remove_file(const removable &entry) {
 
 // Empties a directory of what matches `wild`. What a link leads to lies elsewhere and stays.
 int empty_directory(pINI_SETTINGS ini, const char *wild, const char *path) {
-    return is_link(path) ? 1 : do_xrmv(ini, wild, path, 1, 0);
+    return may_be_link(path) ? 1 : do_xrmv(ini, wild, path, 1, 0);
 }
 
 // Removes one entry found in a directory under `name`, or passes over it.

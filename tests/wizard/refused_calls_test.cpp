@@ -380,6 +380,18 @@ TEST_F(RefusedWords, ATemplatesDirectoryThatCannotBeRemoved) {
     EXPECT_EQ(tree_of(host, "spool"), "0770 spool/kestrel/\n");
 }
 
+TEST_F(RefusedWords, ADirectoryThatMayBeALinkIsNotEntered) {
+    const auto add_link = [](const world &where) {
+        install(where);
+        add_file("elsewhere/letter", "dear reader\n");
+        std::filesystem::create_directory_symlink("../../elsewhere", "spool/kestrel/link");
+    };
+    const wizard_run run =
+        refuse(add_link, removal, "newfstatat", "\"@/spool/kestrel/link\"", "EIO");
+    expect_in(run.transcript, "Error: \nCannot remove @/spool/kestrel/link: Not a directory\n");
+    EXPECT_EQ(read_file("elsewhere/letter"), "dear reader\n");
+}
+
 // --- Streams ---
 
 TEST_F(RefusedWords, AConsoleThatCannotBeWrittenFailsNothing) {

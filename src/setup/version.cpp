@@ -112,6 +112,7 @@ int get_version(pINI_SETTINGS ini, answer_position setting) {
     std::fflush(stdout);
     if (const int error = run_into_output_file(program); is_without_process(error)) {
         emsg("Cannot obtain version information: %s", std::strerror(error));
+        std::remove(output_file);
         return 0;
     }
     std::string version;

@@ -211,6 +211,7 @@ TEST_F(RefusedWords, AVersionThatNoProcessCanBeHadFor) {
               "\nWhat version of kestrel is it? " + welcome + menu("kestrel", "9") + goodbye);
     expect_in(shown_log(host, "dist/gxsetup.log"),
               "Error: Cannot obtain version information: Resource temporarily unavailable\n");
+    EXPECT_FALSE(is_there("dist/ver.txt"));
 }
 
 // --- Files that are loaded ---

@@ -28,8 +28,8 @@ struct selected_modes {
 };
 
 // Files that the program opens must never get the numbers of closed standard streams, or the
-// dialogue would be written into them. And a console that goes away must not end the program in
-// the middle of its work.
+// dialogue would be written into them. And neither a console that goes away nor a file that may not
+// grow any more must end the program in the middle of its work.
 void secure_standard_streams() {
     for (int descriptor = 0; descriptor <= 2; descriptor++) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
@@ -37,6 +37,7 @@ void secure_standard_streams() {
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void start_log() {

@@ -31,6 +31,7 @@ class spawn_plan {
         sigset_t signals;
         ::sigemptyset(&signals);
         ::sigaddset(&signals, SIGPIPE);
+        ::sigaddset(&signals, SIGXFSZ);
         ::posix_spawnattr_setsigdefault(&attributes_, &signals);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
     }

@@ -5,8 +5,11 @@
 #include "support/wizard_run.h"
 #include "wizard/screens.h"
 
+#include <array>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -264,6 +267,64 @@ TEST(Failures, FullDiskIsSaidAtEachLineOfTheLog) {
                               "Error: Help file not found\n\n"
                               "Error printing to log file\n");
     EXPECT_EQ(run.status, 1);
+}
+
+TEST(Failures, FileThatMayNotGrowIsReportedAndTheInstallGoesOn) {
+    const world host("kestrel");
+    const std::string program = "dist/kestrel.cgi";
+    add_script(program, "echo Version: v3.2a\nexit 0\n" + std::string(100'000, '#') + "\n");
+    const wizard_run run = run_wizard(host, {}, flat_install, {.prepare = [] {
+                                          const ::rlimit limit = {65536, 65536};
+                                          ::setrlimit(RLIMIT_FSIZE, &limit);
+                                      }});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(
+        steps_of(run.transcript)
+            .ends_with("\nCopying cgi files" + rule +
+                       "Error: Problem writing \"@/cgi-bin/kestrel.cgi\": File too large\n\n"
+                       "\n"
+                       "Creating kestrel.ini file."))
+        << run.transcript;
+    EXPECT_EQ(std::filesystem::file_size("cgi-bin/kestrel.cgi"), 65536U);
+    EXPECT_EQ(end_of(run.transcript), unsuccessful("kestrel"));
+}
+
+TEST(Failures, OutputThatNobodyReadsDoesNotStopTheInstall) {
+    const world host("kestrel");
+    const wizard_run run = run_wizard(host, {}, flat_install, {.prepare = [] {
+                                          std::array<int, 2> ends{};
+                                          ASSERT_EQ(::pipe(ends.data()), 0);
+                                          ::dup2(ends[1], STDOUT_FILENO);
+                                          ::close(ends[0]);
+                                          ::close(ends[1]);
+                                      }});
+    EXPECT_EQ(run.transcript, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(is_there("cgi-bin/kestrel.ini"));
+    EXPECT_TRUE(shown_log(host, "dist/gxsetup.log")
+                    .ends_with("Info:  install successful\nInfo:  * gxsetup finished *\n"));
+}
+
+TEST(Failures, FullOutputDoesNotStopTheInstall) {
+    const world host("kestrel");
+    const wizard_run run =
+        run_wizard(host, {}, flat_install,
+                   {.prepare = [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); }});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(is_there("cgi-bin/kestrel.ini"));
+    EXPECT_TRUE(shown_log(host, "dist/gxsetup.log").ends_with("* gxsetup finished *\n"));
+}
+
+TEST(Failures, ClosedOutputDoesNotStopStampingOrRemoval) {
+    const world host("kestrel");
+    const run_place place = {.prepare = [] { ::close(STDOUT_FILENO); }};
+    run_wizard(host, {}, flat_install);
+    EXPECT_EQ(run_wizard(host, {"-header"}, "@/dist/tpl\nset\n1\n@/dist/tpl\n\n", place).status, 0);
+    EXPECT_TRUE(read_file("dist/tpl/index.tpl").starts_with("||header: modified=false"));
+    const std::string removal = "3\n\nyes\nno\n\nyes\n\nno\n\nyes\n\n";
+    EXPECT_EQ(run_wizard(host, {}, removal, place).status, 0);
+    EXPECT_FALSE(is_there("cgi-bin/kestrel.cgi"));
+    EXPECT_FALSE(is_there("spool/kestrel"));
 }
 
 TEST(Failures, ClosedOutputDoesNotStopTheInstall) {

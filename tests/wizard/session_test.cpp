@@ -191,6 +191,64 @@ TEST(Version, ProgramThatFailsMayStillTell) {
     EXPECT_EQ(run_wizard(host, {}, "4\n\n").transcript, welcome + menu("kestrel", "8") + goodbye);
 }
 
+TEST(Version, ProgramThatCrashesMayHaveToldBefore) {
+    for (const char *signal : {"SEGV", "KILL", "PIPE"}) {
+        const world host("kestrel");
+        add_script("dist/kestrel.cgi",
+                   std::string("echo Version: v8\nkill -") + signal + " $$\nsleep 9\n");
+        EXPECT_EQ(run_wizard(host, {}, "4\n\n").transcript,
+                  welcome + menu("kestrel", "8") + goodbye)
+            << signal;
+        EXPECT_FALSE(is_there("dist/ver.txt"));
+    }
+}
+
+TEST(Version, IsAskedForWhenTheProgramCrashesBeforeItTells) {
+    const world host("kestrel");
+    add_script("dist/kestrel.cgi", "kill -SEGV $$\n");
+    const wizard_run run = run_wizard(host, {}, "6\n4\n\n");
+    EXPECT_EQ(run.transcript,
+              "\nWhat version of kestrel is it? " + welcome + menu("kestrel", "6") + goodbye);
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(Version, IsFoundBehindAMegabyteWithoutALineEnd) {
+    const world host("kestrel");
+    add_file("dist/noise", std::string(1'000'000, 'x') + "\nVersion: v8\n");
+    add_script("dist/kestrel.cgi", "cat noise\n");
+    EXPECT_EQ(run_wizard(host, {}, "4\n\n").transcript, welcome + menu("kestrel", "8") + goodbye);
+}
+
+TEST(Version, AMegabyteWithoutAnythingIsNone) {
+    const world host("kestrel");
+    add_file("dist/noise", std::string(1'000'000, 'v'));
+    add_script("dist/kestrel.cgi", "cat noise\n");
+    EXPECT_EQ(run_wizard(host, {}, "6\n4\n\n").transcript,
+              "\nWhat version of kestrel is it? " + welcome + menu("kestrel", "6") + goodbye);
+}
+
+TEST(Version, OfAMegabyteIsCutLikeAnyLine) {
+    const world host("kestrel");
+    add_file("dist/noise", "Version: v" + std::string(1'000'000, '7') + "\n");
+    add_script("dist/kestrel.cgi", "cat noise\n");
+    // What a line holds, less the label.
+    EXPECT_EQ(run_wizard(host, {}, "4\n\n").transcript,
+              welcome + menu("kestrel", std::string(500, '7')) + goodbye);
+}
+
+TEST(Version, BytesThatAreNoTextDoNoHarm) {
+    std::string bytes;
+    for (int value = 255; value >= 0; value--) {
+        bytes.push_back(static_cast<char>(value));
+    }
+    const world host("kestrel");
+    add_file("dist/noise", bytes + bytes + "\nVersion: v\xff\x01\x1b[m\n");
+    add_script("dist/kestrel.cgi", "cat noise\n");
+    const wizard_run run = run_wizard(host, {}, "4\n\n");
+    EXPECT_EQ(run.transcript, welcome + menu("kestrel", "\xff\x01\x1b[m") + goodbye);
+    EXPECT_EQ(run.status, 0);
+}
+
 TEST(Version, ProgramDoesNotReadTheAnswers) {
     const world host("kestrel");
     add_script("dist/kestrel.cgi", "cat\necho Version: v8\n");

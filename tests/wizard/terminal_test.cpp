@@ -138,6 +138,31 @@ TEST(Terminal, HangingUpEndsTheSessionAndSavesNothing) {
     EXPECT_FALSE(is_there("dist/gxsetup.dat"));
 }
 
+// As under nohup: the end of the terminal is not a signal then but the end of input.
+TEST(Terminal, HangingUpAProgramThatIgnoresItIsTheEndOfInput) {
+    const world host("kestrel");
+    terminal_session terminal(host, {}, [] { std::signal(SIGHUP, SIG_IGN); });
+    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+    terminal.hang_up();
+    EXPECT_EQ(terminal.wait_for_end(), 0);
+    EXPECT_FALSE(is_there("dist/gxsetup.dat"));
+}
+
+TEST(Terminal, HangingUpInTheMiddleOfTheWorkLeavesWholeFilesOrNone) {
+    const world host("kestrel");
+    terminal_session terminal(host);
+    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+    terminal.type("1\n\n\n\n\n\n\n\n\n");
+    ASSERT_TRUE(terminal.wait_for("Do you want to change any of your answers [NO]? "));
+    add_file("cgi-bin/kestrel.ini", "old 1\n");
+    terminal.type("\n");
+    terminal.hang_up();
+    EXPECT_EQ(terminal.wait_for_end(), killed_by_signal + SIGHUP);
+    const std::string ini = read_file("cgi-bin/kestrel.ini");
+    EXPECT_TRUE(ini == "old 1\n" || ini.ends_with("\noriginal_pophost mail.example.com\n")) << ini;
+    EXPECT_FALSE(is_there("dist/gxsetup.dat"));
+}
+
 TEST(Terminal, QuitWaitsForEnter) {
     const world host("kestrel");
     terminal_session terminal(host);

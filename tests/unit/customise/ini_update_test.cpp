@@ -242,6 +242,13 @@ TEST_F(UpdateIni, ReplacesTheSettingsAndKeepsEveryOtherLine) {
               "body_add Goodbye\n");
 }
 
+TEST_F(UpdateIni, ConversionsInLinesAndSettingsAreText) {
+    custom_store odd{
+        {"prod_name", "kestrel"}, {"set", "background %s%n%d%%"}, {"body_add", "%s%n%d%%"}};
+    EXPECT_EQ(rewritten("%s%n%d%% %s%n%d%%\nset %s\n", odd.get()),
+              "%s%n%d%% %s%n%d%%\nset background %s%n%d%%\nbody_add %s%n%d%%\n");
+}
+
 TEST_F(UpdateIni, DropsALineWhoseFirstWordOnlyBeginsWithAName) {
     EXPECT_EQ(rewritten("setx a\nsettings b\ndomain c\n", store.get()),
               "domain c\nset logo a.gif\nbody_add Goodbye\n");

@@ -535,6 +535,19 @@ TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
                R"(<param name="ScrollDelta" value="2"></applet>)"}));
 }
 
+TEST_F(DoScrollmsg, ConversionsInMessagesAndLinksAreText) {
+    custom_store store{{"set", "logo a.gif"}};
+    const std::string console = console_of("%s%n%d%%\n\n\n%n%s%d%%\n\n\n\n\n\n\n\n\n",
+                                           [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
+    EXPECT_NE(console.find("\nEnter url for message %s%n%d%% ? "), std::string::npos) << console;
+    const texts sets = values_of(store.get(), "set");
+    ASSERT_EQ(sets.size(), 2U);
+    EXPECT_NE(sets[1].find(R"(<param name="scrollmessage0" value="%s%n%d%%">)"
+                           R"(<param name="scrollurl0" value="%n%s%d%%">)"),
+              std::string::npos)
+        << sets[1];
+}
+
 TEST_F(DoScrollmsg, EditsTheStoredApplet) {
     custom_store store{
         {"set", "scrollmessage scrollmessage <applet code=\"Scrolltext.class\" width = 75% height "

@@ -96,7 +96,7 @@ bool next_element(std::string_view &list, std::string &element) {
 // directory was not read to its end, or 0.
 struct search_result {
     int count = 0;
-    plain_files plain;
+    plain_files plain{};
     int error = 0;
 };
 
@@ -203,7 +203,7 @@ int wild_find(const char *pattern, found_names &names) {
 }
 
 int wild_find2(const char *directory, const char *pattern, found_names &names) {
-    plain_files plain;
+    plain_files plain{};
     return wild_find2(directory, pattern, names, plain);
 }
 

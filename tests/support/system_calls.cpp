@@ -1,6 +1,7 @@
 #include "support/system_calls.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <map>
 #include <set>
 #include <sstream>

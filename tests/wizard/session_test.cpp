@@ -287,6 +287,25 @@ TEST(Loading, MissingDefaultsAreReportedAndTheBuiltInOnesStand) {
               "settings\n");
 }
 
+TEST(Loading, BuiltInAnswersComeFirst) {
+    const world host("kestrel");
+    run_wizard(host, {"-debug"}, "4\n\n");
+    const std::string log = shown_log_without(host, "dist/gxsetup.log", {"Blank INI Setting"});
+    const std::string begin = "Debug: Loading gxvalues defaults\n";
+    std::string answers;
+    for (const std::string answer :
+         {"cgi_path=/home/httpd/cgi-bin", "vlimg_dir=/home/httpd/html/vlimg",
+          "templates=/var/spool", "op_system=UNIX", "action=install", "vlimg=/vlimg",
+          "del_users=FALSE", "replace_tmplts=FALSE", "replace_ini=FALSE", "pophost=pop.example.com",
+          "imaphost=imap.example.com", "smtphost=smtp.example.com", "domain=example.com",
+          "log_lvl=INFO", "wml_name=merlin", "wml=NO"}) {
+        answers += "Debug: INI: ini settings changed {" + answer + "}\n";
+    }
+    EXPECT_NE(log.find(begin + answers + "Debug: Loading gxvalues from default file\n"),
+              std::string::npos)
+        << log;
+}
+
 TEST(Loading, EachAnswerIsLoggedAtDebugLevelOnly) {
     const world host("kestrel");
     add_answers(host, "dist/gxsetup.dat", "domain example.org\n");

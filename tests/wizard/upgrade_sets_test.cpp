@@ -126,6 +126,48 @@ TEST(UpgradeTanager, WithoutReplacingHoldsThisDialogue) {
     EXPECT_EQ(run.status, 0);
 }
 
+TEST(UpgradeTanager, DebugLogNamesEachStep) {
+    const std::vector<std::string_view> details = {"INI: ", "DoCopy[", "Wild finding",
+                                                   "Find all files", "directory"};
+    const world host("tanager");
+    install_31_and_unpack_32(host);
+    run_wizard(host, {"-debug"}, replacing_questions + enter_on);
+    EXPECT_EQ(shown_log_without(host, "dist/gxsetup.log", details),
+              "Info:  * gxsetup, version 3.0h started *\n"
+              "Info:  Logging set to DEBUG.\n"
+              "Debug: Loading gxvalues defaults\n"
+              "Debug: Loading gxvalues from default file\n"
+              "Debug: Forming product name\n"
+              "Debug: Getting cgi_name\n"
+              "Debug: Getting version #\n"
+              "Debug: Getting version from [./tanager.cgi -version >ver.txt]\n"
+              "Debug: Case 2: Upgrade product\n"
+              "Info:  Upgrading tanager to version 3.2a\n"
+              "Debug: Change replace ini to FALSE\n"
+              "Debug: gxupgrade_main()\n"
+              "Debug: upgrade questions\n"
+              "Debug: replace templates?\n"
+              "Debug: CGI Path?\n"
+              "Debug: load gxvalues with ini file settings\n"
+              "Debug: Templates ?\n"
+              "Debug: vlimg dir ?\n"
+              "Debug: relative URL\n"
+              "Debug: Action to upgrade\n"
+              "Debug: upgrade\n"
+              "Debug: Copying template files\n"
+              "Debug: Copying graphic and wav files\n"
+              "Debug: Copying CGI files\n"
+              "Debug: Copying manual files\n"
+              "Debug: Creaing .new file\n"
+              "Debug: Copy originals\n"
+              "Debug: Deleting temporary files\n"
+              "Debug: Copy gxsetup.log\n"
+              "Info:  upgrade successful\n"
+              "Info:  * gxsetup finished *\n"
+              "Debug: Save gxvalues to default file\n"
+              "Debug: Clear gxvalues\n");
+}
+
 TEST(UpgradeTanager, WithoutReplacingTheSetsAreCopiedAsTreesWhichOverwritesInsideThem) {
     const world host("tanager");
     install_31_and_unpack_32(host);

@@ -411,6 +411,8 @@ TEST(AttachPath, NothingGivesNothing) {
 TEST(AttachPath, AFileWithAColonInSecondPlaceIsJoinedWithoutSeparator) {
     EXPECT_STREQ(attach_path("/srv", "x:name"), "/srvx:name");
     EXPECT_STREQ(attach_path("/srv/", "x:name"), "/srvx:name");
+    EXPECT_STREQ(attach_path("/srv", "x:"), "/srvx:");
+    EXPECT_STREQ(attach_path("/srv", "x"), "/srv/x");
 }
 
 TEST(AttachPath, TheDirectoryIsNotCleaned) {

@@ -54,9 +54,9 @@ TEST(ValidDirName, IsOneForAnEmptyOrBlankName) {
 }
 
 TEST(ValidDirName, CutsTheNameBehindItsFirstWord) {
-    char name[] = "  my dir";
+    char name[] = "  ~my dir";
     EXPECT_EQ(valid_dir_name(name), 0);
-    EXPECT_STREQ(name, "  my");
+    EXPECT_STREQ(name, "  ~my");
 }
 
 TEST(NumPerc, TakesANumberOrAPercentage) {

@@ -73,6 +73,13 @@ TEST_F(DoCopy2, ReplacesALongerFile) {
     EXPECT_EQ(read_file(there("a.tpl")), "new");
 }
 
+TEST_F(DoCopy2, AnEmptySourceLeavesNothingOfTheSmallestOldFile) {
+    write_file("a.tpl", "");
+    write_file(there("a.tpl"), "x");
+    EXPECT_EQ(shown(1, [&] { return copy2("a.tpl", "a.tpl"); }), ".");
+    EXPECT_EQ(read_file(there("a.tpl")), "");
+}
+
 TEST_F(DoCopy2, WithoutOverwriteAnExistingFileStaysAndCountsAsSuccess) {
     write_file("a.tpl", "new");
     write_file(there("a.tpl"), "old");

@@ -84,6 +84,13 @@ TEST(Domatch, AStarMatchesAnyRun) {
     EXPECT_FALSE(matches("a1b2", "a*b*c"));
     EXPECT_TRUE(matches("anything", "*"));
     EXPECT_TRUE(matches("", "*"));
+    // What stands before the star and what stands behind it do not overlap.
+    EXPECT_FALSE(matches("aabc", "aab*abc"));
+}
+
+TEST(MatchWild, AStarAloneMatchesAnEmptyNameToo) {
+    EXPECT_EQ(match_wild("*", ""), 1);
+    EXPECT_EQ(match_wild("?", ""), 0);
 }
 
 TEST(Domatch, SeveralStarsCountAsOne) {
@@ -124,6 +131,7 @@ TEST(Domatch, ABracketOrHyphenInFirstPlaceIsAMember) {
     EXPECT_TRUE(matches("-", "[-a]"));
     EXPECT_TRUE(matches("a", "[-a]"));
     EXPECT_FALSE(matches("b", "[-a]"));
+    EXPECT_FALSE(matches("b", "[-z]"));
     EXPECT_FALSE(matches("]", "[^]]"));
     EXPECT_TRUE(matches("a", "[^]]"));
     EXPECT_FALSE(matches("-", "[^-a]"));

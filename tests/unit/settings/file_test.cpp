@@ -2,6 +2,7 @@
 
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
+#include "unit/settings/told_store.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -11,63 +12,20 @@
 namespace {
 
 using namespace std::string_literals;
-using texts = std::vector<std::string>;
-
-texts errors;
-texts debug_messages;
-
-std::string message_of(const char *format, std::va_list arguments) {
-    bounded_text<4096> message;
-    message.vformat(format, arguments);
-    return message.c_str();
-}
-
-int keep_error(const char *format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    errors.push_back(message_of(format, arguments));
-    va_end(arguments);
-    return 1;
-}
-
-int keep_debug_message(const char *format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    debug_messages.push_back(message_of(format, arguments));
-    va_end(arguments);
-    return 1;
-}
-
 constexpr INI_NAMES_INFO names[] = {
     {"cgi_name", nullptr, 0, 0}, {"tpl_set", nullptr, 1, 0}, {nullptr, nullptr, 0, 0}};
 
-class SettingsFile : public scratch_test {
+class SettingsFile : public scratch_test, public told_store {
   protected:
     SettingsFile() {
-        ini_init(&ini, keep_error, keep_debug_message);
         ini_setup(&ini, names, nullptr);
-        errors.clear();
         debug_messages.clear();
     }
-
-    ~SettingsFile() override { ini_clear(&ini); }
 
     int load(std::string_view content) {
         write_file("file.ini", content);
         return ini_load(&ini, "file.ini");
     }
-
-    // name=value of every setting in the store's order.
-    texts settings() {
-        texts all;
-        ini_start(&ini);
-        while (const char *name = ini_get(&ini)) {
-            all.push_back(std::string(name) + "=" + ini_get(&ini));
-        }
-        return all;
-    }
-
-    ini_settings ini{};
 };
 
 using IniLoad = SettingsFile;

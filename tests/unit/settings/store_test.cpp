@@ -2,6 +2,7 @@
 
 #include "support/console_capture.h"
 #include "unit/failing_memory.h"
+#include "unit/settings/told_store.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,33 +13,6 @@
 
 namespace {
 
-using texts = std::vector<std::string>;
-
-texts errors;
-texts debug_messages;
-
-std::string message_of(const char *format, std::va_list arguments) {
-    bounded_text<4096> message;
-    message.vformat(format, arguments);
-    return message.c_str();
-}
-
-int keep_error(const char *format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    errors.push_back(message_of(format, arguments));
-    va_end(arguments);
-    return 1;
-}
-
-int keep_debug_message(const char *format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    debug_messages.push_back(message_of(format, arguments));
-    va_end(arguments);
-    return 1;
-}
-
 constexpr INI_NAMES_INFO names[] = {
     {"cgi_name", nullptr, 0, 0}, {"templates", nullptr, 0, 0}, {"workarea", nullptr, 0, 0},
     {"tpl_set", nullptr, 1, 0},  {"secret", nullptr, 0, 1},    {"secrets", nullptr, 1, 1},
@@ -48,31 +22,16 @@ constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "wor
                                         "self",     "self",      "ping",    "pong",
                                         "pong",     "ping",      nullptr};
 
-class Store : public testing::Test {
+class Store : public testing::Test, public told_store {
   protected:
     Store() {
-        ini_init(&ini, keep_error, keep_debug_message);
         ini_setup(&ini, names, associations);
-        errors.clear();
         debug_messages.clear();
     }
-
-    ~Store() override { ini_clear(&ini); }
 
     void add(const char *name, const char *value) {
         EXPECT_EQ(ini_add(&ini, name, value), 1);
         debug_messages.clear();
-    }
-
-    // name=value of every setting in the store's order.
-    texts settings() {
-        texts all;
-        ini_start(&ini);
-        while (const char *name = ini_get(&ini)) {
-            const char *value = ini_get(&ini);
-            all.push_back(std::string(name) + "=" + (value != nullptr ? value : "(none)"));
-        }
-        return all;
     }
 
     std::string value(const char *name, int with_associations = 0) {
@@ -94,8 +53,6 @@ class Store : public testing::Test {
         list_clear(&list);
         return all;
     }
-
-    ini_settings ini{};
 };
 
 using IniInit = Store;

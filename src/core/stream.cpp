@@ -7,13 +7,6 @@
 
 namespace {
 
-// The file a path leads to: links are followed, so that the link itself stays. A file that is not
-// there yet is meant as written.
-std::string followed(const char *path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
-    return real ? real.get() : path;
-}
-
 constexpr int open_flags = O_NONBLOCK | O_CLOEXEC;
 constexpr mode_t creation_mode = 0666;
 
@@ -86,8 +79,14 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
     return read_piece(file, buffer).empty() ? nullptr : buffer.data();
 }
 
-replacement_file::replacement_file(const char *path, const char *scratch_name)
-    : target_(followed(path)) {
+replacement_file::replacement_file(const char *path, const char *scratch_name) {
+    // Links are followed, so that the link itself stays. A file that is not there yet is meant as
+    // written.
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
+    if (!real && errno != ENOENT) {
+        return;
+    }
+    target_ = real ? real.get() : path;
     struct stat old {};
     const bool is_there = ::stat(target_.c_str(), &old) == 0;
     if (!is_there && errno != ENOENT) {

@@ -155,6 +155,13 @@ TEST_F(ReplacementFile, ALinkStaysAndItsFileIsReplaced) {
     EXPECT_EQ(read_file("real"), "new");
 }
 
+TEST_F(ReplacementFile, ALinkThatLeadsNowhereElseIsNotReplaced) {
+    std::filesystem::create_symlink("link", "link");
+    EXPECT_EQ(replacement_file("link").stream(), nullptr);
+    EXPECT_EQ(errno, ELOOP);
+    EXPECT_EQ(names_here(), std::vector<std::string>{"link"});
+}
+
 TEST_F(ReplacementFile, CannotBeMadeInAMissingDirectoryOrForADirectory) {
     EXPECT_EQ(replacement_file("missing/file").stream(), nullptr);
     EXPECT_EQ(errno, ENOENT);

@@ -93,14 +93,14 @@ constexpr std::size_t marker_length = checksum_line_start.size();
 constexpr std::size_t look_size = 1024; // looked through at once
 constexpr std::size_t page_size = 4096;
 
-// What a window keeps of the one before it, rounded up to pages: the piece around a place at the
-// end of what was searched may begin one piece before it and end one piece behind it.
-constexpr std::size_t kept_size = page_size;
-static_assert(2 * piece_limit < kept_size);
+// The most that a window keeps of the one before it: the piece around a place at the end of what was
+// searched may begin one piece before it and end one piece behind it, and the page in which the
+// first one begins is kept whole.
+constexpr std::size_t kept_size = 2 * piece_limit + page_size;
 
 // The bytes of the template being walked; read anew by each walk, one at a time. Whole pages are
 // read to whole pages and, without markers, handed on as such: the system copies those faster.
-alignas(page_size) std::array<char, 2 * kept_size + template_read_size + marker_length> window;
+alignas(page_size) std::array<char, kept_size + template_read_size + marker_length> window;
 
 // Whether "||" and `third` stand anywhere among the first `count` places of `bytes`, of which two
 // more can be read.

@@ -74,6 +74,9 @@ int load_lines(pINI_SETTINGS ini, std::FILE *file) {
     };
     std::array<char, piece_size> piece{};
     while (const char *text = read_text_piece(file, piece)) {
+        if (std::ferror(file) != 0) {
+            return count;
+        }
         std::string_view line(text);
         if (line.size() <= 2 || line.starts_with('#')) {
             finish_line();

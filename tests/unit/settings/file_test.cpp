@@ -1,12 +1,16 @@
 #include "settings/store.h"
 
+#include "core/stream.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
 #include "unit/settings/told_store.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -183,6 +187,20 @@ TEST_F(IniLoad, ANullStoreGivesZero) {
 TEST_F(IniLoad, APipeIsNeverWaitedFor) {
     ASSERT_EQ(::mkfifo("pipe.ini", 0600), 0);
     EXPECT_EQ(ini_load(&ini, "pipe.ini"), 1);
+}
+
+// A pipe that somebody still writes to cannot be read further, and what it holds ends in mid-line.
+TEST_F(IniLoad, TheLineThatAFailedReadCutsOffIsNotAdded) {
+    ASSERT_EQ(::mkfifo("pipe.ini", 0600), 0);
+    const file_descriptor writer(::open("pipe.ini", O_RDWR));
+    const std::string_view content = "cgi_name kestrel\ntpl_set marble_s";
+    ASSERT_EQ(::write(writer.number(), content.data(), content.size()),
+              static_cast<ssize_t>(content.size()));
+    EXPECT_EQ(ini_load(&ini, "pipe.ini"), 0);
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
+    EXPECT_EQ(errors,
+              texts{"INI: file {pipe.ini} could not be read: Resource temporarily unavailable"});
 }
 
 TEST_F(IniSave, OfAnEmptyStoreWritesTheHeaderAndGivesOne) {

@@ -23,14 +23,6 @@ std::string beside(const std::string &path) {
     return path.substr(0, path.find_last_of('/') + 1) + "gxsetup.XXXXXX";
 }
 
-// Creates `path` as a file that nothing else leads to. The descriptor, negative on failure.
-int create_anew(const char *path) {
-    if (::unlink(path) != 0 && errno != ENOENT) {
-        return -1;
-    }
-    return ::open(path, O_WRONLY | O_CREAT | O_EXCL | open_flags, S_IRUSR | S_IWUSR);
-}
-
 stream_handle stream_of(int descriptor, const char *mode) {
     return stream_handle(descriptor < 0 ? nullptr : ::fdopen(descriptor, mode));
 }
@@ -47,6 +39,13 @@ stream_handle open_to_write(const char *path) {
 
 stream_handle open_to_append(const char *path) {
     return stream_of(::open(path, O_WRONLY | O_CREAT | O_APPEND | open_flags, creation_mode), "a");
+}
+
+int create_anew(const char *path) {
+    if (::unlink(path) != 0 && errno != ENOENT) {
+        return -1;
+    }
+    return ::open(path, O_WRONLY | O_CREAT | O_EXCL | open_flags, S_IRUSR | S_IWUSR);
 }
 
 bool close_file(stream_handle file) {

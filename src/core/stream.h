@@ -46,6 +46,10 @@ stream_handle open_to_read(const char *path);
 stream_handle open_to_write(const char *path);
 stream_handle open_to_append(const char *path);
 
+// Creates `path` as a file that nothing else leads to and only its owner reads; a file or link of
+// that name goes. The descriptor, negative with errno set on failure.
+int create_anew(const char *path);
+
 // Closes a stream that was written. False, with errno set, when anything written to it was lost.
 bool close_file(stream_handle file);
 

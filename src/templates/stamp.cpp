@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,8 +40,7 @@ bool fits(const path_text &path) {
 
 // The scratch file is always a new file of our own, never what a link of that name leads to.
 stream_handle make_scratch(const path_text &path) {
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    const int descriptor = fits(path) ? ::open(path.c_str(), flags, S_IRUSR | S_IWUSR) : -1;
+    const int descriptor = fits(path) ? create_anew(path.c_str()) : -1;
     stream_handle file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "w"));
     if (file) {
         // What is written comes in large parts, which a buffer would only split.

@@ -334,6 +334,8 @@ TEST_F(StampTest, AScratchNameThatIsADirectoryStopsEveryStamp) {
     EXPECT_EQ(stamp_headers(), 1);
     EXPECT_EQ(console, "\nUpdating headersxx\nUpdate complete.\n");
     EXPECT_EQ(content("a.tpl"), "abc\n");
+    const std::string line = "Error: Can't open " + templates() + "/temp.tpl, Is a directory\n";
+    EXPECT_EQ(log(), line + line);
 }
 
 TEST_F(StampTest, AStampedTemplateKeepsItsMode) {
@@ -444,6 +446,25 @@ TEST_F(StampTest, AnUnwritableDirectoryKeepsItsTemplates) {
     EXPECT_EQ(console, "\nUpdating headersx\nUpdate complete.\n");
     EXPECT_EQ(content("a.tpl"), "abc\n");
     EXPECT_EQ(log(), "Error: Can't open " + templates() + "/temp.tpl, Permission denied\n");
+}
+
+TEST_F(StampTest, AScratchFileThatMustStayIsNotWritten) {
+    add("a.tpl", "abc\n");
+    add("temp.tpl", "torn");
+    ::chmod("tpl/a.tpl", 0644);
+    ::chmod("tpl/temp.tpl", 0666);
+    ::chmod("tpl", 0555);
+    std::filesystem::permissions(scratch.path(), std::filesystem::perms::all);
+    {
+        const without_rights nobody;
+        EXPECT_EQ(stamp_headers(), 1);
+    }
+    ::chmod("tpl", 0755);
+    EXPECT_EQ(console, "\nUpdating headersxx\nUpdate complete.\n");
+    EXPECT_EQ(content("a.tpl"), "abc\n");
+    EXPECT_EQ(content("temp.tpl"), "torn");
+    const std::string line = "Error: Can't open " + templates() + "/temp.tpl, Permission denied\n";
+    EXPECT_EQ(log(), line + line);
 }
 
 TEST_F(StampTest, ATemplateThatCannotBeReplacedKeepsItsContent) {

@@ -66,19 +66,21 @@ bool keep_owner_and_mode(std::FILE *from, std::FILE *to) {
 // Copies a template with its stamp. A write that fails, with errno set, gives `refused`.
 walk_result write_stamped(const stamp &stamp, std::FILE *from, std::FILE *to) {
     running_checksum checksum;
+    const auto write = [to](std::string_view text) {
+        return std::fwrite(text.data(), 1, text.size(), to) == text.size();
+    };
     const auto take = [&](const template_part &part) {
         if (stamp.has_checksum) {
             checksum.add(part);
         }
-        return (part.is_marked && part.bytes.starts_with(stamp.dropped)) ||
-               std::fwrite(part.bytes.data(), 1, part.bytes.size(), to) == part.bytes.size();
+        return (part.is_marked && part.bytes.starts_with(stamp.dropped)) || write(part.bytes);
     };
-    if (!format_file(to, "%s", stamp.header_line.c_str())) {
+    if (!write(stamp.header_line)) {
         return walk_result::refused;
     }
     const walk_result result = walk_template(from, stamp.dropped, take);
     if (result == walk_result::done && stamp.has_checksum &&
-        !format_file(to, "\n||checksum=%d||\n", checksum.sum())) {
+        !write(formatted("\n||checksum=%d||\n", checksum.sum()))) {
         return walk_result::refused;
     }
     return result;

@@ -146,14 +146,16 @@ TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
 
 TEST(Modes, MakeRefusesAnotherEnding) {
     const world host("kestrel");
-    const wizard_run run = run_wizard(host, {"/make"}, "1\n\nUNIX\n\n\n\nmine.txt\n\n");
-    EXPECT_TRUE(run.transcript.ends_with(
-        std::string("[gxdflt_UNIX.dat]? "
-                    "mine.txt not valid: gxsetup will only read .dat files\n") +
-        pause))
-        << run.transcript;
-    EXPECT_EQ(run.status, 0);
-    EXPECT_FALSE(is_there("dist/mine.txt"));
+    for (const char *argument : {"-make", "/make", "-MAKE", "/Make"}) {
+        const wizard_run run = run_wizard(host, {argument}, "1\n\nUNIX\n\n\n\nmine.txt\n\n");
+        EXPECT_TRUE(run.transcript.ends_with(
+            std::string("[gxdflt_UNIX.dat]? "
+                        "mine.txt not valid: gxsetup will only read .dat files\n") +
+            pause))
+            << argument << run.transcript;
+        EXPECT_EQ(run.status, 0);
+        EXPECT_FALSE(is_there("dist/mine.txt"));
+    }
 }
 
 } // namespace

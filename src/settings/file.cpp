@@ -8,6 +8,8 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -63,20 +65,18 @@ int write_failed(pINI_SETTINGS ini, const char *filename) {
     return 0;
 }
 
-// Adds every setting of an open file; gives their number. The line that a failed read cuts off is
-// not added, and errno says why it failed.
-int load_lines(pINI_SETTINGS ini, std::FILE *file) {
-    int count = 0;
+// The logical lines of an open file up to its end, or to where reading failed, with errno set.
+std::vector<std::string> logical_lines(std::FILE *file) {
+    std::vector<std::string> lines;
     std::string logical_line;
     const auto finish_line = [&] {
-        count += add_setting(ini, logical_line) ? 1 : 0;
+        if (!logical_line.empty()) {
+            lines.push_back(std::move(logical_line));
+        }
         logical_line.clear();
     };
     std::array<char, piece_size> piece{};
     while (const char *text = read_text_piece(file, piece)) {
-        if (std::ferror(file) != 0) {
-            return count;
-        }
         std::string_view line(text);
         if (line.size() <= 2 || line.starts_with('#')) {
             finish_line();
@@ -88,10 +88,8 @@ int load_lines(pINI_SETTINGS ini, std::FILE *file) {
             finish_line();
         }
     }
-    if (std::ferror(file) == 0) {
-        finish_line();
-    }
-    return count;
+    finish_line();
+    return lines;
 }
 
 } // namespace
@@ -105,8 +103,15 @@ int ini_load(pINI_SETTINGS ini, const char *filename) {
         return open_failed(ini, filename);
     }
     try {
-        const int count = load_lines(ini, file.get());
-        return std::ferror(file.get()) != 0 ? read_failed(ini, filename) : 1 + count;
+        std::vector<std::string> lines = logical_lines(file.get());
+        if (std::ferror(file.get()) != 0) {
+            return read_failed(ini, filename);
+        }
+        int count = 1;
+        for (std::string &line : lines) {
+            count += add_setting(ini, line) ? 1 : 0;
+        }
+        return count;
     } catch (const std::bad_alloc &) {
         ini_emsg(ini, "Memory Allocation Error in ini_load");
         return 0;

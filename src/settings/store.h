@@ -127,8 +127,8 @@ int ini_true_num(pINI_SETTINGS ini, int id);
 
 // Adds the settings of a file: NAME, one blank or tab, VALUE; "#" lines are comments; a line that
 // ends in a blank and "/" goes on on the next. 1 plus the number of settings added, 0 (and an
-// error message, errno saying why) when the file cannot be opened, the store being unchanged then,
-// and when it cannot be read to its end, with the settings up to there added.
+// error message, errno saying why) when the file cannot be opened or read to its end; the store is
+// then unchanged.
 int ini_load(pINI_SETTINGS ini, const char *filename);
 
 // Writes the store under a comment that names `written_by`. 1 plus the number of settings written;

@@ -116,7 +116,7 @@ bool has_directory_bit(const struct stat &entry) {
 
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only) {
     found_names names;
-    plain_files plain;
+    plain_files plain{};
     const int count = wild_find2(path, "*", names, plain);
     if (count == 0) {
         imsg("No files found in %s", path);

@@ -182,6 +182,7 @@ TEST(SStrncmp, ADifferenceBeforeTheLastCharacterGivesOneAndAtTheLastItself) {
     EXPECT_EQ(s_strncmp("aXcd", "abcd", 4), 1);
     EXPECT_EQ(s_strncmp("abca", "abcd", 4), -3);
     EXPECT_EQ(s_strncmp("d", "a", 1), 3);
+    EXPECT_EQ(s_strncmp("~a", "~b", 2), -1);
 }
 
 TEST(SStrncmp, NoCharactersCompareAsEqual) {

@@ -249,6 +249,11 @@ TEST_F(UpdateIni, ConversionsInLinesAndSettingsAreText) {
               "%s%n%d%% %s%n%d%%\nset background %s%n%d%%\nbody_add %s%n%d%%\n");
 }
 
+TEST_F(UpdateIni, OnlyALineThatEndsInABlankAndASlashGoesOn) {
+    EXPECT_EQ(rewritten("set a~ /\nmore of it\nset b /~\ndomain c\n", store.get()),
+              "domain c\nset logo a.gif\nbody_add Goodbye\n");
+}
+
 TEST_F(UpdateIni, DropsALineWhoseFirstWordOnlyBeginsWithAName) {
     EXPECT_EQ(rewritten("setx a\nsettings b\ndomain c\n", store.get()),
               "domain c\nset logo a.gif\nbody_add Goodbye\n");

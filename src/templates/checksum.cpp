@@ -93,8 +93,8 @@ constexpr std::size_t marker_length = checksum_line_start.size();
 constexpr std::size_t look_size = 1024; // looked through at once
 constexpr std::size_t page_size = 4096;
 
-// The most that a window keeps of the one before it: the piece around a place at the end of what was
-// searched may begin one piece before it and end one piece behind it, and the page in which the
+// The most that a window keeps of the one before it: the piece around a place at the end of what
+// was searched may begin one piece before it and end one piece behind it, and the page in which the
 // first one begins is kept whole.
 constexpr std::size_t kept_size = 2 * piece_limit + page_size;
 
@@ -139,8 +139,8 @@ class walk {
             if (!fill()) {
                 return walk_result::read_failed;
             }
-            if (!hand_on_window()) {
-                return walk_result::refused;
+            if (const walk_result result = hand_on_window(); result != walk_result::done) {
+                return result;
             }
             slide();
         }
@@ -164,7 +164,7 @@ class walk {
 
     // Hands on what can be judged by now: in a window that is not the last, what may belong to a
     // piece that goes on behind its end is left.
-    bool hand_on_window() {
+    walk_result hand_on_window() {
         const std::size_t settled = has_ended_ ? filled_ : filled_ - piece_limit;
         for (;;) {
             const std::size_t found = find_marker(settled);
@@ -172,12 +172,17 @@ class walk {
                 break;
             }
             searched_ = found + 1;
+            if (!note_lines(offset_ + found)) {
+                return walk_result::read_failed;
+            }
             if (!hand_on_piece_of(found)) {
-                return false;
+                return walk_result::refused;
             }
         }
         searched_ = std::max(searched_, settled);
-        return hand_on_run(std::max(handed_, has_ended_ ? filled_ : last_page_end(settled)));
+        const bool is_taken =
+            hand_on_run(std::max(handed_, has_ended_ ? filled_ : last_page_end(settled)));
+        return is_taken ? walk_result::done : walk_result::refused;
     }
 
     // The end of the last page of the file that no piece around a place from `settled` on reaches
@@ -206,9 +211,8 @@ class walk {
     }
 
     // Hands on the piece around a marker, and before it the run that it ends; nothing when the end
-    // of the piece cuts the marker.
+    // of the piece cuts the marker. The lines are noted up to there.
     bool hand_on_piece_of(std::size_t marker_at) {
-        note_lines(marker_at);
         const std::size_t in_line = offset_ + marker_at - line_start_;
         const std::size_t begin = marker_at - in_line % piece_limit;
         const std::size_t limit = std::min(begin + piece_limit, filled_);
@@ -221,6 +225,8 @@ class walk {
             return false;
         }
         handed_ = searched_ = begin + piece.size();
+        noted_ = offset_ + handed_;
+        line_start_ = piece.ends_with('\n') ? noted_ : line_start_;
         return true;
     }
 
@@ -231,27 +237,53 @@ class walk {
         return bytes.empty() || receive_({bytes, offset, false});
     }
 
-    // Sets line_start_ to the start of the line in which `place` stands.
-    void note_lines(std::size_t place) {
-        const std::string_view news(window.data() + noted_, place - noted_);
-        const std::size_t line_feed = last_line_feed(news);
-        if (line_feed != std::string_view::npos) {
-            line_start_ = offset_ + noted_ + line_feed + 1;
+    // Sets line_start_ to the start of the line in which the byte at `offset` of the file stands.
+    // Only markers make lines matter: at each one they are looked for back to the one before it.
+    // False when what the window no longer holds cannot be read again. Should that have changed
+    // since, the pieces begin elsewhere, but never before what was handed on.
+    bool note_lines(std::size_t offset) {
+        const std::size_t begin = std::max(noted_, offset_);
+        const std::string_view held(window.data() + (begin - offset_), offset - begin);
+        if (!take_last_line(held, begin) && !note_earlier_lines(begin)) {
+            return false;
         }
-        noted_ = place;
+        noted_ = offset;
+        return true;
     }
 
-    // Drops what was handed on from the window. A marker that turned out to be cut may have had the
-    // lines noted beyond that already.
-    void slide() {
-        if (noted_ < handed_) {
-            note_lines(handed_);
+    bool note_earlier_lines(std::size_t end) {
+        static std::array<char, template_read_size> block;
+        while (end > noted_) {
+            const std::size_t begin = end - std::min(end - noted_, block.size());
+            const ssize_t count =
+                ::pread(descriptor_, block.data(), end - begin, static_cast<off_t>(begin));
+            if (count < 0) {
+                return false;
+            }
+            if (take_last_line({block.data(), static_cast<std::size_t>(count)}, begin)) {
+                return true;
+            }
+            end = begin;
         }
+        return true;
+    }
+
+    // Whether a line begins in or right behind the text, which stands at `offset` of the file.
+    bool take_last_line(std::string_view text, std::size_t offset) {
+        const std::size_t line_feed = last_line_feed(text);
+        if (line_feed == std::string_view::npos) {
+            return false;
+        }
+        line_start_ = offset + line_feed + 1;
+        return true;
+    }
+
+    // Drops what was handed on from the window.
+    void slide() {
         std::memmove(window.data(), window.data() + handed_, filled_ - handed_);
         offset_ += handed_;
         filled_ -= handed_;
         searched_ -= handed_;
-        noted_ -= handed_;
         handed_ = 0;
     }
 
@@ -263,7 +295,7 @@ class walk {
     std::size_t filled_ = 0;     // bytes in the window
     std::size_t handed_ = 0;     // end of what was handed on
     std::size_t searched_ = 0;   // end of what was searched for the marker
-    std::size_t noted_ = 0;      // end of what was looked through for line feeds
+    std::size_t noted_ = 0;      // offset in the file up to which line_start_ is known
     std::size_t line_start_ = 0; // offset in the file of the line in which noted_ stands
 };
 

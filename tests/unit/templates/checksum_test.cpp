@@ -256,6 +256,19 @@ TEST_F(ChecksumTest, MarkersAtTheEndsOfBlocks) {
     }
 }
 
+// The line begins in a part of the file that was handed on long before its marker is read.
+TEST_F(ChecksumTest, MarkersFarBehindTheBeginningOfTheirLine) {
+    const std::string middle(2 * template_read_size, 'b');
+    for (const std::size_t before : {1U, 300U, 511U, 700U}) {
+        for (const char *first : {"", "||checksum=5||", "||checksum=5||\n"}) {
+            SCOPED_TRACE(std::to_string(before) + first);
+            const std::string begin = std::string(before, 'a') + "\n" + first;
+            expect_by_the_rule(begin + middle + "||checksum=12||cc\n");
+            expect_by_the_rule(begin + middle + "||checksum=12||" + middle + "||checksum=13||c\n");
+        }
+    }
+}
+
 TEST_F(ChecksumTest, FilesOfRandomPieces) {
     const std::string parts[] = {"\n",   "\r\n",
                                  "||",   "||checksu",

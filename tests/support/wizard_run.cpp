@@ -157,7 +157,7 @@ void mount_privately(const std::string &source, const std::string &target, const
                      unsigned long flags, const std::string &options) {
     constexpr int not_allowed = 126;
     if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0 ||
         ::mount(source.c_str(), target.c_str(), type.c_str(), flags, options.c_str()) != 0) {
         std::perror("mount");
         ::_exit(not_allowed);

@@ -14,7 +14,7 @@
 inline constexpr std::size_t piece_limit = 511;
 
 // A template is read so many bytes at once.
-inline constexpr std::size_t template_read_size = std::size_t{256} * 1024;
+inline constexpr std::size_t template_read_size = std::size_t{512} * 1024;
 
 // How every checksum line begins; lines are dropped by it.
 inline constexpr std::string_view checksum_line_start = "||checksu";

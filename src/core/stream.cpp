@@ -23,11 +23,20 @@ std::string beside(const std::string &path) {
     return path.substr(0, path.find_last_of('/') + 1) + "gxsetup.XXXXXX";
 }
 
-stream_handle stream_of(int descriptor, const char *mode) {
-    return stream_handle(descriptor < 0 ? nullptr : ::fdopen(descriptor, mode));
-}
-
 } // namespace
+
+stream_handle stream_of(int descriptor, const char *mode) {
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    stream_handle stream(::fdopen(descriptor, mode));
+    if (!stream) {
+        const int error = errno;
+        ::close(descriptor);
+        errno = error;
+    }
+    return stream;
+}
 
 stream_handle open_to_read(const char *path) {
     return stream_of(::open(path, O_RDONLY | open_flags), "r");

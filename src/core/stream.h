@@ -39,6 +39,11 @@ class file_descriptor {
     int number_;
 };
 
+// A stream over an open descriptor, which it takes over, in a mode of fdopen (POSIX). Null, with
+// errno set and the descriptor closed, when no stream can be had; null, and errno as it was, for a
+// negative number.
+stream_handle stream_of(int descriptor, const char *mode);
+
 // Open a file to read it, to write it anew or to append to it. Null when it cannot be opened, with
 // errno saying why. They never wait for the other end of a pipe (O_NONBLOCK, POSIX open): a pipe
 // that nobody writes reads as empty, one that nobody reads cannot be written.

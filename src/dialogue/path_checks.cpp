@@ -36,7 +36,7 @@ int check_valid_dir(const char *path) {
 
 int match_root_dir(const char *dir) {
     const path_text probe = probe_name();
-    const bool is_created = open_to_write(probe.c_str()) != nullptr;
+    const bool is_created = file_descriptor(create_anew(probe.c_str())).is_open();
     const std::string path = formatted("%s%c%s", dir, '/', probe.c_str());
     const bool is_here = is_created && file_exists(path.c_str()) == 1;
     std::remove(probe.c_str());

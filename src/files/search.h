@@ -56,8 +56,9 @@ int match_list(const char *list, const char *name);
 
 // Collect the names matching `pattern` in the current or the given directory, in the order the
 // directory gives them, never "." or "..". Give their number. Beyond MAXWILD the log gets an error
-// and the first names stand. A directory that cannot be read gives 0, or the names
-// up to where reading failed; the log (wild_find) or standard error (wild_find2) is told.
+// and the first names stand. A directory that cannot be read gives 0, or the names up to
+// where reading failed; the log (wild_find) or standard error (wild_find2) is told. `plain` gets
+// which of the names are plain files.
 int wild_find(const char *pattern, found_names &names);
 int wild_find2(const char *directory, const char *pattern, found_names &names);
 int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain);

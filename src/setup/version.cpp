@@ -97,7 +97,7 @@ bool find_version(std::FILE *file, std::string &version) {
     std::array<char, line_size> line{};
     while (const char *text = read_text_piece(file, line)) {
         if (read_version(text, version)) {
-            return true;
+            return std::ferror(file) == 0; // else the line may be cut
         }
     }
     return false;

@@ -40,8 +40,7 @@ bool fits(const path_text &path) {
 
 // The scratch file is always a new file of our own, never what a link of that name leads to.
 stream_handle make_scratch(const path_text &path) {
-    const int descriptor = fits(path) ? create_anew(path.c_str()) : -1;
-    stream_handle file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "w"));
+    stream_handle file = fits(path) ? stream_of(create_anew(path.c_str()), "w") : nullptr;
     if (file) {
         // What is written comes in large parts, which a buffer would only split.
         std::setvbuf(file.get(), nullptr, _IONBF, 0);

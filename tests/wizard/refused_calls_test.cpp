@@ -214,6 +214,19 @@ TEST_F(RefusedWords, AVersionThatNoProcessCanBeHadFor) {
     EXPECT_FALSE(is_there("dist/ver.txt"));
 }
 
+TEST_F(RefusedWords, AVersionThatCannotBeReadToTheEndOfItsLine) {
+    const auto make = [](const world & /*host*/) {
+        // The system hands out 4096 bytes at once: the second part of the line cannot be read.
+        add_file("dist/noise", std::string(4083, '-') + "\nVersion: v3.1\n");
+        add_script("dist/kestrel.cgi", "cat noise\n");
+    };
+    const session_script quit = {{}, "6\n4\nend\n"};
+    const wizard_run run = refuse(make, quit, "read", "<@/dist/ver.txt>", "EIO", 1);
+    EXPECT_EQ(run.transcript,
+              "\nWhat version of kestrel is it? " + welcome + menu("kestrel", "6") + goodbye);
+    EXPECT_FALSE(is_there("dist/ver.txt"));
+}
+
 // --- Files that are loaded ---
 
 TEST_F(RefusedWords, AnswersThatCannotBeRead) {

@@ -3,6 +3,7 @@
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -86,6 +87,20 @@ TEST_F(MatchRootDir, NeverLeavesItsProbeFileBehind) {
     match_root_dir("/");
     match_root_dir("missing");
     EXPECT_EQ(names_here(), 0);
+}
+
+TEST_F(MatchRootDir, NeverWritesThroughALinkOfTheProbesName) {
+    std::srand(1);
+    unsigned product = 1;
+    for (int factor = 0; factor < 3; factor++) {
+        product *= static_cast<unsigned>(std::rand());
+    }
+    write_file("kept", "text");
+    std::filesystem::create_symlink("kept", std::to_string(static_cast<int>(product)) + ".tmp");
+    std::srand(1);
+    EXPECT_EQ(match_root_dir("."), 1);
+    EXPECT_EQ(read_file("kept"), "text");
+    EXPECT_EQ(names_here(), 1);
 }
 
 TEST_F(MatchRootDir, WhereNothingCanBeCreatedIsZero) {

@@ -12,6 +12,7 @@
 #include <pwd.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -339,5 +340,8 @@ run_place as_ordinary_user(const world &host) {
         if (::setgroups(0, nullptr) != 0 || ::setgid(group) != 0 || ::setuid(user) != 0) {
             ::_exit(not_allowed);
         }
+        // A process that changed its user may not look into its own /proc, where valgrind finds the
+        // program.
+        ::prctl(PR_SET_DUMPABLE, 1);
     }};
 }

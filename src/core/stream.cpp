@@ -50,6 +50,16 @@ stream_handle open_to_append(const char *path) {
     return stream_of(::open(path, O_WRONLY | O_CREAT | O_APPEND | open_flags, creation_mode), "a");
 }
 
+stream_handle open_plain_file(const char *path) {
+    stream_handle file = open_to_read(path);
+    struct stat status {};
+    if (file && ::fstat(::fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
+        file.reset();
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    }
+    return file;
+}
+
 int create_anew(const char *path) {
     if (::unlink(path) != 0 && errno != ENOENT) {
         return -1;

@@ -51,6 +51,9 @@ stream_handle open_to_read(const char *path);
 stream_handle open_to_write(const char *path);
 stream_handle open_to_append(const char *path);
 
+// open_to_read, for a plain file only: null, with errno EISDIR or EINVAL, for anything else.
+stream_handle open_plain_file(const char *path);
+
 // Creates `path` as a file that nothing else leads to and only its owner reads; a file or link of
 // that name goes. The descriptor, negative with errno set on failure.
 int create_anew(const char *path);

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
-#include <sys/stat.h>
 #include <vector>
 
 const INI_NAMES_INFO custom_values[] = {
@@ -117,19 +116,12 @@ class rewritten_ini {
     bool is_continued_ = false;
 };
 
-// Null, with errno set, for what cannot be opened or is no plain file.
-stream_handle open_plain_file(const std::string &path) {
+stream_handle open_old_ini(const std::string &path) {
     if (path.size() > path_limit) {
         errno = ENAMETOOLONG;
         return nullptr;
     }
-    stream_handle file = open_to_read(path.c_str());
-    struct stat status {};
-    if (file && ::fstat(::fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
-        file.reset();
-        errno = EINVAL;
-    }
-    return file;
+    return open_plain_file(path.c_str());
 }
 
 int report(const char *failure, const std::string &path) {
@@ -219,7 +211,7 @@ int update_ini(pINI_SETTINGS settings) {
     const std::string old_path = stem + ".ini";
     const std::string new_path = stem + ".new";
 
-    const stream_handle old_file = open_plain_file(old_path);
+    const stream_handle old_file = open_old_ini(old_path);
     if (!old_file) {
         return report("find", old_path);
     }

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -301,16 +300,6 @@ class walk {
 
 } // namespace
 
-stream_handle open_template(const char *path) {
-    stream_handle file = open_to_read(path);
-    struct stat status {};
-    if (file && ::fstat(::fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
-        file.reset();
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    }
-    return file;
-}
-
 walk_result walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive) {
     return walk(::fileno(file), marker, receive).run();
 }
@@ -340,7 +329,7 @@ int calculate(std::string_view bf, std::size_t fpos) {
 }
 
 int do_checksum(const char *file, int compare) {
-    const stream_handle stream = open_template(file);
+    const stream_handle stream = open_plain_file(file);
     running_checksum checksum;
     const auto add = [&](const template_part &part) {
         checksum.add(part);

@@ -19,9 +19,6 @@ inline constexpr std::size_t template_read_size = std::size_t{512} * 1024;
 // How every checksum line begins; lines are dropped by it.
 inline constexpr std::string_view checksum_line_start = "||checksu";
 
-// Opens a template to read it. Null with errno set when it cannot be opened or is no plain file.
-stream_handle open_template(const char *path);
-
 // What a pass hands on: one whole piece that holds the marker, or a run of bytes in which no piece
 // holds it.
 struct template_part {

@@ -113,7 +113,7 @@ int replace_template(const stamp &stamp, const path_text &path, std::FILE *from,
 
 // False when the template keeps its old content.
 bool stamp_template(const stamp &stamp, const path_text &path, const path_text &scratch) {
-    const stream_handle from = fits(path) ? open_template(path.c_str()) : nullptr;
+    const stream_handle from = fits(path) ? open_plain_file(path.c_str()) : nullptr;
     if (!from) {
         const int error = errno;
         if (stamp.has_checksum) {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
@@ -62,6 +63,25 @@ TEST_F(Open, APipeThatNobodyReadsCannotBeWritten) {
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     EXPECT_EQ(open_to_write("pipe"), nullptr);
     EXPECT_EQ(open_to_append("pipe"), nullptr);
+}
+
+TEST_F(Open, OnlyAPlainFileIsTakenForOne) {
+    write_file("file", "text");
+    EXPECT_NE(open_plain_file("file"), nullptr);
+    EXPECT_EQ(open_plain_file("."), nullptr);
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_EQ(open_plain_file("/dev/null"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(open_plain_file("missing"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(StreamOf, ClosesADescriptorThatNoStreamCanBeHadOver) {
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(descriptor, 0);
+    EXPECT_EQ(stream_of(descriptor, "no mode"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
 }
 
 TEST(CloseFile, SaysThatAFullDiskLostTheText) {

@@ -99,13 +99,17 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
 
 replacement_file::replacement_file(const char *path, const char *scratch_name) {
     // Links are followed, so that the link itself stays. A file that is not there yet is meant as
-    // written.
+    // written; where a link leads to it, there is no older file to keep either.
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
     if (!real && errno != ENOENT) {
         return;
     }
     target_ = real ? real.get() : path;
     struct stat old {};
+    if (!real && ::lstat(path, &old) == 0) {
+        file_ = open_to_write(path);
+        return;
+    }
     const bool is_there = ::stat(target_.c_str(), &old) == 0;
     if (!is_there && errno != ENOENT) {
         return; // its owner and mode are not known

@@ -71,8 +71,8 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer);
 
 // A file written beside the one it replaces and put in its place by `commit`, so that a failure
 // leaves the old file whole. Owner and mode of a file that is replaced are kept. What is there but
-// is no plain file (a device, a pipe) is written directly. The scratch file is removed unless
-// `commit` succeeded.
+// is no plain file (a device, a pipe, a link that leads to nothing yet) is written directly. The
+// scratch file is removed unless `commit` succeeded.
 class replacement_file {
   public:
     // Starts replacing `path`; on failure `stream` is null and errno says why. The scratch file

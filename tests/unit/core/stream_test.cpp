@@ -175,6 +175,23 @@ TEST_F(ReplacementFile, ALinkStaysAndItsFileIsReplaced) {
     EXPECT_EQ(read_file("real"), "new");
 }
 
+TEST_F(ReplacementFile, ALinkToAFileThatIsNotThereYetStaysAndItsFileIsMade) {
+    std::filesystem::create_symlink("real", "link");
+    replacement_file file("link");
+    ASSERT_NE(file.stream(), nullptr);
+    format_file(file.stream(), "%s", "new");
+    EXPECT_TRUE(file.commit());
+    EXPECT_TRUE(std::filesystem::is_symlink("link"));
+    EXPECT_EQ(read_file("real"), "new");
+}
+
+TEST_F(ReplacementFile, ALinkIntoAMissingDirectoryIsNotReplaced) {
+    std::filesystem::create_symlink("missing/real", "link");
+    EXPECT_EQ(replacement_file("link").stream(), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(names_here(), std::vector<std::string>{"link"});
+}
+
 TEST_F(ReplacementFile, ALinkThatLeadsNowhereElseIsNotReplaced) {
     std::filesystem::create_symlink("link", "link");
     EXPECT_EQ(replacement_file("link").stream(), nullptr);

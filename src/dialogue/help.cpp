@@ -16,14 +16,13 @@ constexpr const char *help_file = "vsetup.hlp";
 constexpr const char *fallback_text = "No specific help is available for this question.";
 
 // Reads the next line, or piece of a line. False at the end of the file; a last line without a
-// line feed counts as the end.
+// line feed, be it as long as a piece, counts as the end.
 bool read_help_line(std::FILE *file, std::string &line) {
     std::array<char, piece_size> piece{};
-    const char *text = read_text_piece(file, piece);
-    if (text == nullptr || std::feof(file) != 0) {
+    if (!read_piece(file, piece).ends_with('\n') && std::ungetc(std::getc(file), file) == EOF) {
         return false;
     }
-    line = text;
+    line = piece.data();
     return true;
 }
 

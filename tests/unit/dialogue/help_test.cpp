@@ -58,6 +58,8 @@ TEST_F(HelpGet, SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine) {
 TEST_F(HelpGet, DropsAtMostOneTrailingEmptyLine) {
     EXPECT_EQ(topic("[A]\none\n\n\n[B]\n", "A"), "one\n\n");
     EXPECT_EQ(topic("[A]\n\none\n", "A"), "\none\n");
+    EXPECT_EQ(topic("[A]\n\n\n[B]\n", "A"), "\n");
+    EXPECT_EQ(topic("[A]\n\n[B]\n", "A"), "\n");
 }
 
 TEST_F(HelpGet, RemovesLeadingTabsButNotBlanks) {
@@ -104,6 +106,14 @@ TEST_F(HelpGet, ALastLineWithoutLineFeedIsNotRead) {
     EXPECT_EQ(topic("[A]\none\ntwo", "A"), "one\n");
     EXPECT_EQ(topic("[A]\none", "A"), fallback);
     EXPECT_EQ(topic("[A]", "A"), fallback);
+}
+
+TEST_F(HelpGet, ALastPieceOf255CharactersWithoutLineFeedIsNotReadEither) {
+    const std::string piece(255, 'x');
+    EXPECT_EQ(topic("[A]\none\n" + piece, "A"), "one\n");
+    EXPECT_EQ(topic("[A]\none\n" + piece + piece, "A"), "one\n" + piece);
+    EXPECT_EQ(topic("[A]\none\n" + piece + "\n", "A"), "one\n" + piece + "\n");
+    EXPECT_EQ(topic("[A" + std::string(253, ']'), "A"), fallback);
 }
 
 TEST_F(HelpGet, ALineIsReadInPiecesOf255CharactersEachALineOfItsOwn) {

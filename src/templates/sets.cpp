@@ -80,8 +80,9 @@ int store_sets(pINI_SETTINGS ini, const char *dir, const char *key) {
     return default_number;
 }
 
-// Takes the line whose first character is `digit` out of the list: set 10 passes for set 1.
-heap_text take_line(LINK_LIST *lines, char digit) {
+// Takes the line whose first character is `digit` out of the list: set 10 passes for set 1. Beyond
+// 9 it is no digit, and in the end no character at all.
+heap_text take_line(LINK_LIST *lines, int digit) {
     list_start(lines);
     while (const auto *line = static_cast<const char *>(list_get(lines))) {
         if (*line == digit) {
@@ -147,7 +148,7 @@ heap_text ask_template_sets(pINI_SETTINGS ini, const char *dir, char *url, std::
     LINK_LIST lines;
     tpl_list(&lines, ini, key);
     heap_text templates;
-    if (const heap_text line = take_line(&lines, static_cast<char>('0' + default_number))) {
+    if (const heap_text line = take_line(&lines, '0' + default_number)) {
         ini_add(ini, key, line.get());
         templates.reset(maistrdup(set_line_piece(line.get(), 1).c_str()));
         lcpy(url, set_line_piece(line.get(), 2).c_str(), len);

@@ -21,17 +21,26 @@ class TemplateSets : public answers_test {
         gx_group = ::getegid();
     }
 
-    // Makes ten sets of which "marble" is the tenth in the listing, whatever order the file system
-    // lists them in: the names of the others are varied, and whether it comes first or last.
-    static void list_marble_tenth() {
-        for (int attempt = 0; set_number("tpl", "marble") != "10"; attempt++) {
+    // Makes sets of which "marble" is the last in the listing and has the number `last`, whatever
+    // order the file system lists them in: more than enough are made, and those behind it or too
+    // far before it removed again. The names of the others are varied, and whether it is made first
+    // or last.
+    static void list_marble_last(std::size_t last) {
+        for (int attempt = 0; set_number("tpl", "marble") != std::to_string(last); attempt++) {
             std::filesystem::remove_all("tpl");
             std::filesystem::create_directories(attempt % 2 == 0 ? "tpl/marble" : "tpl");
-            for (int number = 1; number < 10; number++) {
+            for (std::size_t number = 1; number < 3 * last; number++) {
                 std::filesystem::create_directory("tpl/set" + std::to_string(attempt) + "_" +
                                                   std::to_string(number));
             }
             std::filesystem::create_directories("tpl/marble");
+            const std::vector<std::string> listed = set_names("tpl");
+            const auto marble = std::find(listed.begin(), listed.end(), "marble");
+            for (auto name = listed.begin(); name != listed.end(); name++) {
+                if (name > marble || marble - name >= static_cast<std::ptrdiff_t>(last)) {
+                    std::filesystem::remove("tpl/" + *name);
+                }
+            }
         }
     }
 
@@ -98,13 +107,21 @@ TEST_F(TemplateSets, OfSeveralKnownNamesTheLastIsTheDefault) {
 TEST_F(TemplateSets, OnlyTheFirstCharacterOfTheNumberIsCompared) {
     // For set 10 the character behind '9' is looked for, and no line begins with that.
     std::filesystem::create_directory("tpl");
-    list_marble_tenth();
+    list_marble_last(10);
     images = "untouched";
     EXPECT_EQ(ask("./tpl"), "(none)");
     EXPECT_EQ(images, "untouched");
     const std::string lines = values(D_TPL_SET);
     EXPECT_TRUE(lines.starts_with("1 /t/set")) << lines;
     EXPECT_TRUE(lines.ends_with("\n10 /t/marble /u/marble marble Set\n")) << lines;
+}
+
+TEST_F(TemplateSets, OfAHugeNumberNoFirstCharacterIsLeft) {
+    // What is looked for then is no character at all, and none of the digits.
+    std::filesystem::create_directory("tpl");
+    list_marble_last(257);
+    EXPECT_EQ(ask("./tpl"), "(none)");
+    EXPECT_TRUE(values(D_TPL_SET).starts_with("1 /t/set")) << values(D_TPL_SET);
 }
 
 TEST_F(TemplateSets, EarlierLinesAreSearchedToo) {

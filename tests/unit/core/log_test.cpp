@@ -357,6 +357,14 @@ TEST_F(RotateLogs, KeepsThreeGenerations) {
     EXPECT_FALSE(is_there("gxsetup3.log"));
 }
 
+TEST_F(RotateLogs, TheOldestGoesEvenWhenNothingTakesItsPlace) {
+    write_file("gxsetup2.log", "oldest");
+    emsg("one");
+    EXPECT_EQ(rotate_logs(), 0);
+    EXPECT_FALSE(is_there("gxsetup2.log"));
+    EXPECT_EQ(log_text("gxsetup1.log"), "Error: one\n");
+}
+
 TEST_F(RotateLogs, WorksInTheCurrentDirectoryWhereverTheLogWasOpened) {
     std::filesystem::create_directory("logs");
     inilog("logs", "run");

@@ -188,6 +188,16 @@ TEST_F(DoCopy, CopiesIntoTheDirectoryUnderTheLastPartOfTheName) {
     EXPECT_EQ(log(), "Debug: DoCopy[./tpl/a.tpl]-[" + there("a.tpl") + "][a.tpl]\n");
 }
 
+TEST_F(DoCopy, ASourceWhosePathIsTooLongIsReported) {
+    const std::string deep = make_deep_directory(scratch.path("here"), 505);
+    write_file(deep + "/a.tpl", "a");
+    write_file(deep + "/ab.tpl", "ab");
+    EXPECT_EQ(shown(1, [&] { return copy((deep + "/a.tpl").c_str()); }), ".");
+    EXPECT_EQ(shown(0, [&] { return copy((deep + "/ab.tpl").c_str()); }),
+              "Error: " + ("Can't copy " + deep + "/ab.tpl").substr(0, 511) + "\n");
+    EXPECT_EQ(names_below(there()), string_set{"a.tpl"});
+}
+
 TEST_F(DoCopy, DotEntriesAreASuccessfulNothing) {
     EXPECT_EQ(shown(1, [&] { return copy("."); }), "");
     EXPECT_EQ(shown(1, [&] { return copy("tpl/.."); }), "");
@@ -255,6 +265,19 @@ TEST_F(DoCopyTree, AnEntryThatFailsIsReportedAndTheDirectoryStillSucceeds) {
                                there("set") + "\n";
     EXPECT_TRUE(text == "." + report || text == report + ".") << text;
     EXPECT_EQ(names_below(there("set")), string_set{"a.tpl"});
+}
+
+TEST_F(DoCopyTree, AnEntryWhosePathIsTooLongIsReportedAndTheOthersAreCopied) {
+    const std::string deep = make_deep_directory(there(), 501);
+    std::filesystem::create_directory("set");
+    write_file("set/a.tpl", "a");
+    write_file("set/ab.tpl", "ab");
+    const std::string text = shown(1, [&] { return do_copy("set", deep.c_str(), 1); });
+    EXPECT_NE(text.find("Error: Can't copy set/ab.tpl: File name too long\n"
+                        "Error: Error copying set/ab.tpl->/"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(names_below(deep), (string_set{"set", "set/a.tpl"}));
 }
 
 TEST_F(DoCopyTree, ADirectoryThatCannotBeMadeIsReported) {

@@ -52,6 +52,16 @@ class FileWorld : public scratch_test {
         return names;
     }
 
+    // Makes directories below `path` until the path has `length` characters, and gives it.
+    static std::string make_deep_directory(std::string path, std::size_t length) {
+        while (path.size() < length) {
+            const std::size_t left = length - path.size();
+            path += "/" + std::string(left > 255 ? 100 : left - 1, 'd');
+        }
+        std::filesystem::create_directories(path);
+        return path;
+    }
+
     // What `code` shows on the console; its result must be `result`.
     static std::string shown(int result, const std::function<int()> &code) {
         int given = -1;

@@ -127,6 +127,17 @@ TEST_F(DoXrmv, AFileThatMayNotBeLookedAtIsPassedOver) {
     EXPECT_TRUE(is_there(there("img/deep/d.gif")));
 }
 
+TEST_F(DoXrmv, WhatHasAPathThatIsTooLongIsReportedAndStays) {
+    const std::string deep = make_deep_directory(there("img/deep"), 505);
+    write_file(deep + "/a.gif", "");
+    EXPECT_EQ(shown(1, [&] { return do_xrmv(&ini, "*", deep.c_str(), 0, 0); }), ".");
+    write_file(deep + "/ab.gif", "");
+    std::filesystem::create_directory(deep + "/abcdef");
+    const std::string report = "Error: " + ("\nCannot remove " + deep).substr(0, 511) + "\n";
+    EXPECT_EQ(shown(0, [&] { return do_xrmv(&ini, "*", deep.c_str(), 0, 0); }), report + report);
+    EXPECT_EQ(names_below(deep), (string_set{"ab.gif", "abcdef"}));
+}
+
 TEST_F(DoXrmv, ASocketIsTakenForADirectoryByItsModeBit) {
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};

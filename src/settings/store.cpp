@@ -59,10 +59,15 @@ const char *name_at(pINI_SETTINGS ini, int id) {
     return ini != nullptr && ini->ini_names != nullptr ? ini->ini_names[id].name : nullptr;
 }
 
-heap_text copy_text(pINI_SETTINGS ini, const char *text, const char *what) {
+void report_no_memory(pINI_SETTINGS ini, const char *name) {
+    ini_emsg(ini, "Memory Allocation Error -- for name in ini_add {%s}", name);
+}
+
+// A copy of the name of a setting or of its value; the message is the same for both.
+heap_text copy_text(pINI_SETTINGS ini, const char *name, const char *text) {
     heap_text copy(::strdup(text));
     if (!copy) {
-        ini_emsg(ini, "Memory Allocation Error -- for %s in ini_add {%s}", what, text);
+        report_no_memory(ini, name);
     }
     return copy;
 }
@@ -118,7 +123,7 @@ heap_text take_item(pINI_SETTINGS ini) {
 
 int replace_value(pINI_SETTINGS ini, list_struct *place, const char *name, const char *value,
                   bool is_password) {
-    heap_text copy = copy_text(ini, value, "value");
+    heap_text copy = copy_text(ini, name, value);
     if (!copy) {
         return 0;
     }
@@ -138,8 +143,8 @@ int replace_value(pINI_SETTINGS ini, list_struct *place, const char *name, const
 }
 
 int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool is_password) {
-    heap_text name_copy = copy_text(ini, name, "name");
-    heap_text value_copy = name_copy ? copy_text(ini, value, "value") : nullptr;
+    heap_text name_copy = copy_text(ini, name, name);
+    heap_text value_copy = name_copy ? copy_text(ini, name, value) : nullptr;
     if (!value_copy) {
         return 0;
     }
@@ -158,7 +163,7 @@ int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool 
     }
     value_copy.release();
     if (!remember_place(ini, ini->settings.last->pre)) {
-        ini_emsg(ini, "Memory Allocation Error -- for name in ini_add {%s}", name);
+        report_no_memory(ini, name);
         list_last(&ini->settings);
         take_item(ini);
         take_item(ini);
@@ -284,7 +289,7 @@ heap_text ini_update(pINI_SETTINGS ini, const char *value) {
     if (node == nullptr || !is_value(node)) {
         return nullptr;
     }
-    heap_text copy = copy_text(ini, value, "value");
+    heap_text copy = copy_text(ini, item_text(node->pre), value);
     if (!copy) {
         return nullptr;
     }

@@ -276,7 +276,7 @@ TEST_F(IniAdd, WithoutMemoryForTheNameIsAnError) {
 TEST_F(IniAdd, WithoutMemoryForTheValueLeavesNoLoneName) {
     const failing_memory one(memory_of::texts, 1);
     EXPECT_EQ(ini_add(&ini, "cgi_name", "kestrel"), 0);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for value in ini_add {kestrel}"});
+    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
     EXPECT_EQ(ini_number(&ini), 0);
 }
 
@@ -284,7 +284,7 @@ TEST_F(IniAdd, WithoutMemoryForANewValueKeepsTheOldOne) {
     add("cgi_name", "kestrel");
     const failing_memory none(memory_of::texts, 0);
     EXPECT_EQ(ini_add(&ini, "cgi_name", "plover"), 0);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for value in ini_add {plover}"});
+    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
     EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
 }
 

@@ -110,7 +110,7 @@ search_result collect(DIR *directory, const char *pattern, found_names &names) {
             return result;
         }
         if (result.count == MAXWILD) {
-            emsg("MAXWILD exceeded");
+            print_emsg("MAXWILD exceeded");
             return result;
         }
         const char *name = &entry->d_name[0];

@@ -55,8 +55,8 @@ int match_wild(const char *pattern, const char *name);
 int match_list(const char *list, const char *name);
 
 // Collect the names matching `pattern` in the current or the given directory, in the order the
-// directory gives them, never "." or "..". Give their number. Beyond MAXWILD the log gets an error
-// and the first names stand. A directory that cannot be read gives 0, or the names up to
+// directory gives them, never "." or "..". Give their number. Beyond MAXWILD console and log get an
+// error and the first names stand. A directory that cannot be read gives 0, or the names up to
 // where reading failed; the log (wild_find) or standard error (wild_find2) is told. `plain` gets
 // which of the names are plain files.
 int wild_find(const char *pattern, found_names &names);

@@ -378,7 +378,8 @@ TEST_F(StampTest, OfOneThousandAndOneTemplatesOneIsLeft) {
         add(std::to_string(number) + ".tpl", "abc\n");
     }
     EXPECT_EQ(stamp_checksums(), 1);
-    EXPECT_EQ(console, "\nUpdating checksums" + std::string(1000, '.') + "\nUpdate complete.\n");
+    EXPECT_EQ(console, "Error: MAXWILD exceeded\n\nUpdating checksums" + std::string(1000, '.') +
+                           "\nUpdate complete.\n");
     int stamped = 0;
     int left = 0;
     for (int number = 0; number < 1001; number++) {

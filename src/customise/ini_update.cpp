@@ -125,7 +125,9 @@ stream_handle open_old_ini(const std::string &path) {
 }
 
 int report(const char *failure, const std::string &path) {
-    print_emsg("Cannot %s file %s, %s", failure, path.c_str(), std::strerror(errno));
+    const int error = errno;
+    print_emsg("Cannot %s file %s, %s", failure, shown_path(path.c_str(), error).c_str(),
+               std::strerror(error));
     return 0;
 }
 

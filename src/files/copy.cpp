@@ -32,7 +32,7 @@ struct tree_level {
 };
 
 int copy_failed(const char *src, int error) {
-    print_emsg("Can't copy %s: %s", src, std::strerror(error));
+    print_emsg("Can't copy %s: %s", shown_path(src, error).c_str(), std::strerror(error));
     return 0;
 }
 

@@ -23,7 +23,8 @@ void make_one(const std::string &dir, mode_t permission) {
 
 int make_dir(const char *dir, mode_t permission) {
     if (s_strlen(dir) > path_limit) {
-        print_emsg("Can't create \"%s\": %s", dir, std::strerror(ENAMETOOLONG));
+        print_emsg("Can't create \"%s\": %s", shown_path(dir, ENAMETOOLONG).c_str(),
+                   std::strerror(ENAMETOOLONG));
         return 0;
     }
     if (dir_exists(dir) == 1) {

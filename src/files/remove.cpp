@@ -39,7 +39,7 @@ bool is_answer(pINI_SETTINGS ini, const char *name, const char *path) {
 }
 
 int removal_failed(const char *path, int error) {
-    print_emsg("\nCannot remove %s: %s", path, std::strerror(error));
+    print_emsg("\nCannot remove %s: %s", shown_path(path, error).c_str(), std::strerror(error));
     return 0;
 }
 

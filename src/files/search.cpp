@@ -133,6 +133,15 @@ std::string path_in(const char *directory, const char *name) {
     return formatted("%s%c%s", directory, '/', name);
 }
 
+std::string shown_path(const char *path, int error) {
+    constexpr std::size_t shown_length = 400;
+    const std::string_view whole = path;
+    if (error != ENAMETOOLONG || whole.size() <= shown_length) {
+        return path;
+    }
+    return std::string(whole.substr(0, shown_length)).append("...");
+}
+
 bool is_dot_entry(std::string_view name) {
     return name == "." || name == "..";
 }

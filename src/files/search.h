@@ -37,6 +37,10 @@ void for_each_name(found_names &names, int count, Use use) {
 // The path of `name` in `directory`.
 std::string path_in(const char *directory, const char *name);
 
+// The path as the message of a failure shows it: whole, but where something was too long
+// (ENAMETOOLONG) a long path is cut, so that the message's bound does not take the reason away.
+std::string shown_path(const char *path, int error);
+
 // Whether a name is one of those that every directory has for itself and the one above it.
 bool is_dot_entry(std::string_view name);
 

@@ -94,6 +94,7 @@ int gxcustom_main(pINI_SETTINGS ini) {
         print("Sorry at present this utility does not customise Tanager or Osprey templates\n");
         return 1;
     }
+    scoped_store settings(custom_values);
     print_banner(ini);
     ask_answer(ini, D_CGI_PATH, D_CGI_Q);
     find_program(ini);
@@ -103,7 +104,6 @@ int gxcustom_main(pINI_SETTINGS ini) {
     const char *cgi_name = ini_value_num(ini, D_CGI_NAME);
     const std::string backup_file =
         formatted("%s%c%.4s_old.ini", ini_value_num(ini, D_CGI_PATH), '/', cgi_name);
-    scoped_store settings(custom_values);
     load_values(ini, settings.get());
 
     bool is_backed_up = false;

@@ -287,6 +287,17 @@ TEST_F(Customise, LogsWhatItDoes) {
     EXPECT_TRUE(log.ends_with(" Info:  " + cgi_path + "/kest_old.ini copied\n"));
 }
 
+TEST_F(Customise, SetsItsStoreUpBeforeTheFirstQuestion) {
+    set_loglvl(LOG_DEBUG);
+    ASSERT_EQ(inilog(".", "gxsetup"), 1);
+    run("\n\n5\n");
+    close_log();
+    set_loglvl(LOG_ERROR);
+
+    const std::string log = read_file("gxsetup.log");
+    EXPECT_LT(log.find("{prod_name} not added"), log.find("changed {cgi_path=")) << log;
+}
+
 TEST_F(Customise, IsRunByTheDispatchForFlowThree) {
     EXPECT_EQ(console_of("\n\n5\n", [] { EXPECT_EQ(run_flows(flow_customise), 1); }),
               beginning() + menu + backup_messages());

@@ -52,6 +52,12 @@ bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+// Whether an entry that was looked at already stands at `path`.
+bool stands_at(const struct stat &entry, const char *path) {
+    struct stat there {};
+    return ::stat(path, &there) == 0 && is_same_file(entry, there);
+}
+
 bool write_all(int file, const char *bytes, std::size_t count) {
     while (count > 0) {
         const ssize_t written = ::write(file, bytes, count);
@@ -85,9 +91,14 @@ move_result move_bytes(int from, int to) {
 // Copies a regular file that was looked at already.
 int copy_file(const char *src, const struct stat &source, const char *destination, int overwrite) {
     constexpr int flags = O_NONBLOCK | O_CLOEXEC;
+    // What cannot be opened may be in place already: nobody may write into a program that runs.
+    const auto fail_unless_in_place = [&](int (*failed)(const char *, int), const char *path) {
+        const int error = errno;
+        return stands_at(source, destination) ? 1 : failed(path, error);
+    };
     const file_descriptor from(::open(src, O_RDONLY | flags));
     if (!from.is_open()) {
-        return copy_failed(src, errno);
+        return fail_unless_in_place(copy_failed, src);
     }
     if (overwrite == 0 && file_exists(destination) == 1) {
         return 1;
@@ -96,7 +107,7 @@ int copy_file(const char *src, const struct stat &source, const char *destinatio
     file_descriptor to(::open(destination, O_WRONLY | O_CREAT | flags, file_mode));
     struct stat old {};
     if (!to.is_open() || ::fstat(to.number(), &old) != 0) {
-        return open_failed(destination, errno);
+        return fail_unless_in_place(open_failed, destination);
     }
     if (is_same_file(source, old)) {
         return 1;
@@ -203,8 +214,7 @@ int copy_into(const char *src, const char *xdst, int overwrite, const tree_level
     if (!S_ISDIR(source.st_mode)) {
         return copy_failed(src, EINVAL);
     }
-    struct stat old {};
-    if (::stat(destination.c_str(), &old) == 0 && is_same_file(source, old)) {
+    if (stands_at(source, destination.c_str())) {
         return 1;
     }
     if (holds(source, xdst)) {

@@ -465,6 +465,20 @@ TEST(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
     EXPECT_FALSE(read_file("dist/gxsetup.dat").empty());
 }
 
+TEST(Places, TheRunningSetupInTheDistributionIsInPlaceAlready) {
+    const world host("kestrel");
+    // A program that runs cannot be opened to be written.
+    const run_place own_program = {
+        .wrapper = {"/bin/sh", "-c",
+                    "cp -f \"$0\" gxsetup && chmod 755 gxsetup && exec ./gxsetup"}};
+    const wizard_run run =
+        run_wizard(host, {}, "1\n\n@/dist\n@/html/vlimg\n\n\n\n\n\n\nno\n\n", own_program);
+    EXPECT_TRUE(steps_of(run.transcript).starts_with("\nCopying template files......\n"))
+        << run.transcript;
+    EXPECT_NE(run.transcript.find("\nInstallation successful.\n"), std::string::npos)
+        << run.transcript;
+}
+
 TEST(Places, ProgramsDirectoryThatIsTheDistributionKeepsItsProgram) {
     const world host("kestrel");
     const std::string program = read_file("dist/kestrel.cgi");

@@ -106,6 +106,10 @@ TEST_F(DoCopy2, OntoItselfIsOneAndKeepsTheFile) {
     std::filesystem::create_symlink(std::filesystem::absolute("a.tpl"), there("link.tpl"));
     EXPECT_EQ(shown(1, [&] { return copy2("a.tpl", "link.tpl"); }), "");
     EXPECT_EQ(read_file("a.tpl"), "kept");
+    for (const mode_t mode : {0444U, 0U}) { // which root may read and write as well
+        ::chmod("a.tpl", mode);
+        EXPECT_EQ(shown(1, [] { return do_copy2("a.tpl", "./a.tpl", 1); }), "");
+    }
 }
 
 TEST_F(DoCopy2, AMissingSourceIsReported) {

@@ -88,7 +88,8 @@ bool accept_directory(int dir_action) {
     case 0:
         return true;
     case 3:
-        if ((dir_action & dir_may_be_new) != 0) {
+        // The root is there, though the existence test does not find it, and cannot be created.
+        if ((dir_action & dir_may_be_new) != 0 && answer.view() != "/") {
             print_imsg("%s does not exist... gxsetup will create it\n", answer.c_str());
             return true;
         }

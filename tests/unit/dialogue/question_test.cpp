@@ -311,6 +311,10 @@ TEST_F(QuestionDirectory, TheRootAloneIsRefusedAsNotExisting) {
               "\nDirectory for kestrel workarea (user files) ? "
               "/ does not exist... please enter a valid directory\n"
               "\nDirectory for kestrel workarea (user files) ? ");
+    EXPECT_EQ(ask("/\n" + scratch.path() + "\n", D_TMPLTS2_Q, nullptr).transcript,
+              "\nDirectory for templates ? "
+              "/ does not exist... please enter a valid directory\n"
+              "\nDirectory for templates ? ");
 }
 
 TEST_F(QuestionDirectory, TheDefaultIsCheckedLikeATypedAnswer) {

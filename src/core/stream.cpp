@@ -1,5 +1,7 @@
 #include "core/stream.h"
 
+#include "core/format.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -98,6 +100,10 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
 }
 
 replacement_file::replacement_file(const char *path, const char *scratch_name) {
+    if (std::string_view(path).size() > path_text::capacity) {
+        errno = ENAMETOOLONG;
+        return;
+    }
     // Links are followed, so that the link itself stays. A file that is not there yet is meant as
     // written; where a link leads to it, there is no older file to keep either.
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);

@@ -75,8 +75,9 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer);
 // scratch file is removed unless `commit` succeeded.
 class replacement_file {
   public:
-    // Starts replacing `path`; on failure `stream` is null and errno says why. The scratch file
-    // gets a name that nothing has, or the given one: a file of that name goes.
+    // Starts replacing `path`, of 511 characters at most; on failure `stream` is null and errno
+    // says why. The scratch file gets a name that nothing has, or the given one: a file of that
+    // name goes.
     explicit replacement_file(const char *path, const char *scratch_name = nullptr);
     ~replacement_file();
     replacement_file(const replacement_file &) = delete;

@@ -3,6 +3,7 @@
 // the flows build on them.
 #pragma once
 
+#include "core/format.h"
 #include "core/text.h"
 
 #include <array>
@@ -14,7 +15,7 @@
 inline constexpr int MAXWILD = 1000;
 
 // The longest path the program acts on.
-inline constexpr std::size_t path_limit = 511;
+inline constexpr std::size_t path_limit = path_text::capacity;
 
 // The names a search found, each a heap copy freed with the array or by resetting its slot.
 using found_names = std::array<heap_text, MAXWILD>;

@@ -165,6 +165,17 @@ TEST_F(ReplacementFile, AFileMayHaveTheLongestNameThereIs) {
     EXPECT_EQ(read_file(name), "new");
 }
 
+TEST_F(ReplacementFile, APathOfMoreThan511CharactersIsRefused) {
+    std::string here;
+    while (here.size() < 508) {
+        here += "./";
+    }
+    EXPECT_TRUE(replacement_file((here + "abc").c_str()).commit());
+    EXPECT_EQ(replacement_file((here + "abcd").c_str()).stream(), nullptr);
+    EXPECT_EQ(errno, ENAMETOOLONG);
+    EXPECT_EQ(names_here(), std::vector<std::string>{"abc"});
+}
+
 TEST_F(ReplacementFile, ALinkStaysAndItsFileIsReplaced) {
     write_file("real", "old");
     std::filesystem::create_symlink("real", "link");

@@ -56,6 +56,14 @@ class Customise : public scratch_test {
         return console_of(answers, [] { EXPECT_EQ(gxcustom_main(&gxvalues), 1); });
     }
 
+    // Runs the flow with these answers; gives its log at debug level.
+    static std::string log_of(std::string_view answers) {
+        const test_log log(".");
+        set_loglvl(LOG_DEBUG);
+        run(answers);
+        return log.text();
+    }
+
     [[nodiscard]] std::string cgi_question() const {
         return "\nWebserver directory for cgi-files (This must be a valid script directory)\n[" +
                cgi_path + "]? ";
@@ -276,25 +284,13 @@ TEST_F(Customise, StoresTheDirectoriesThatAreAnswered) {
 }
 
 TEST_F(Customise, LogsWhatItDoes) {
-    set_loglvl(LOG_DEBUG);
-    ASSERT_EQ(inilog(".", "gxsetup"), 1);
-    run("\n\n5\n");
-    close_log();
-    set_loglvl(LOG_ERROR);
-
-    const std::string log = read_file("gxsetup.log");
-    EXPECT_NE(log.find(" Debug: Action custom\n"), std::string::npos);
-    EXPECT_TRUE(log.ends_with(" Info:  " + cgi_path + "/kest_old.ini copied\n"));
+    const std::string log = log_of("\n\n5\n");
+    EXPECT_TRUE(log.starts_with("Debug: Action custom\n")) << log;
+    EXPECT_TRUE(log.ends_with("\nInfo:  " + cgi_path + "/kest_old.ini copied\n")) << log;
 }
 
 TEST_F(Customise, SetsItsStoreUpBeforeTheFirstQuestion) {
-    set_loglvl(LOG_DEBUG);
-    ASSERT_EQ(inilog(".", "gxsetup"), 1);
-    run("\n\n5\n");
-    close_log();
-    set_loglvl(LOG_ERROR);
-
-    const std::string log = read_file("gxsetup.log");
+    const std::string log = log_of("\n\n5\n");
     EXPECT_LT(log.find("{prod_name} not added"), log.find("changed {cgi_path=")) << log;
 }
 

@@ -15,11 +15,16 @@ constexpr std::size_t piece_size = 256; // 255 characters and a NUL
 constexpr const char *help_file = "vsetup.hlp";
 constexpr const char *fallback_text = "No specific help is available for this question.";
 
+// Looks one character ahead; the end cannot be put back (ISO C 7.21.7.10).
+bool is_at_end(std::FILE *file) {
+    return std::ungetc(std::getc(file), file) == EOF;
+}
+
 // Reads the next line, or piece of a line. False at the end of the file; a last line without a
 // line feed, be it as long as a piece, counts as the end.
 bool read_help_line(std::FILE *file, std::string &line) {
     std::array<char, piece_size> piece{};
-    if (!read_piece(file, piece).ends_with('\n') && std::ungetc(std::getc(file), file) == EOF) {
+    if (!read_piece(file, piece).ends_with('\n') && is_at_end(file)) {
         return false;
     }
     line = piece.data();

@@ -152,6 +152,10 @@ TEST_F(ReplacementFile, ANewFileGetsTheUsualModeAndAReplacedOneKeepsItsOwn) {
     replacement_file again("fresh");
     EXPECT_TRUE(again.commit());
     EXPECT_EQ(mode_of("fresh"), 0604U);
+    ASSERT_EQ(::chmod("fresh", 06777), 0);
+    replacement_file once_more("fresh");
+    EXPECT_TRUE(once_more.commit());
+    EXPECT_EQ(mode_of("fresh"), 06777U);
     ::umask(mask);
 }
 

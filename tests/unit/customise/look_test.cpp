@@ -237,12 +237,16 @@ TEST_F(Footer, RemoveAndNoLeavesTheFooterAsItWas) {
 }
 
 TEST_F(Footer, APassAfterRemoveOffersTheOldLinesAndThoseOfThePass) {
-    EXPECT_EQ(edit({"One", "Two"}, "First\n[remove]\nyes\n[save]\n\nyes\n"),
+    EXPECT_EQ(edit({"One", "Two"}, "First\n[remove]\nyes\n\n\n\n[save]\n\nyes\n"),
               footer_help +
                   std::string("\nLine 0:[One]? "
                               "\nLine 1:[Two]? ") +
-                  no_changes + short_help + "\nLine 0:[One]? " + no_changes +
-                  "\nRemove Email footers [NO]? ");
+                  no_changes + short_help +
+                  "\nLine 0:[One]? "
+                  "\nLine 1:[Two]? "
+                  "\nLine 2:[First]? "
+                  "\nLine 3:? " +
+                  no_changes + "\nRemove Email footers [NO]? ");
     EXPECT_EQ(footer(), texts{});
 }
 

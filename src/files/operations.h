@@ -48,11 +48,11 @@ inline constexpr mode_t images_mode = 0755;
 
 // Copies a file, or a directory with all it holds, into the directory `xdst`. Inside a directory
 // everything is overwritten and failures are only reported: a directory gives 1. Source and
-// destination by one name give 0.
+// destination by one name give 0; what is in place already by another name stays, which gives 1.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
-// Copies a file to the file `xdst`. Source and destination by one name give 1, as a directory does,
-// which is not copied.
+// Copies a file to the file `xdst`. Source and destination that are one file give 1, as a directory
+// does, which is not copied.
 int do_copy2(const char *src, const char *xdst, int overwrite);
 
 // do_copy2 into the directory `dst`, and to the file `dst`, with the mode of a program.

@@ -14,10 +14,10 @@ constexpr const char *trace_file = "calls.txt";
 // Calls on files and processes that a system may refuse. What a machine or a C library does not
 // have is passed over ("?", strace(1)).
 constexpr const char *traced_calls =
-    "trace=%%stat,?open,openat,?openat2,read,?pread64,write,close,?getdents,?getdents64,?mkdir,?"
-    "mkdirat,"
-    "?rmdir,?unlink,?unlinkat,?rename,?renameat,?renameat2,?chmod,?fchmod,?fchmodat,?chown,?fchown,"
-    "?fchownat,ftruncate,?access,?faccessat,?faccessat2,?readlink,wait4,?vfork,?clone,?clone3";
+    "trace=%%stat,?open,openat,?openat2,read,?pread64,write,close,?getdents,?getdents64,?mkdir,"
+    "?mkdirat,?rmdir,?unlink,?unlinkat,?rename,?renameat,?renameat2,?chmod,?fchmod,?fchmodat,"
+    "?chown,?fchown,?fchownat,ftruncate,?access,?faccessat,?faccessat2,?readlink,wait4,?vfork,"
+    "?clone,?clone3";
 
 run_place traced(const world &host, const std::vector<std::string> &options) {
     run_place place;

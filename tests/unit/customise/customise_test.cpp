@@ -291,7 +291,9 @@ TEST_F(Customise, LogsWhatItDoes) {
 
 TEST_F(Customise, SetsItsStoreUpBeforeTheFirstQuestion) {
     const std::string log = log_of("\n\n5\n");
-    EXPECT_LT(log.find("{prod_name} not added"), log.find("changed {cgi_path=")) << log;
+    const std::size_t first_answer = log.find("changed {cgi_path=");
+    ASSERT_NE(first_answer, std::string::npos) << log;
+    EXPECT_LT(log.find("{prod_name} not added"), first_answer) << log;
 }
 
 TEST_F(Customise, IsRunByTheDispatchForFlowThree) {

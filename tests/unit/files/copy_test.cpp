@@ -173,9 +173,7 @@ TEST_F(DoCopy2, APathThatIsTooLongIsReportedAndNothingIsMade) {
 
 TEST_F(DoCopy2, APathOf511CharactersIsNotTooLong) {
     write_file("a.tpl", "a");
-    const std::string directory = there(std::string(150, 'd') + "/" + std::string(150, 'd'));
-    std::filesystem::create_directories(directory);
-    const std::string path = directory + "/" + std::string(511 - directory.size() - 1, 'f');
+    const std::string path = make_deep_directory(there(), 505) + "/a.tpl";
     ASSERT_EQ(path.size(), 511U);
     EXPECT_EQ(shown(1, [&] { return do_copy2("a.tpl", path.c_str(), 1); }), ".");
     EXPECT_EQ(read_file(path), "a");

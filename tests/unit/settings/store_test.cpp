@@ -448,6 +448,15 @@ TEST_F(IniUpdate, ANullValueOrNoValueGivenLastChangesNothing) {
     EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
 }
 
+TEST_F(IniUpdate, WithoutMemoryKeepsTheValueAndTellsTheName) {
+    add("cgi_name", "kestrel");
+    ini_value(&ini, "cgi_name", 0);
+    const failing_memory none(memory_of::texts, 0);
+    EXPECT_EQ(ini_update(&ini, "plover"), nullptr);
+    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
+    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
+}
+
 // --- Lookups ---
 
 TEST_F(IniValue, GivesTheFirstValueOfTheExactName) {

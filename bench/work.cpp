@@ -1,6 +1,7 @@
 #include "work.h"
 
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/text.h"
 #include "files/search.h"
 #include "setup/answer_store.h"

@@ -3,6 +3,7 @@
 // exactly the size asked for), and what the headers say of each result.
 #include "support.h"
 
+#include "core/paths.h"
 #include "core/text.h"
 #include "dialogue/answers.h"
 

@@ -7,6 +7,7 @@
 // but a new file system in memory is read-only: what is typed may name any directory. Without the
 // right to such a namespace nothing is run, and the status is 77.
 #include "counters.h"
+#include "products/product.h"
 #include "support.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "core/text.h"
 
+#include "core/console.h"
 #include "core/format.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ int upper(char character) {
     return std::toupper(static_cast<unsigned char>(character));
 }
 
-int plain(char character) {
+int byte_of(char character) {
     return static_cast<unsigned char>(character);
 }
 
@@ -28,15 +29,6 @@ int compare_counted(const char *a, const char *b, std::size_t n, Fold fold) {
         difference = fold(*a) - fold(*b);
     }
     return n > 0 ? 1 : difference;
-}
-
-bool is_file_character(char character) {
-    return std::isalnum(plain(character)) != 0 ||
-           std::string_view("._*-#:/@%").find(character) != std::string_view::npos;
-}
-
-bool has_text(const char *text) {
-    return text != nullptr && *text != '\0';
 }
 
 // Sorts the records from lb to ub into two segments around the middle one; gives its place.
@@ -120,7 +112,7 @@ int s_strcmp(const char *a, const char *b) {
     if (a == nullptr || b == nullptr) {
         return 1;
     }
-    const int difference = plain(*a) - plain(*b);
+    const int difference = byte_of(*a) - byte_of(*b);
     return difference != 0 ? difference : std::strcmp(a, b);
 }
 
@@ -137,7 +129,7 @@ int s_stricmp(const char *a, const char *b) {
 }
 
 int s_strncmp(const char *a, const char *b, std::size_t n) {
-    return a == nullptr || b == nullptr ? 1 : compare_counted(a, b, n, plain);
+    return a == nullptr || b == nullptr ? 1 : compare_counted(a, b, n, byte_of);
 }
 
 int s_strnicmp(const char *a, const char *b, std::size_t n) {
@@ -146,8 +138,16 @@ int s_strnicmp(const char *a, const char *b, std::size_t n) {
 
 char *s_strlwr(char *text) {
     for (char *at = text; at != nullptr && *at != '\0'; at++) {
-        *at = static_cast<char>(std::tolower(plain(*at)));
+        *at = static_cast<char>(std::tolower(byte_of(*at)));
     }
+    return text;
+}
+
+char *strlwr(char *text) {
+    std::transform(text, text + std::strlen(text), text, [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                    : character;
+    });
     return text;
 }
 
@@ -181,6 +181,14 @@ char *s_stradd(char *str, const char *add) {
     }
     s_strcpy(grown + used, add);
     return grown;
+}
+
+char *maistrdup(const char *text) {
+    char *copy = ::strdup(text);
+    if (copy == nullptr) {
+        print("NOT ENOUGH MEMORY ALLOCATED ERROR");
+    }
+    return copy;
 }
 
 const char *s_strstr(const char *hay, const char *needle) {
@@ -248,95 +256,9 @@ char *remove_quote(const char *str) {
     return result.data();
 }
 
-char *valid_file(const char *file) {
-    static path_text result;
-    const std::string_view text = file != nullptr ? file : "";
-    std::string kept;
-    for (const char character : text.substr(0, path_text::capacity)) {
-        if (character == ' ') {
-            kept.push_back('_');
-        } else if (is_file_character(character)) {
-            kept.push_back(character);
-        }
-    }
-    result.assign(kept);
-    return result.data();
-}
-
 char *char_replace(char *str, char from, char to) {
     std::replace(str, str + std::strlen(str), from, to);
     return str;
-}
-
-char *attach_path(const char *work_path, const char *file) {
-    static path_text result;
-    const std::string_view name = has_text(file) ? valid_file(file) : "";
-    if (!has_text(work_path)) {
-        result.assign(name);
-        return result.data();
-    }
-    path_text directory(work_path);
-    if (!directory.view().ends_with('/')) {
-        if (!name.starts_with('/')) {
-            directory.append("/");
-        }
-    } else if (name.starts_with('/')) {
-        directory.assign(directory.view().substr(0, directory.view().size() - 1));
-    }
-    if (name.size() > 1 && name[1] == ':') {
-        directory.assign(directory.view().substr(0, directory.view().size() - 1));
-    }
-    result.assign(directory.view()).append(name);
-    return result.data();
-}
-
-char *attach_ext(const char *path_file, const char *ext) {
-    static path_text result;
-    result.assign(path_file);
-    if (path_file != nullptr && ext != nullptr) {
-        if (*ext != '.') {
-            result.append(".");
-        }
-        result.append(ext);
-    }
-    return result.data();
-}
-
-char *strip_ext(const char *in) {
-    static path_text result;
-    result.assign(in);
-    const std::string_view text = result.view();
-    const std::size_t dot = text.rfind('.');
-    if (dot != std::string_view::npos) {
-        const bool is_final = dot + 1 == text.size();
-        if (!is_final || (dot > 1 && text[dot - 1] != '.')) {
-            result.assign(text.substr(0, dot));
-        }
-    }
-    return result.data();
-}
-
-char *strip_path(const char *in, int rm_extend) {
-    static path_text result;
-    const std::string_view path = in != nullptr ? in : "";
-    result.assign(path.substr(path.rfind('/') + 1));
-    if (rm_extend != 0) {
-        result.assign(strip_ext(result.c_str()));
-    }
-    return result.data();
-}
-
-char *strip_filename(const char *in) {
-    static path_text result;
-    const std::string_view path = in != nullptr ? in : "";
-    result.assign(path.substr(0, path.rfind('/') + 1));
-    return result.empty() ? nullptr : result.data();
-}
-
-char *remove_path(const char *path, int want_remove) {
-    static path_text result;
-    result.assign(want_remove != 0 ? strip_path(path, 0) : strip_filename(path));
-    return result.empty() ? nullptr : result.data();
 }
 
 void exchange(void *a, void *b, std::size_t size) {

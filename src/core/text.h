@@ -1,6 +1,5 @@
-// The program's own string and path helpers. Nearly every room calls them: bounded copies,
-// comparisons that bear null texts, and the joining and splitting of Unix paths ("/" only). Their
-// rules differ from the C library's in small, intended ways.
+// The program's own string helpers. Nearly every module calls them: bounded copies and comparisons
+// that accept null texts. Their rules differ from the C library's in small, intended ways.
 //
 // Functions that return a text of their own keep it in one buffer each, overwritten by the next
 // call of the same function; copy what is needed longer.
@@ -50,6 +49,8 @@ int s_strnicmp(const char *a, const char *b, std::size_t n);
 
 // Lower-cases in place; gives its argument.
 char *s_strlwr(char *text);
+// Lower-cases A to Z in place, nothing else; gives its argument.
+char *strlwr(char *text);
 // Gives 1 (0 for null). The text keeps its trailing blanks.
 int s_strtrm(char *text);
 // Appends the formatted text (at most 1023 characters of it) to `des`, which must have the room.
@@ -57,6 +58,8 @@ int s_strtrm(char *text);
 // Grows the heap text `str` by `add`. The caller owns and frees the result; without memory it is
 // `str` unchanged. A null `str` gives a new text.
 char *s_stradd(char *str, const char *add);
+// A heap copy of `text`, which the caller frees. If memory runs out prints so and returns null.
+char *maistrdup(const char *text);
 const char *s_strstr(const char *hay, const char *needle);
 const char *s_strchr(const char *text, int character);
 // The place in `hay` of the first match ignoring case, or null.
@@ -73,33 +76,12 @@ char *s_strtoken(const char *string, const char *sep);
 // What follows the first `separator` of `text`; nothing when it holds none.
 std::string_view text_after(std::string_view text, char separator);
 
-// --- Quotes and file names ---
+// --- Quotes and characters ---
 
 // What stands between the first double quote and the next (or the end); "" without a quote.
 char *remove_quote(const char *str);
-// The letters, digits and . _ * - # : / @ % of `file`, a blank as "_", nothing else; at most the
-// first 511 characters are looked at.
-char *valid_file(const char *file);
 // Replaces each `from` by `to` in place.
 char *char_replace(char *str, char from, char to);
-
-// --- Paths ---
-
-// Joins a directory and a file, which goes through `valid_file`, with one "/" between them. Either
-// may be missing (null or ""). A file whose second character is ":" is joined without the "/".
-char *attach_path(const char *work_path, const char *file);
-// Adds an extension; the "." between is added when `ext` has none.
-char *attach_ext(const char *path_file, const char *ext);
-// Cuts at the last "." of the whole text, directories included. A final "." goes only when it
-// stands behind a character other than "." that is not the first.
-char *strip_ext(const char *in);
-// What follows the last "/"; without its extension when `rm_extend` is set.
-char *strip_path(const char *in, int rm_extend);
-// The directory with its "/"; null when there is none.
-char *strip_filename(const char *in);
-// `strip_path(path, 0)` when `want_remove` is set, else `strip_filename(path)`; null for an empty
-// result.
-char *remove_path(const char *path, int want_remove);
 
 // --- Sorting ---
 

@@ -9,8 +9,9 @@
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
-#include "setup/flow.h"
-#include "setup/product.h"
+#include "products/product.h"
+#include "setup/installed.h"
+#include "setup/questionnaire.h"
 
 #include <algorithm>
 #include <array>

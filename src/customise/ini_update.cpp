@@ -1,6 +1,7 @@
 #include "customise/ini_update.h"
 
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/stream.h"
 #include "dialogue/answers.h"
 #include "files/search.h"

@@ -2,10 +2,10 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/text.h"
 #include "customise/editing.h"
 #include "customise/ini_update.h"
-#include "dialogue/answers.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"

@@ -2,7 +2,6 @@
 
 #include "core/log.h"
 #include "core/text.h"
-#include "dialogue/answers.h"
 
 text_list::text_list() {
     list_init(this, emsg);

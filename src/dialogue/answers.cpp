@@ -1,7 +1,7 @@
 #include "dialogue/answers.h"
 
-#include "core/console.h"
 #include "core/format.h"
+#include "core/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,10 +18,6 @@ const char *strip_leading_spaces(const char *text) {
     return text + std::strspn(text, " \t");
 }
 
-int check_for_root(const char *path) {
-    return path != nullptr && *path == '/' ? 1 : 0;
-}
-
 int valid_dir_name(char *name) {
     char *word = name + std::strspn(name, " ");
     word[std::strcspn(word, " ")] = '\0';
@@ -31,10 +27,6 @@ int valid_dir_name(char *name) {
 int num_perc(const char *text) {
     const char *percent = std::strchr(text + std::strspn(text, "0123456789"), '%');
     return percent == nullptr || percent[1] == '\0' ? 1 : 0;
-}
-
-const char *clean_up_root(const char *text) {
-    return text != nullptr ? text + std::strcspn(text, "/") : nullptr;
 }
 
 char *clean_up_name(char *name) {
@@ -65,43 +57,4 @@ char *clean_up_set(char *line) {
     }
     *to = '\0';
     return line;
-}
-
-char *rmv_end_sep(const char *path) {
-    static path_text result;
-    result.assign(path);
-    if (result.view().ends_with('/')) {
-        result.assign(result.view().substr(0, result.view().size() - 1));
-    }
-    return result.data();
-}
-
-char *add_end_sep(const char *path) {
-    static path_text result;
-    result.assign(path);
-    if (!result.view().ends_with('/')) {
-        result.append("/");
-    }
-    return result.data();
-}
-
-const char *strip_directory(const char *path) {
-    const char *separator = std::strrchr(path, '/');
-    return separator != nullptr ? separator + 1 : path;
-}
-
-char *strlwr(char *text) {
-    std::transform(text, text + std::strlen(text), text, [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                    : character;
-    });
-    return text;
-}
-
-char *maistrdup(const char *text) {
-    char *copy = ::strdup(text);
-    if (copy == nullptr) {
-        print("NOT ENOUGH MEMORY ALLOCATED ERROR");
-    }
-    return copy;
 }

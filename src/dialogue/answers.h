@@ -9,18 +9,12 @@ char *clean_up_answer(char *answer);
 // The first character of `text` that is neither a blank nor a tab.
 const char *strip_leading_spaces(const char *text);
 
-// 1 when `path` begins with "/", else 0.
-int check_for_root(const char *path);
-
 // 1 when `name` is empty or all blanks, else 0. Cuts `name` in place behind its first word.
 int valid_dir_name(char *name);
 
 // 1 for a text that may be a number or a percentage: its first "%", looked for behind leading
 // digits, is its last character, or it has none. Other characters are not judged.
 int num_perc(const char *text);
-
-// The first "/" of `text`, or its end; null for null.
-const char *clean_up_root(const char *text);
 
 // Cuts `name` in place at its first ".". Gives `name`.
 char *clean_up_name(char *name);
@@ -32,17 +26,3 @@ char *get_label(const char *line);
 // Rewrites `line` in place to the text behind its first blank, without line ends and without each
 // pair of a blank and "/". Gives `line`; a line without a blank becomes "".
 char *clean_up_set(char *line);
-
-// A copy of `path` (511 characters at most) without one trailing "/"; with one "/" at its end. Each
-// has a buffer of its own, overwritten by its next call. Null counts as "".
-char *rmv_end_sep(const char *path);
-char *add_end_sep(const char *path);
-
-// What follows the last "/" of `path`; `path` itself when it holds none.
-const char *strip_directory(const char *path);
-
-// Lower-cases A to Z in place, nothing else. Gives `text`.
-char *strlwr(char *text);
-
-// A heap copy of `text`, which the caller frees. Without memory the console says so and it is null.
-char *maistrdup(const char *text);

@@ -2,8 +2,8 @@
 
 #include "core/console.h"
 #include "core/format.h"
+#include "core/paths.h"
 #include "core/stream.h"
-#include "dialogue/answers.h"
 #include "files/search.h"
 
 #include <cstdlib>

@@ -2,9 +2,10 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/stream.h"
-#include "dialogue/answers.h"
 #include "files/search.h"
+#include "products/product.h"
 
 #include <algorithm>
 #include <array>
@@ -19,11 +20,6 @@
 namespace {
 
 constexpr std::size_t block_size = std::size_t{128} * 1024;
-
-constexpr std::array<std::string_view, 4> programs_here = {"kestrel.cgi", "plover.cgi",
-                                                           "tanager.cgi", "gxsetup"};
-constexpr std::array<std::string_view, 5> programs_elsewhere = {
-    "kestrel.cgi", "plover.cgi", "tanager.cgi", "osprey.cgi", "gxsetup"};
 
 // A directory that is being copied, within the one that was being copied before it.
 struct tree_level {
@@ -226,11 +222,6 @@ int copy_into(const char *src, const char *xdst, int overwrite, const tree_level
     return copy_directory(src, {source, above}, destination.c_str());
 }
 
-template <std::size_t count>
-bool is_listed(const std::array<std::string_view, count> &programs, std::string_view name) {
-    return std::find(programs.begin(), programs.end(), name) != programs.end();
-}
-
 // Copies one name that a search found, at `path`, into `dst`.
 bool copy_found(const char *name, const char *path, const char *dst, int overwrite,
                 bool is_program) {
@@ -290,7 +281,7 @@ int do_xcopy(const char *src, const char *dst, int overwrite) {
     }
     int result = 1;
     for_each_name(names, count, [&](const char *name) {
-        if (!copy_found(name, name, dst, overwrite, is_listed(programs_here, name))) {
+        if (!copy_found(name, name, dst, overwrite, is_program_here(name))) {
             result = 0;
         }
     });
@@ -305,8 +296,7 @@ int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite)
     }
     int result = 1;
     for_each_name(names, count, [&](const char *name) {
-        if (!copy_found(name, path_in(path, name).c_str(), dst, overwrite,
-                        is_listed(programs_elsewhere, name))) {
+        if (!copy_found(name, path_in(path, name).c_str(), dst, overwrite, is_program(name))) {
             result = 0;
         }
     });

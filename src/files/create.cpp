@@ -1,7 +1,7 @@
 #include "files/operations.h"
 
 #include "core/log.h"
-#include "dialogue/answers.h"
+#include "core/paths.h"
 #include "files/search.h"
 
 #include <cerrno>

@@ -21,10 +21,6 @@
 extern uid_t gx_user;
 extern gid_t gx_group;
 
-// Chooses the owner: "nobody", or else asks for a user name until the system knows it. The group
-// is the user's own, or "nobody" wherever that group exists, whatever the user. Always 1.
-int get_uid();
-
 // Gives a file or directory to the owner. Whether that is allowed is not asked.
 void give_to_owner(const char *path);
 

@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/stream.h"
 #include "files/search.h"
 

@@ -2,8 +2,9 @@
 
 #include "core/format.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/stream.h"
-#include "dialogue/answers.h"
+#include "core/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -128,23 +129,6 @@ search_result search(const char *path, const char *pattern, found_names &names) 
 }
 
 } // namespace
-
-std::string path_in(const char *directory, const char *name) {
-    return formatted("%s%c%s", directory, '/', name);
-}
-
-std::string shown_path(const char *path, int error) {
-    constexpr std::size_t shown_length = 400;
-    const std::string_view whole = path;
-    if (error != ENAMETOOLONG || whole.size() <= shown_length) {
-        return path;
-    }
-    return std::string(whole.substr(0, shown_length)).append("...");
-}
-
-bool is_dot_entry(std::string_view name) {
-    return name == "." || name == "..";
-}
 
 int domatch(const char *name, const char *pattern) {
     const std::string_view text(name);

@@ -3,7 +3,7 @@
 // the flows build on them.
 #pragma once
 
-#include "core/format.h"
+#include "core/paths.h"
 #include "core/text.h"
 
 #include <array>
@@ -13,9 +13,6 @@
 
 // The most names that one search gives.
 inline constexpr int MAXWILD = 1000;
-
-// The longest path the program acts on.
-inline constexpr std::size_t path_limit = path_text::capacity;
 
 // The names a search found, each a heap copy freed with the array or by resetting its slot.
 using found_names = std::array<heap_text, MAXWILD>;
@@ -34,16 +31,6 @@ void for_each_name(found_names &names, int count, Use use) {
         }
     }
 }
-
-// The path of `name` in `directory`.
-std::string path_in(const char *directory, const char *name);
-
-// The path as the message of a failure shows it: whole, but where something was too long
-// (ENAMETOOLONG) a long path is cut, so that the message's bound does not take the reason away.
-std::string shown_path(const char *path, int error);
-
-// Whether a name is one of those that every directory has for itself and the one above it.
-bool is_dot_entry(std::string_view name);
 
 // 1 when the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one character,
 // "[...]" one of a set ("[^...]" one not in it, "a-z" a range, "]" or "-" first is a member),

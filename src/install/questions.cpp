@@ -2,11 +2,13 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "dialogue/question.h"
 #include "files/search.h"
-#include "setup/flow.h"
-#include "setup/product.h"
+#include "products/product.h"
+#include "setup/installed.h"
 #include "setup/product_ini.h"
+#include "setup/questionnaire.h"
 
 namespace {
 

@@ -5,8 +5,10 @@
 #include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
-#include "setup/flow.h"
+#include "setup/distribution.h"
+#include "setup/installed.h"
 #include "setup/job.h"
+#include "setup/owner_choice.h"
 #include "setup/product_ini.h"
 #include "templates/sets.h"
 

@@ -2,13 +2,15 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "dialogue/answers.h"
 #include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
-#include "setup/flow.h"
+#include "setup/installed.h"
 #include "setup/job.h"
+#include "setup/questionnaire.h"
 
 #include <cerrno>
 #include <cstdio>

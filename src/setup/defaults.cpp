@@ -6,8 +6,9 @@
 #include "core/program.h"
 #include "core/text.h"
 #include "dialogue/question.h"
+#include "products/product.h"
 #include "setup/answer_store.h"
-#include "setup/flow.h"
+#include "setup/questionnaire.h"
 
 #include <string_view>
 
@@ -17,50 +18,30 @@ pINI_SETTINGS answers() {
     return &gxvalues;
 }
 
-// What is suggested for an operating system. The templates directories are those of kestrel,
-// plover, tanager and every other product.
+// What is suggested for an operating system, beside the templates directory.
 struct system_defaults {
     const char *cgi_path;
     const char *vlimg_dir;
-    const char *kestrel_templates;
-    const char *plover_templates;
-    const char *tanager_templates;
-    const char *other_templates;
-    bool knows_imap; // whether tanager's file is one for IMAP; on Unix it is made like a POP one
+    const char *product::*templates;
+    bool knows_imap; // required: on Unix every product gets a POP host
 };
 
 constexpr system_defaults unix_defaults = {
     .cgi_path = "/home/httpd/cgi-bin",
     .vlimg_dir = "/home/httpd/html/vlimg",
-    .kestrel_templates = "/var/spool/kestrel",
-    .plover_templates = "/var/spool/plov",
-    .tanager_templates = "/var/spool/tanager",
-    .other_templates = "/var/spool/osprey",
+    .templates = &product::unix_templates,
     .knows_imap = false,
 };
 
 constexpr system_defaults windows_defaults = {
     .cgi_path = R"(\inetpub\scripts)",
     .vlimg_dir = R"(\inetpub\wwwroot\vlimg)",
-    .kestrel_templates = R"(\kestrel)",
-    .plover_templates = R"(\plov)",
-    .tanager_templates = R"(\tanager)",
-    .other_templates = R"(\osprey)",
+    .templates = &product::windows_templates,
     .knows_imap = true,
 };
 
-bool is_product(const char *name) {
-    return s_stricmp(ini_value_num(answers(), D_PROD_NAME), name) == 0;
-}
-
-const char *templates_of(const system_defaults &defaults) {
-    if (is_product("kestrel")) {
-        return defaults.kestrel_templates;
-    }
-    if (is_product("plover")) {
-        return defaults.plover_templates;
-    }
-    return is_product("tanager") ? defaults.tanager_templates : defaults.other_templates;
+const char *product_name() {
+    return ini_value_num(answers(), D_PROD_NAME);
 }
 
 void start_answers() {
@@ -144,10 +125,10 @@ int make_dflt() {
     const path_text op_system(ask_answer(answers(), D_OP_SYSTEM, I_OPSYS_Q));
     const bool is_windows = s_stricmp(op_system.c_str(), "nt") == 0;
     const system_defaults &defaults = is_windows ? windows_defaults : unix_defaults;
-    const bool is_imap = defaults.knows_imap && is_product("tanager");
+    const bool is_imap = defaults.knows_imap && is_imap_product(product_name());
     set_answer(answers(), D_CGI_PATH, defaults.cgi_path);
     set_answer(answers(), D_VLIMG_DIR, defaults.vlimg_dir);
-    set_answer(answers(), D_TEMPLATES, templates_of(defaults));
+    set_answer(answers(), D_TEMPLATES, product_or_osprey(product_name()).*defaults.templates);
     ask_directories();
     ask_hosts(is_imap);
     ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");

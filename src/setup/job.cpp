@@ -2,11 +2,13 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
-#include "setup/flow.h"
-#include "setup/product.h"
+#include "products/product.h"
+#include "setup/distribution.h"
+#include "setup/installed.h"
 #include "setup/product_ini.h"
 
 setup_job::setup_job(pINI_SETTINGS answers)

@@ -6,10 +6,6 @@
 
 #include <string>
 
-// The distribution's directories of images and manuals.
-inline constexpr const char *images_source = "./img";
-inline constexpr const char *manuals_source = "./manuals";
-
 // One run of the steps. The product is judged when the job starts.
 struct setup_job {
     explicit setup_job(pINI_SETTINGS answers);

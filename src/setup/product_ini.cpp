@@ -2,14 +2,15 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/program.h"
 #include "core/stream.h"
 #include "core/text.h"
-#include "dialogue/answers.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
-#include "setup/flow.h"
+#include "products/product.h"
 #include "setup/product.h"
+#include "setup/questionnaire.h"
 
 #include <algorithm>
 #include <array>
@@ -205,7 +206,8 @@ int print_gxvalues(pINI_SETTINGS ini) {
     print("webserver directory: %s\n", ini_value_num(ini, D_CGI_PATH));
     print("images directory:    %s\n", ini_value_num(ini, D_VLIMG_DIR));
     print("templates directory: %s\n", ini_value_num(ini, D_TEMPLATES));
-    if (is_imap) {
+    const product *known = find_product(prod_name);
+    if (known != nullptr && known->shows_manuals) {
         print("manuals directory:   %s\n\n", ini_value_num(ini, D_MANUAL));
     }
     if (s_stricmp(ini_value_num(ini, D_ACTION), "upgrade") == 0) {

@@ -1,8 +1,8 @@
 #include "templates/sets.h"
 
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/text.h"
-#include "dialogue/answers.h"
 #include "files/operations.h"
 #include "files/search.h"
 

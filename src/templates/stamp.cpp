@@ -1,6 +1,7 @@
 #include "core/console.h"
 #include "core/format.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "dialogue/question.h"
 #include "files/search.h"
 #include "templates/checksum.h"

@@ -2,12 +2,13 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/program.h"
 #include "core/stream.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
-#include "setup/flow.h"
+#include "setup/distribution.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -4,9 +4,10 @@
 #include "core/log.h"
 #include "dialogue/question.h"
 #include "files/search.h"
-#include "setup/flow.h"
-#include "setup/product.h"
+#include "products/product.h"
+#include "setup/installed.h"
 #include "setup/product_ini.h"
+#include "setup/questionnaire.h"
 
 #include <string>
 
@@ -59,14 +60,14 @@ void ask_url(pINI_SETTINGS ini) {
 
 int gxupgrade_quest(pINI_SETTINGS ini) {
     set_choice choice;
-    bool is_mail = false;
+    bool keeps_sets = false;
 
     dmsg("upgrade questions");
     for (;;) {
         print_questions_banner(ini, "upgrade");
-        const bool is_imap = is_imap_product(ini_value_num(ini, D_PROD_NAME));
-        is_mail = is_mail || (!is_imap && has_template_sets(ini_value_num(ini, D_PROD_NAME)));
-        const bool has_sets = is_imap || is_mail;
+        const product *known = find_product(ini_value_num(ini, D_PROD_NAME));
+        keeps_sets = keeps_sets || (known != nullptr && known->upgrade_keeps_sets);
+        const bool has_sets = keeps_sets || (known != nullptr && known->has_template_sets);
 
         dmsg("replace templates?");
         const std::string replaces = question(YN_RPLTMPLTS_Q, "NO");

@@ -1,5 +1,6 @@
 #include "core/text.h"
 
+#include "support/console_capture.h"
 #include "unit/failing_memory.h"
 
 #include <algorithm>
@@ -113,7 +114,7 @@ TEST(Lcat, ANullOnEitherSideChangesNothing) {
     EXPECT_EQ(lcat(nullptr, "c", 8), nullptr);
 }
 
-// --- The C library's functions, bearing null texts ---
+// --- The C library's functions, accepting null texts ---
 
 TEST(SStrcpy, ANullSourceGivesAnEmptyText) {
     buffer text("old");
@@ -338,7 +339,7 @@ TEST(SStrtoken, HoldsAtMost1023Characters) {
     EXPECT_EQ(std::string(s_strtoken(text.c_str(), ",")), std::string(1023, 't'));
 }
 
-// --- Quotes and file names ---
+// --- Quotes and characters ---
 
 TEST(RemoveQuote, GivesWhatStandsBetweenTheFirstTwoQuotes) {
     EXPECT_STREQ(remove_quote("set \"blue\" and \"red\""), "blue");
@@ -361,156 +362,10 @@ TEST(RemoveQuote, IsCutAt511Characters) {
     EXPECT_EQ(std::string(remove_quote(text.c_str())), std::string(511, 'q'));
 }
 
-TEST(ValidFile, KeepsLettersDigitsAndNineCharacters) {
-    EXPECT_STREQ(valid_file("aZ09._*-#:/@%"), "aZ09._*-#:/@%");
-    EXPECT_STREQ(valid_file("a!\"$&'()+,;<=>?[\\]^`{|}~\t\n\x80\xff"
-                            "b"),
-                 "ab");
-}
-
-TEST(ValidFile, ABlankBecomesAnUnderscore) {
-    EXPECT_STREQ(valid_file(" my file "), "_my_file_");
-}
-
-TEST(ValidFile, LooksAtTheFirst511CharactersOnly) {
-    const std::string dropped(510, '!');
-    EXPECT_STREQ(valid_file((dropped + "ab").c_str()), "a");
-    EXPECT_STREQ(valid_file(nullptr), "");
-}
-
 TEST(CharReplace, ReplacesEveryOccurrence) {
     char text[] = "a\\b\\c";
     EXPECT_EQ(char_replace(text, '\\', '/'), text);
     EXPECT_STREQ(text, "a/b/c");
-}
-
-// --- Paths ---
-
-TEST(AttachPath, JoinsWithExactlyOneSeparator) {
-    EXPECT_STREQ(attach_path("/srv/site", "img"), "/srv/site/img");
-    EXPECT_STREQ(attach_path("/srv/site/", "/img"), "/srv/site/img");
-    EXPECT_STREQ(attach_path("/srv/site/", "img"), "/srv/site/img");
-    EXPECT_STREQ(attach_path("/srv/site", "/img"), "/srv/site/img");
-}
-
-TEST(AttachPath, ADirectoryAloneGetsItsSeparator) {
-    EXPECT_STREQ(attach_path("/srv/site", ""), "/srv/site/");
-    EXPECT_STREQ(attach_path("/srv/site/", nullptr), "/srv/site/");
-}
-
-TEST(AttachPath, AFileAloneIsCleaned) {
-    EXPECT_STREQ(attach_path("", "my file"), "my_file");
-    EXPECT_STREQ(attach_path(nullptr, "a!b"), "ab");
-    EXPECT_STREQ(attach_path("/srv", "my file"), "/srv/my_file");
-}
-
-TEST(AttachPath, NothingGivesNothing) {
-    EXPECT_STREQ(attach_path(nullptr, nullptr), "");
-    EXPECT_STREQ(attach_path("", ""), "");
-}
-
-TEST(AttachPath, AFileWithAColonInSecondPlaceIsJoinedWithoutSeparator) {
-    EXPECT_STREQ(attach_path("/srv", "x:name"), "/srvx:name");
-    EXPECT_STREQ(attach_path("/srv/", "x:name"), "/srvx:name");
-    EXPECT_STREQ(attach_path("/srv", "x:"), "/srvx:");
-    EXPECT_STREQ(attach_path("/srv", "x"), "/srv/x");
-}
-
-TEST(AttachPath, TheDirectoryIsNotCleaned) {
-    EXPECT_STREQ(attach_path("/my site", "a"), "/my site/a");
-}
-
-TEST(AttachPath, IsCutAt511Characters) {
-    const std::string directory(600, 'd');
-    EXPECT_EQ(std::string(attach_path(directory.c_str(), "file")), std::string(511, 'd'));
-}
-
-TEST(AttachExt, AddsTheDotWhenTheExtensionHasNone) {
-    EXPECT_STREQ(attach_ext("index", "tpl"), "index.tpl");
-    EXPECT_STREQ(attach_ext("index", ".tpl"), "index.tpl");
-    EXPECT_STREQ(attach_ext("index", ""), "index.");
-}
-
-TEST(AttachExt, BearsNull) {
-    EXPECT_STREQ(attach_ext("index", nullptr), "index");
-    EXPECT_STREQ(attach_ext(nullptr, "tpl"), "");
-    EXPECT_STREQ(attach_ext(nullptr, nullptr), "");
-}
-
-TEST(StripExt, CutsAtTheLastDotDirectoriesIncluded) {
-    EXPECT_STREQ(strip_ext("index.tpl"), "index");
-    EXPECT_STREQ(strip_ext("a.b.c"), "a.b");
-    EXPECT_STREQ(strip_ext("dir.d/file"), "dir");
-    EXPECT_STREQ(strip_ext(".profile"), "");
-    EXPECT_STREQ(strip_ext("plain"), "plain");
-    EXPECT_STREQ(strip_ext(""), "");
-    EXPECT_STREQ(strip_ext(nullptr), "");
-}
-
-TEST(StripExt, AFinalDotGoesOnlyBehindACharacterThatIsNotTheFirst) {
-    EXPECT_STREQ(strip_ext("name."), "name");
-    EXPECT_STREQ(strip_ext("ab."), "ab");
-    EXPECT_STREQ(strip_ext("."), ".");
-    EXPECT_STREQ(strip_ext(".."), "..");
-    EXPECT_STREQ(strip_ext("a."), "a.");
-    EXPECT_STREQ(strip_ext("a.."), "a..");
-    EXPECT_STREQ(strip_ext("abc.."), "abc..");
-}
-
-TEST(StripPath, GivesWhatFollowsTheLastSeparator) {
-    EXPECT_STREQ(strip_path("/a/b/c.tpl", 0), "c.tpl");
-    EXPECT_STREQ(strip_path("c.tpl", 0), "c.tpl");
-    EXPECT_STREQ(strip_path("/a/b/", 0), "");
-    EXPECT_STREQ(strip_path(nullptr, 0), "");
-}
-
-TEST(StripPath, WithoutItsExtensionWhenAsked) {
-    EXPECT_STREQ(strip_path("/a/b/c.tpl", 1), "c");
-    EXPECT_STREQ(strip_path("/a.d/c", 1), "c");
-    EXPECT_STREQ(strip_path(nullptr, 1), "");
-}
-
-TEST(StripFilename, GivesTheDirectoryWithItsSeparator) {
-    EXPECT_STREQ(strip_filename("a/b/c"), "a/b/");
-    EXPECT_STREQ(strip_filename("/c"), "/");
-    EXPECT_STREQ(strip_filename("a/"), "a/");
-}
-
-TEST(StripFilename, AnEmptyResultIsNull) {
-    EXPECT_EQ(strip_filename("c.tpl"), nullptr);
-    EXPECT_EQ(strip_filename(""), nullptr);
-    EXPECT_EQ(strip_filename(nullptr), nullptr);
-}
-
-TEST(RemovePath, GivesTheNameOrTheDirectory) {
-    EXPECT_STREQ(remove_path("/a/b/c.tpl", 1), "c.tpl");
-    EXPECT_STREQ(remove_path("/a/b/c.tpl", 0), "/a/b/");
-}
-
-TEST(RemovePath, AnEmptyResultIsNull) {
-    EXPECT_EQ(remove_path("/a/b/", 1), nullptr);
-    EXPECT_EQ(remove_path("c.tpl", 0), nullptr);
-    EXPECT_EQ(remove_path(nullptr, 0), nullptr);
-    EXPECT_EQ(remove_path(nullptr, 1), nullptr);
-}
-
-TEST(OwnBuffers, AreOneForEachFunction) {
-    const char *file = valid_file("one");
-    const char *path = attach_path("/two", nullptr);
-    const char *extension = attach_ext("three", nullptr);
-    const char *stripped = strip_ext("four.x");
-    const char *name = strip_path("a/five", 0);
-    const char *directory = strip_filename("six/a");
-    const char *part = remove_path("seven", 1);
-    const char *quoted = remove_quote("\"eight\"");
-    EXPECT_STREQ(file, "one");
-    EXPECT_STREQ(path, "/two/");
-    EXPECT_STREQ(extension, "three");
-    EXPECT_STREQ(stripped, "four");
-    EXPECT_STREQ(directory, "six/");
-    EXPECT_STREQ(part, "seven");
-    EXPECT_STREQ(quoted, "eight");
-    EXPECT_STREQ(name, "seven"); // remove_path went through strip_path
 }
 
 // --- Sorting ---
@@ -571,4 +426,21 @@ TEST(Exchange, SwapsTwoRecords) {
     EXPECT_STREQ(records, "defabc");
     exchange(records, records, 3);
     EXPECT_STREQ(records, "defabc");
+}
+
+TEST(Strlwr, LowersTheLettersAToZOnly) {
+    char text[] = "AZ[@\xc4 az09";
+    EXPECT_EQ(strlwr(text), text);
+    EXPECT_STREQ(text, "az[@\xc4 az09");
+}
+
+TEST(Maistrdup, CopiesToTheHeap) {
+    const heap_text copy(maistrdup("text"));
+    EXPECT_STREQ(copy.get(), "text");
+}
+
+TEST(Maistrdup, WithoutMemorySaysSoAndGivesNull) {
+    const failing_memory none(memory_of::texts, 0);
+    EXPECT_EQ(console_of([] { EXPECT_EQ(maistrdup("text"), nullptr); }),
+              "NOT ENOUGH MEMORY ALLOCATED ERROR");
 }

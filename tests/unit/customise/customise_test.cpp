@@ -3,10 +3,10 @@
 #include "core/log.h"
 #include "files/operations.h"
 #include "setup/answer_store.h"
-#include "setup/session.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
+#include "wizard/session.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

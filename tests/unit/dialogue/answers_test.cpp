@@ -36,14 +36,6 @@ TEST(StripLeadingSpaces, GivesTheFirstCharacterThatIsNeitherBlankNorTab) {
     EXPECT_EQ(strip_leading_spaces(line), line);
 }
 
-TEST(CheckForRoot, LooksAtTheFirstCharacter) {
-    EXPECT_EQ(check_for_root("/srv"), 1);
-    EXPECT_EQ(check_for_root("/"), 1);
-    EXPECT_EQ(check_for_root("srv/"), 0);
-    EXPECT_EQ(check_for_root(" /srv"), 0);
-    EXPECT_EQ(check_for_root(""), 0);
-}
-
 TEST(ValidDirName, IsOneForAnEmptyOrBlankName) {
     char empty[] = "";
     char blank[] = "   ";
@@ -72,14 +64,6 @@ TEST(NumPerc, JudgesOnlyThePlaceOfTheFirstPercent) {
     for (const char *text : {"10%5", "5%0", "50%%", "% "}) {
         EXPECT_EQ(num_perc(text), 0) << text;
     }
-}
-
-TEST(CleanUpRoot, GivesTheFirstSeparatorOrTheEnd) {
-    const char *text = "abc/def/";
-    EXPECT_EQ(clean_up_root(text), text + 3);
-    const char *plain = "abc";
-    EXPECT_EQ(clean_up_root(plain), plain + 3);
-    EXPECT_EQ(clean_up_root(nullptr), nullptr);
 }
 
 TEST(CleanUpName, KeepsTheTextBeforeTheFirstDot) {
@@ -111,58 +95,4 @@ TEST(CleanUpSet, GivesTheTextBehindTheFirstBlank) {
 TEST(CleanUpSet, DropsLineEndsAndEachPairOfABlankAndASlash) {
     char line[] = "set a /\r\n b / /c/d  /";
     EXPECT_STREQ(clean_up_set(line), "a bc/d ");
-}
-
-TEST(RmvEndSep, TakesOneTrailingSeparatorAway) {
-    EXPECT_STREQ(rmv_end_sep("/srv/site/"), "/srv/site");
-    EXPECT_STREQ(rmv_end_sep("/srv/site"), "/srv/site");
-    EXPECT_STREQ(rmv_end_sep("/srv/site//"), "/srv/site/");
-    EXPECT_STREQ(rmv_end_sep("/"), "");
-    EXPECT_STREQ(rmv_end_sep(""), "");
-    EXPECT_STREQ(rmv_end_sep(nullptr), "");
-}
-
-TEST(AddEndSep, AppendsASeparatorUnlessThereIsOne) {
-    EXPECT_STREQ(add_end_sep("/srv/site"), "/srv/site/");
-    EXPECT_STREQ(add_end_sep("/srv/site/"), "/srv/site/");
-    EXPECT_STREQ(add_end_sep(""), "/");
-    EXPECT_STREQ(add_end_sep(nullptr), "/");
-}
-
-TEST(EndSep, BothAreHeldIn511Characters) {
-    const std::string path(600, 'p');
-    EXPECT_EQ(std::string(rmv_end_sep(path.c_str())), std::string(511, 'p'));
-    EXPECT_EQ(std::string(add_end_sep(path.c_str())), std::string(511, 'p'));
-}
-
-TEST(EndSep, EachHasABufferOfItsOwn) {
-    const char *removed = rmv_end_sep("/a/");
-    const char *added = add_end_sep("/b");
-    EXPECT_STREQ(removed, "/a");
-    EXPECT_STREQ(added, "/b/");
-}
-
-TEST(StripDirectory, GivesWhatFollowsTheLastSeparator) {
-    const char *path = "/a/b.tpl";
-    EXPECT_EQ(strip_directory(path), path + 3);
-    const char *plain = "b.tpl";
-    EXPECT_EQ(strip_directory(plain), plain);
-    EXPECT_STREQ(strip_directory("/a/"), "");
-}
-
-TEST(Strlwr, LowersTheLettersAToZOnly) {
-    char text[] = "AZ[@\xc4 az09";
-    EXPECT_EQ(strlwr(text), text);
-    EXPECT_STREQ(text, "az[@\xc4 az09");
-}
-
-TEST(Maistrdup, CopiesToTheHeap) {
-    const heap_text copy(maistrdup("text"));
-    EXPECT_STREQ(copy.get(), "text");
-}
-
-TEST(Maistrdup, WithoutMemorySaysSoAndGivesNull) {
-    const failing_memory none(memory_of::texts, 0);
-    EXPECT_EQ(console_of([] { EXPECT_EQ(maistrdup("text"), nullptr); }),
-              "NOT ENOUGH MEMORY ALLOCATED ERROR");
 }

@@ -1,3 +1,5 @@
+#include "setup/owner_choice.h"
+
 #include "unit/user_database.h"
 
 #include "unit/files/file_world.h"

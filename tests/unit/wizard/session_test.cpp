@@ -1,4 +1,4 @@
-#include "setup/session.h"
+#include "wizard/session.h"
 
 #include "core/log.h"
 #include "files/operations.h"

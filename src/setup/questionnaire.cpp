@@ -1,8 +1,8 @@
-#include "setup/flow.h"
+#include "setup/questionnaire.h"
 
 #include "core/console.h"
 #include "dialogue/question.h"
-#include "files/search.h"
+#include "setup/distribution.h"
 #include "templates/sets.h"
 
 void print_notes(bool offers_changes) {
@@ -64,21 +64,4 @@ void number_wap_sets(pINI_SETTINGS ini) {
 void store_choice(pINI_SETTINGS ini, const set_choice &choice) {
     set_answer(ini, D_TEMPLATES, choice.templates.get());
     set_answer(ini, D_VLIMG, choice.vlimg.c_str());
-}
-
-std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
-    const char *directory = ini_value_num(ini, D_CGI_PATH);
-    return formatted("%s%c%s.%s", directory, '/', ini_value_num(ini, name), extension);
-}
-
-std::string product_program(pINI_SETTINGS ini) {
-    return formatted("%s.%s", ini_value_num(ini, D_PROD_NAME), "cgi");
-}
-
-bool load_installed_ini(pINI_SETTINGS ini) {
-    return ini_load(ini, cgi_file(ini, D_CGI_NAME, "ini").c_str()) != 0;
-}
-
-bool load_installed_answers(pINI_SETTINGS ini) {
-    return ini_load(ini, path_in(ini_value_num(ini, D_TEMPLATES), answers_file).c_str()) != 0;
 }

@@ -1,13 +1,11 @@
-// What the questions of the four flows share: the notes of their banners, asking for an answer and
-// storing it, the choice of template sets, the files of an installed product and what it remembers.
+// What the questions of the flows share: banners, asking for an answer and storing it, the choice
+// of template sets.
 #pragma once
 
 #include "core/format.h"
 #include "core/text.h"
 #include "dialogue/questions.h"
 #include "setup/answer_store.h"
-
-#include <string>
 
 // --- Banners ---
 
@@ -32,10 +30,6 @@ void ask_wml(pINI_SETTINGS ini);
 
 // --- Template sets ---
 
-// The distribution's directories of sets.
-inline constexpr const char *templates_source = "./tpl";
-inline constexpr const char *wap_source = "./wap";
-
 // The default set of a questionnaire. A part that is missing leaves the answer as it is.
 struct set_choice {
     heap_text templates;
@@ -50,16 +44,3 @@ void number_wap_sets(pINI_SETTINGS ini);
 
 // Makes the choice the answers `templates` and `vlimg`.
 void store_choice(pINI_SETTINGS ini, const set_choice &choice);
-
-// --- An installed product ---
-
-// CGI_PATH/NAME.EXTENSION, NAME being the answer `name`.
-std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension);
-
-// The product's program in the current directory.
-std::string product_program(pINI_SETTINGS ini);
-
-// Load the .ini of the product installed as cgi_name, and the answers saved in its templates
-// directory. False when the file could not be opened, which the log is told.
-bool load_installed_ini(pINI_SETTINGS ini);
-bool load_installed_answers(pINI_SETTINGS ini);

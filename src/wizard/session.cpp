@@ -1,7 +1,8 @@
-#include "setup/session.h"
+#include "wizard/session.h"
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "core/program.h"
 #include "core/text.h"
 #include "customise/customise.h"
@@ -11,9 +12,11 @@
 #include "files/operations.h"
 #include "files/search.h"
 #include "install/install.h"
+#include "products/product.h"
 #include "remove/remove.h"
 #include "setup/answer_store.h"
-#include "setup/flow.h"
+#include "setup/distribution.h"
+#include "setup/installed.h"
 #include "setup/product.h"
 #include "setup/version.h"
 #include "upgrade/upgrade.h"
@@ -102,19 +105,18 @@ void settle_product() {
 }
 
 void settle_images_directory() {
-    if (is_imap_product(answer(D_PROD_NAME))) {
-        set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg/imap");
-    } else if (has_template_sets(answer(D_PROD_NAME))) {
-        set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg/mail");
+    const product *found = find_product(answer(D_PROD_NAME));
+    if (found != nullptr && found->images_directory != nullptr) {
+        set_answer(answers(), D_VLIMG_DIR, found->images_directory);
     }
 }
 
 void settle_templates_directory() {
     dmsg("Building template directory");
     if (s_stricmp(answer(D_TEMPLATES), spool_directory) == 0) {
-        const product *found = find_product(answer(D_PROD_NAME));
-        const char *subdirectory = found != nullptr ? found->templates_subdirectory : "osprey";
-        set_answer(answers(), D_TEMPLATES, path_in(answer(D_TEMPLATES), subdirectory).c_str());
+        const product &known = product_or_osprey(answer(D_PROD_NAME));
+        const std::string templates = path_in(answer(D_TEMPLATES), known.spool_subdirectory);
+        set_answer(answers(), D_TEMPLATES, templates.c_str());
     }
     set_answer(answers(), D_MANUAL, path_in(answer(D_TEMPLATES), "manuals").c_str());
 }

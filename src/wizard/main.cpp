@@ -4,11 +4,10 @@
 #include "core/log.h"
 #include "core/program.h"
 #include "core/text.h"
-#include "dialogue/answers.h"
 #include "dialogue/help.h"
 #include "setup/defaults.h"
-#include "setup/session.h"
 #include "templates/header.h"
+#include "wizard/session.h"
 
 #include <algorithm>
 #include <csignal>

@@ -1,0 +1,97 @@
+// The products: one row each, holding all that tells one product from another. Every other module
+// asks here instead of comparing names.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+enum class mail_protocol { pop3, imap };
+
+struct product {
+    const char *name;
+    const char *spool_subdirectory; // below the spool directory
+    bool has_template_sets;       // template sets, per-set images, manuals, bulletins, login hosts
+    mail_protocol protocol;       // which mail host is asked for and stands in the .ini
+    const char *images_directory; // replaces any loaded one; null keeps that
+    const char *unix_templates;   // what a defaults file suggests, by operating system
+    const char *windows_templates;
+    const char *set_family;  // of the template sets that a template without a header gets
+    bool shows_manuals;      // the summary of answers names the manuals directory
+    bool upgrade_keeps_sets; // once seen by an upgrade, the upgrade goes on with template sets
+    bool is_program_here;    // its program in the current directory is copied as a program
+};
+
+// In the order in which they are looked for.
+inline constexpr std::array<product, 4> products = {{
+    {
+        .name = "kestrel",
+        .spool_subdirectory = "kestrel",
+        .has_template_sets = false,
+        .protocol = mail_protocol::pop3,
+        .images_directory = nullptr,
+        .unix_templates = "/var/spool/kestrel",
+        .windows_templates = R"(\kestrel)",
+        .set_family = "kst",
+        .shows_manuals = false,
+        .upgrade_keeps_sets = false,
+        .is_program_here = true,
+    },
+    {
+        .name = "plover",
+        .spool_subdirectory = "plov",
+        .has_template_sets = false,
+        .protocol = mail_protocol::pop3,
+        .images_directory = nullptr,
+        .unix_templates = "/var/spool/plov",
+        .windows_templates = R"(\plov)",
+        .set_family = "plv",
+        .shows_manuals = false,
+        .upgrade_keeps_sets = false,
+        .is_program_here = true,
+    },
+    {
+        .name = "tanager",
+        .spool_subdirectory = "tanager",
+        .has_template_sets = true,
+        .protocol = mail_protocol::imap,
+        .images_directory = "/home/httpd/html/vlimg/imap",
+        .unix_templates = "/var/spool/tanager",
+        .windows_templates = R"(\tanager)",
+        .set_family = "tan",
+        .shows_manuals = true,
+        .upgrade_keeps_sets = false,
+        .is_program_here = true,
+    },
+    {
+        .name = "osprey",
+        .spool_subdirectory = "osprey",
+        .has_template_sets = true,
+        .protocol = mail_protocol::pop3,
+        .images_directory = "/home/httpd/html/vlimg/mail",
+        .unix_templates = "/var/spool/osprey",
+        .windows_templates = R"(\osprey)",
+        .set_family = "plv",
+        .shows_manuals = false,
+        .upgrade_keeps_sets = true,
+        .is_program_here = false,
+    },
+}};
+
+// The product of that name, case ignored, or null.
+const product *find_product(const char *name);
+
+// The same, but osprey for a name that no product has: its directories are what is offered then.
+const product &product_or_osprey(const char *name);
+
+// Whether the product of that name has template sets; whether it is an IMAP product. False for a
+// name that no product has.
+bool has_template_sets(const char *name);
+bool is_imap_product(const char *name);
+
+// The family of the template sets of the product with exactly that name; plover's for any other.
+std::string_view set_family(std::string_view name);
+
+// Whether `file` is a program that is copied with the mode of a program: the wizard itself, or a
+// product's. In the current directory not every product's program is one.
+bool is_program(std::string_view file);
+bool is_program_here(std::string_view file);

@@ -1,0 +1,16 @@
+#include "setup/installed.h"
+
+#include "core/paths.h"
+
+std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
+    const char *directory = ini_value_num(ini, D_CGI_PATH);
+    return formatted("%s%c%s.%s", directory, '/', ini_value_num(ini, name), extension);
+}
+
+bool load_installed_ini(pINI_SETTINGS ini) {
+    return ini_load(ini, cgi_file(ini, D_CGI_NAME, "ini").c_str()) != 0;
+}
+
+bool load_installed_answers(pINI_SETTINGS ini) {
+    return ini_load(ini, path_in(ini_value_num(ini, D_TEMPLATES), answers_file).c_str()) != 0;
+}

@@ -1,0 +1,14 @@
+// An installed product: where its files lie and what it remembers.
+#pragma once
+
+#include "setup/answer_store.h"
+
+#include <string>
+
+// CGI_PATH/NAME.EXTENSION, NAME being the answer `name`.
+std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension);
+
+// Load the .ini of the product installed as cgi_name, and the answers saved in its templates
+// directory. Return false if the file could not be opened, which is logged.
+bool load_installed_ini(pINI_SETTINGS ini);
+bool load_installed_answers(pINI_SETTINGS ini);

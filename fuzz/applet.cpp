@@ -25,7 +25,7 @@ std::vector<std::string> items_of(LINK_LIST *list) {
     return items;
 }
 
-applet_model told(SCROLLMSG *data) {
+applet_model model_of(SCROLLMSG *data) {
     applet_model model;
     model.height = data->height;
     model.width = data->width;
@@ -51,7 +51,7 @@ reading read_stored(const std::string &value) {
     SCROLLMSG data;
     scroll_init(&data);
     scroll_load(&data, store.get());
-    reading result{told(&data), scroll_html(&data)};
+    reading result{model_of(&data), scroll_html(&data)};
     scroll_clear(&data);
     return result;
 }

@@ -1,16 +1,16 @@
-// The two shapes that the customise dialogues share: a question asked until a check accepts the
-// answer, and a list edited in passes until nothing is to be changed.
+// What the customise dialogues share: asking until an answer is accepted, and editing a list again
+// and again until the user wants no more changes.
 #pragma once
 
 #include "customise/text_list.h"
 
 #include <string>
 
-// The answers that have a meaning of their own while a list is edited.
+// Typed in place of a text, deletes it from the edited list.
 inline constexpr const char *delete_answer = "[del]";
 
-// Asks with `ask` until `is_accepted` takes the answer, which it gives. `refuse` tells about each
-// one that is not taken.
+// Calls `ask` until `is_accepted` returns true for the answer, and `refuse` after each other
+// answer. Returns the accepted one.
 template <class Ask, class IsAccepted, class Refuse>
 std::string ask_until(Ask ask, IsAccepted is_accepted, Refuse refuse) {
     std::string answer = ask();
@@ -21,19 +21,20 @@ std::string ask_until(Ask ask, IsAccepted is_accepted, Refuse refuse) {
     return answer;
 }
 
-// Asks whether any answer is to be changed.
+// Asks whether any answer is to be changed; true unless the reply means no.
 bool wants_changes();
 
 // Asks whether all of `what` is to be removed.
 bool wants_removal(const char *what);
 
-// Lets `pass` go through `texts` and gather the edited texts in the list it is given, which then
-// replace `texts`, until the user wants no more changes.
+// Calls `pass` until the user wants no more changes. It goes through `texts` and adds the edited
+// texts to the list it is given, which then replace `texts`.
 template <class Pass>
 void edit_in_passes(LINK_LIST *texts, Pass pass) {
     do {
         text_list edited;
         pass(&edited);
-        take_texts(texts, &edited);
+        list_clear_dealloc(texts);
+        move_texts(texts, &edited);
     } while (wants_changes());
 }

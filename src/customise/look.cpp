@@ -16,7 +16,7 @@
 
 namespace {
 
-// The `set` value that begins with `mode`, or null.
+// Returns the `set` value that begins with `mode`, or null.
 const char *find_image(pINI_SETTINGS settings, const char *mode) {
     const char *value = ini_value(settings, "set", 1);
     while (value != nullptr && s_strncmp(value, mode, std::strlen(mode)) != 0) {
@@ -43,83 +43,91 @@ int replace_image(pINI_SETTINGS settings, const char *mode, const char *default_
 // A blank line of the footer: a setting cannot be empty.
 constexpr const char *blank_line = " ";
 
-// The editor of the footer's lines.
+void print_long_help() {
+    print("\n\n\n");
+    print("NOTE : This footer will be added to the end of every message sent.\n");
+    print("->Defaults are shown [thus], if no default is given a <return> will\n"
+          "  insert a blank line.\n");
+    print("->Otherwise type [ins] to insert a blank line, [del] to remove a line,\n");
+    print("  type [save] to save & exit, type [remove] to remove all Email footers.\n");
+}
+
+void print_short_help() {
+    print("[ins] = insert blank line\t: [del] = delete line\n"
+          "[remove] = remove footers\t: [save] = save and exit.\n");
+}
+
+// Edits the lines of the footer in passes until the user wants no more changes.
 class footer_editor {
   public:
     explicit footer_editor(LINK_LIST *lines) : lines_(lines) {}
 
-    // One pass over the lines, which gathers the new ones in `edited`. A footer that is to be
-    // removed keeps the old ones in front of them.
-    void pass(LINK_LIST *edited) {
-        print_help();
-        edit_lines(edited);
-        if (is_removed_) {
-            list_list(lines_, edited);
-            list_clear(edited);
-            take_texts(edited, lines_);
+    void edit() {
+        print_long_help();
+        run_pass();
+        while (wants_changes()) {
+            print_short_help();
+            run_pass();
         }
     }
 
-    [[nodiscard]] bool is_removed() const { return is_removed_; }
+    // Whether [remove] was typed in any pass.
+    [[nodiscard]] bool wants_all_removed() const { return wants_all_removed_; }
 
   private:
-    void print_help() {
-        if (!is_first_) {
-            print("[ins] = insert blank line\t: [del] = delete line\n"
-                  "[remove] = remove footers\t: [save] = save and exit.\n");
-            return;
+    // Replaces the lines by the edited ones. After [remove] they are only added: the next pass
+    // offers the old lines again.
+    void run_pass() {
+        text_list edited;
+        edit_lines(&edited);
+        if (!wants_all_removed_) {
+            list_clear_dealloc(lines_);
         }
-        is_first_ = false;
-        print("\n\n\n");
-        print("NOTE : This footer will be added to the end of every message sent.\n");
-        print("->Defaults are shown [thus], if no default is given a <return> will\n"
-              "  insert a blank line.\n");
-        print("->Otherwise type [ins] to insert a blank line, [del] to remove a line,\n");
-        print("  type [save] to save & exit, type [remove] to remove all Email footers.\n");
+        move_texts(lines_, &edited);
     }
 
     void edit_lines(LINK_LIST *edited) {
         int number = 0;
         list_start(lines_);
         for (;;) {
-            if (!skip_) {
+            if (!is_line_stored_) {
                 const auto *line = static_cast<const char *>(list_get(lines_));
                 suggestion_ = line != nullptr ? line : "";
             }
             const std::string answer = question(C_BODY_ADD_Q, suggestion_.c_str(), number);
             if (answer == "[remove]") {
-                is_removed_ = true;
+                wants_all_removed_ = true;
             }
             if (answer == "[save]" || answer == "[remove]") {
                 return;
             }
             if (answer != delete_answer) {
                 number++;
-                take_line(answer, edited);
+                store_line(answer, edited);
             }
         }
     }
 
-    void take_line(const std::string &answer, LINK_LIST *edited) {
+    void store_line(const std::string &answer, LINK_LIST *edited) {
         if (answer.empty()) {
             add_text(edited, blank_line);
         } else if (answer == "[ins]") {
             add_text(edited, blank_line);
             add_text(edited, suggestion_.c_str());
-            skip_ = true;
+            is_line_stored_ = true;
         } else {
-            if (!skip_) {
+            if (!is_line_stored_) {
                 add_text(edited, answer.c_str());
             }
-            skip_ = false;
+            is_line_stored_ = false;
         }
     }
 
     LINK_LIST *lines_;
-    bool is_first_ = true;    // until the long help was shown
-    bool is_removed_ = false; // the whole footer is to go
-    bool skip_ = false;       // the next answer is not stored: its line is inserted already
-    std::string suggestion_;  // the line offered last
+    bool wants_all_removed_ = false;
+    // [ins] stored the suggested line as well: it is offered once more and the answer dropped.
+    bool is_line_stored_ = false;
+    std::string suggestion_; // the line offered last
 };
 
 } // namespace
@@ -139,8 +147,8 @@ int do_emailfoot(pINI_SETTINGS settings) {
         add_text(&lines, line);
     }
     footer_editor editor(&lines);
-    edit_in_passes(&lines, [&editor](LINK_LIST *edited) { editor.pass(edited); });
-    if (!editor.is_removed()) {
+    editor.edit();
+    if (!editor.wants_all_removed()) {
         update_values(settings, "body_add", nullptr, &lines);
     } else if (wants_removal("Email footer")) {
         ini_remove_all(settings, "body_add");

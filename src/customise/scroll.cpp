@@ -10,10 +10,11 @@
 #include "dialogue/question.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstring>
+#include <deque>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -23,76 +24,36 @@ bool is_letter_or_digit(char character) {
     return std::isalnum(static_cast<unsigned char>(character)) != 0;
 }
 
-bool is_digit(char character) {
-    return std::isdigit(static_cast<unsigned char>(character)) != 0;
+// The letters and digits that `text` begins with.
+std::string_view leading_word(std::string_view text) {
+    const auto end = std::find_if_not(text.begin(), text.end(), is_letter_or_digit);
+    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
 }
 
-bool is_quote(char character) {
-    return character == '"';
+std::string lower_case(std::string_view word) {
+    std::string lower(word);
+    s_strlwr(lower.data());
+    return lower;
 }
 
-bool is_equals(char character) {
-    return character == '=';
-}
-
-char lower(char character) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-}
-
-bool equals_ignoring_case(std::string_view text, std::string_view lower_case_word) {
-    return std::equal(text.begin(), text.end(), lower_case_word.begin(), lower_case_word.end(),
-                      [](char one, char other) { return lower(one) == other; });
-}
-
-// A search for the next character of a kind. Asked for places that never go back, it passes each
-// character once, however often it is asked.
-class forward_search {
-  public:
-    explicit forward_search(bool (*is_kind)(char)) : is_kind_(is_kind) {}
-
-    // The place of the first such character at or behind `place`; the text's length without one.
-    std::size_t find(std::string_view text, std::size_t place) {
-        place_ = std::max(place_, place);
-        while (place_ < text.size() && !is_kind_(text[place_])) {
-            place_++;
-        }
-        return std::min(place_, text.size());
-    }
-
-  private:
-    bool (*is_kind_)(char);
-    std::size_t place_ = 0;
-};
-
-struct number_parameter {
-    std::string_view name;
-    int SCROLLMSG::*number;
-};
-
-constexpr std::array<number_parameter, 5> number_parameters = {{
-    {"3dframe", &SCROLLMSG::look_3d},
-    {"shadow", &SCROLLMSG::look_shadow},
-    {"scrolldirection", &SCROLLMSG::direction},
-    {"scrolldelay", &SCROLLMSG::delay},
-    {"scrolldelta", &SCROLLMSG::delta},
-}};
-
-// Reads the attributes of the applet's HTML into a record, in the order of their "=".
+// Reads the applet's HTML into a record, in one pass. A "=" makes an attribute, which then awaits
+// what follows: a size its first digit; a parameter the quote before its name, the "=" of its value
+// and the word that begins the value.
 class applet_reader {
   public:
-    applet_reader(std::string_view html, SCROLLMSG *data) : html_(html), data_(data) {}
+    explicit applet_reader(SCROLLMSG *data) : data_(data) {}
 
-    void read() {
-        std::size_t begin = 0; // of the last word
-        std::size_t end = 0;
-        for (std::size_t place = 0; place < html_.size(); place++) {
-            if (is_letter_or_digit(html_[place])) {
-                begin = end == place ? begin : place;
-                end = place + 1;
-            } else if (html_[place] == '=') {
-                html_[place] = ' ';
-                read_attribute(text().substr(begin, end - begin), place);
+    void read(std::string_view html) {
+        while (!html.empty()) {
+            const std::string_view word = leading_word(html);
+            if (!word.empty()) {
+                read_word(word, html);
+            } else if (html.front() == '"') {
+                read_parameter_names(leading_word(html.substr(1)));
+            } else if (html.front() == '=') {
+                read_equals();
             }
+            html.remove_prefix(std::max<std::size_t>(word.size(), 1));
         }
     }
 
@@ -100,100 +61,108 @@ class applet_reader {
     static constexpr std::size_t longest_size = 511;
     static constexpr std::size_t longest_value = 510;
 
-    [[nodiscard]] std::string_view text() const { return html_; }
+    // Where the value of a parameter is stored; nowhere for an unknown name.
+    struct parameter {
+        LINK_LIST *texts = nullptr;
+        int *number = nullptr;
+    };
 
-    // The end of the word at `begin`, or of its first `longest` characters.
-    [[nodiscard]] std::size_t word_end(std::size_t begin, std::size_t longest) const {
-        const std::string_view rest = text().substr(begin, longest);
-        return begin +
-               static_cast<std::size_t>(
-                   std::find_if_not(rest.begin(), rest.end(), is_letter_or_digit) - rest.begin());
+    [[nodiscard]] parameter parameter_of(const std::string &name) const {
+        if (name.find("scrollurl") != std::string::npos) {
+            return {.texts = &data_->urls};
+        }
+        if (name.starts_with(scroll_mode)) {
+            return {.texts = &data_->messages};
+        }
+        if (name == "3dframe") {
+            return {.number = &data_->look_3d};
+        }
+        if (name == "shadow") {
+            return {.number = &data_->look_shadow};
+        }
+        if (name == "scrolldirection") {
+            return {.number = &data_->direction};
+        }
+        if (name == "scrolldelay") {
+            return {.number = &data_->delay};
+        }
+        if (name == "scrolldelta") {
+            return {.number = &data_->delta};
+        }
+        return {};
     }
 
-    void read_attribute(std::string_view name, std::size_t place) {
-        if (equals_ignoring_case(name, "height")) {
-            read_size(place, data_->height);
-        } else if (equals_ignoring_case(name, "width")) {
-            read_size(place, data_->width);
-        } else if (equals_ignoring_case(name, "name")) {
-            read_parameter(place);
+    // All awaited values begin at this word, all awaited sizes at its first digit. `html` begins
+    // with the word.
+    void read_word(std::string_view word, std::string_view html) {
+        const std::string_view value = html.substr(0, longest_value);
+        for (const parameter &target : awaiting_value_) {
+            store(target, std::string(value.substr(0, value.find('"'))));
+        }
+        awaiting_value_.clear();
+        const std::size_t digit = word.find_first_of("0123456789");
+        if (digit != std::string_view::npos) {
+            read_sizes(html.substr(digit));
+        }
+        last_word_ = lower_case(word);
+    }
+
+    void read_sizes(std::string_view html) {
+        std::string_view size = leading_word(html).substr(0, longest_size);
+        if (html.substr(size.size()).starts_with('%')) {
+            size = html.substr(0, size.size() + 1);
+        }
+        for (std::string *target : awaiting_digit_) {
+            *target = size;
+        }
+        awaiting_digit_.clear();
+    }
+
+    // All parameters that await a name get the one after this quote.
+    void read_parameter_names(std::string_view name) {
+        if (awaiting_name_ > 0) {
+            awaiting_equals_.insert(awaiting_equals_.end(), awaiting_name_,
+                                    parameter_of(lower_case(name)));
+            awaiting_name_ = 0;
         }
     }
 
-    void read_size(std::size_t place, std::string &size) {
-        const std::size_t begin = digits_.find(html_, place);
-        if (begin == html_.size()) {
-            return;
-        }
-        std::size_t end = word_end(begin, longest_size);
-        if (end < html_.size() && html_[end] == '%') {
-            end++;
-        }
-        size = html_.substr(begin, end - begin);
-    }
-
-    void read_parameter(std::size_t place) {
-        read_parameter_name(quotes_.find(html_, place));
-        const std::size_t equals = equals_.find(html_, parameter_end_);
-        if (equals == html_.size()) {
-            return;
-        }
-        html_[equals] = ' ';
-        const std::size_t begin = words_.find(html_, equals);
-        if (begin < html_.size()) {
-            const std::string_view rest = text().substr(begin, longest_value);
-            store_parameter(std::string(rest.substr(0, rest.find('"'))));
+    void read_equals() {
+        if (!awaiting_equals_.empty()) {
+            awaiting_value_.push_back(awaiting_equals_.front());
+            awaiting_equals_.pop_front();
+        } else if (last_word_ == "height") {
+            awaiting_digit_.push_back(&data_->height);
+        } else if (last_word_ == "width") {
+            awaiting_digit_.push_back(&data_->width);
+        } else if (last_word_ == "name") {
+            awaiting_name_++;
         }
     }
 
-    // Takes the name behind a quote; many attributes in a row may lead to the same one.
-    void read_parameter_name(std::size_t quote) {
-        const std::size_t begin = std::min(quote + 1, html_.size());
-        if (parameter_begin_ == begin) {
-            return;
-        }
-        parameter_begin_ = begin;
-        parameter_end_ = word_end(begin, html_.size());
-        std::string name = html_.substr(begin, parameter_end_ - begin);
-        std::transform(name.begin(), name.end(), name.begin(), lower);
-        is_url_ = name.find("scrollurl") != std::string::npos;
-        is_message_ = name.starts_with(scroll_mode);
-        number_ = nullptr;
-        for (const auto &[number_name, number] : number_parameters) {
-            if (name == number_name) {
-                number_ = number;
-            }
-        }
-    }
-
-    void store_parameter(const std::string &value) {
-        if (is_url_) {
-            // A link belongs to the message read last: those before without one get "".
+    void store(const parameter &target, const std::string &value) {
+        if (target.texts == &data_->urls) {
+            // A link belongs to the message read last: earlier messages without one get "".
             while (list_num(&data_->urls) + 1 < list_num(&data_->messages)) {
                 add_text(&data_->urls, "");
             }
-            add_text(&data_->urls, value.c_str());
-        } else if (is_message_) {
-            add_text(&data_->messages, value.c_str());
-        } else if (number_ != nullptr) {
-            data_->*number_ = s_atoi(value.c_str());
+        }
+        if (target.texts != nullptr) {
+            add_text(target.texts, value.c_str());
+        }
+        if (target.number != nullptr) {
+            *target.number = s_atoi(value.c_str());
         }
     }
 
-    std::string html_; // each "=" becomes a blank once it is used
     SCROLLMSG *data_;
+    std::string last_word_; // in lower case
 
-    forward_search digits_{is_digit};
-    forward_search quotes_{is_quote};
-    forward_search equals_{is_equals};
-    forward_search words_{is_letter_or_digit};
-
-    // The parameter name read last: where it stands and what it means.
-    std::size_t parameter_begin_ = 0;
-    std::size_t parameter_end_ = 0;
-    bool is_url_ = false;
-    bool is_message_ = false;
-    int SCROLLMSG::*number_ = nullptr;
+    // Each in the order of the text.
+    std::vector<std::string *> awaiting_digit_; // heights and widths
+    std::size_t awaiting_name_ = 0;             // a parameter without a name is only counted
+    std::deque<parameter> awaiting_equals_;
+    std::vector<parameter> awaiting_value_;
 };
 
 // The stored applet, or null.
@@ -221,7 +190,7 @@ void edit_messages(SCROLLMSG *data, LINK_LIST *edited) {
             return;
         }
         if (is_delete(answer)) {
-            const heap_text url(static_cast<char *>(list_remove_num(&data->urls, position)));
+            remove_text(&data->urls, position);
         } else {
             add_text(edited, answer);
         }
@@ -237,7 +206,7 @@ void edit_urls(SCROLLMSG *data, LINK_LIST *edited) {
     }
 }
 
-// Whether the answer says a size: not only may it be a number or a percentage, there is one in it.
+// num_perc accepts a word without a "%"; a size needs a digit or a "%" as well.
 bool is_box_size(const char *answer) {
     return num_perc(answer) == 1 && std::strpbrk(answer, "0123456789%") != nullptr;
 }
@@ -263,7 +232,7 @@ int ask_number(question_number quest_num, int value) {
     return dflt_val(question(quest_num, formatted("%d", value).c_str()));
 }
 
-// The applet's record, cleared when it goes.
+// A record that is cleared at the end of its scope.
 struct scoped_applet {
     SCROLLMSG data;
 
@@ -292,7 +261,7 @@ void scroll_clear(SCROLLMSG *data) {
 
 int scroll_load(SCROLLMSG *data, pINI_SETTINGS settings) {
     if (const char *applet = find_applet(settings)) {
-        applet_reader(applet, data).read();
+        applet_reader(data).read(applet);
     }
     while (list_num(&data->urls) < list_num(&data->messages)) {
         add_text(&data->urls, "");

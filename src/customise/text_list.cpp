@@ -14,8 +14,11 @@ void add_text(LINK_LIST *texts, const char *text) {
     }
 }
 
-void take_texts(LINK_LIST *texts, LINK_LIST *source) {
-    list_clear_dealloc(texts);
+void remove_text(LINK_LIST *texts, int position) {
+    const heap_text removed(static_cast<char *>(list_remove_num(texts, position)));
+}
+
+void move_texts(LINK_LIST *texts, LINK_LIST *source) {
     list_list(texts, source);
     list_clear(source);
 }

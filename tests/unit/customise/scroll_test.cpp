@@ -20,7 +20,7 @@ struct applet : SCROLLMSG {
     applet &operator=(const applet &) = delete;
 };
 
-applet_model told(SCROLLMSG *data) {
+applet_model model_of(SCROLLMSG *data) {
     applet_model model;
     model.height = data->height;
     model.width = data->width;
@@ -39,7 +39,7 @@ applet_model read_back(const std::string &html) {
     custom_store store{{"set", "scrollmessage " + html}};
     applet data;
     EXPECT_EQ(scroll_load(&data, store.get()), 1);
-    return told(&data);
+    return model_of(&data);
 }
 
 constexpr const char *tail =
@@ -82,7 +82,7 @@ TEST(ScrollLoad, WithoutAStoredAppletLeavesTheDefaults) {
 
         EXPECT_EQ(scroll_load(&data, store.get()), 1);
 
-        EXPECT_EQ(told(&data), applet_model()) << value;
+        EXPECT_EQ(model_of(&data), applet_model()) << value;
     }
 }
 
@@ -312,7 +312,7 @@ TEST(ScrollHtml, IsReadBackAsItWas) {
     data.look_3d = 1;
     data.delta = 12;
 
-    EXPECT_EQ(read_back(scroll_html(&data)), told(&data));
+    EXPECT_EQ(read_back(scroll_html(&data)), model_of(&data));
 }
 
 constexpr const char *messages_help =
@@ -446,7 +446,7 @@ TEST_F(ScrollEditor, EnterKeepsAllProperties) {
                   "\nScroll direction (up or left) [left]? "
                   "\nScroll delay (between messages) [0]? "
                   "\nScroll speed (pixels) [1]? ");
-    EXPECT_EQ(told(&data), applet_model());
+    EXPECT_EQ(model_of(&data), applet_model());
 }
 
 TEST_F(ScrollEditor, TakesOtherProperties) {

@@ -19,7 +19,7 @@
 
 namespace {
 
-// The operations by menu choice, which counts from 1; the choice after them ends the menu.
+// Menu choice 1 is the first operation; the choice after the last one ends the menu.
 constexpr std::array operations = {do_background, do_logo, do_scrollmsg, do_emailfoot};
 constexpr int quit_choice = static_cast<int>(operations.size()) + 1;
 
@@ -27,7 +27,7 @@ bool is_operation(int choice) {
     return choice > 0 && choice < quit_choice;
 }
 
-// Case counts: only the names as the session settles them are refused.
+// Compares with case: prod_name is spelled as in the table wherever the session sets it.
 bool is_refused(pINI_SETTINGS ini) {
     const char *prod_name = ini_value_num(ini, D_PROD_NAME);
     return std::any_of(products.begin(), products.end(), [prod_name](const product &one) {
@@ -72,7 +72,7 @@ void run_operation(int choice, pINI_SETTINGS settings) {
     update_ini(settings);
 }
 
-// Copies the .ini; console and log are told how it went.
+// Prints and logs the outcome. Returns false if the .ini was not copied.
 bool back_up(const char *cgi_name, const std::string &ini_file, const std::string &backup_file) {
     print("\nBacking up origionals");
     if (do_copy2(ini_file.c_str(), backup_file.c_str(), 1) == 0) {
@@ -83,6 +83,26 @@ bool back_up(const char *cgi_name, const std::string &ini_file, const std::strin
     print("\nA copy of your %s.ini file has been saved as %s\n", cgi_name, backup_file.c_str());
     print_imsg("%s copied", backup_file.c_str());
     return true;
+}
+
+void run_menu(pINI_SETTINGS settings, const char *cgi_name, const std::string &ini_file,
+              const std::string &backup_file) {
+    // Quitting or an invalid choice makes the backup, unless an operation came first (kept).
+    bool needs_backup = true;
+    for (int choice = 0; choice != quit_choice;) {
+        choice = ask_choice();
+        if (is_operation(choice)) {
+            needs_backup = false;
+            run_operation(choice, settings);
+            continue;
+        }
+        if (needs_backup) {
+            needs_backup = !back_up(cgi_name, ini_file, backup_file);
+        }
+        if (choice != quit_choice) {
+            print("That is not a valid choice, please choose again\n");
+        }
+    }
 }
 
 } // namespace
@@ -106,18 +126,6 @@ int gxcustom_main(pINI_SETTINGS ini) {
     const std::string backup_file =
         formatted("%s%c%.4s_old.ini", ini_value_num(ini, D_CGI_PATH), '/', cgi_name);
     load_values(ini, settings.get());
-
-    bool is_backed_up = false;
-    for (int choice = 0; choice != quit_choice;) {
-        choice = ask_choice();
-        // An operation that comes first leaves nothing to be backed up any more.
-        is_backed_up =
-            is_backed_up || is_operation(choice) || back_up(cgi_name, ini_file, backup_file);
-        if (is_operation(choice)) {
-            run_operation(choice, settings.get());
-        } else if (choice != quit_choice) {
-            print("That is not a valid choice, please choose again\n");
-        }
-    }
+    run_menu(settings.get(), cgi_name, ini_file, backup_file);
     return 1;
 }

@@ -5,10 +5,10 @@
 
 #include "settings/store.h"
 
-// Runs the flow on the answer store. Always 1; a template-set product is refused at once. Who
-// cannot name the program leaves with "q". What fails in an operation is reported and the menu goes
-// on.
+// Runs the flow on the answer store and returns 1. Refuses a product with template sets at once. A
+// failed operation is reported and the menu goes on.
 //
-// The .ini is backed up as CGI_PATH/NAME_old.ini (NAME cut to four characters) at the first choice
-// that is no operation; once an operation was chosen, it never is.
+// Backs the .ini up as CGI_PATH/NAME_old.ini (NAME cut to four characters) when the first choice is
+// to quit or is invalid, and tries again at the next such choice if that failed. Once an operation
+// was chosen no backup is made.
 int gxcustom_main(pINI_SETTINGS ini);

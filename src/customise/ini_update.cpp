@@ -23,7 +23,7 @@ const INI_NAMES_INFO custom_values[] = {
 
 namespace {
 
-// What the .ini is rewritten with.
+// The settings that update_ini replaces.
 constexpr INI_NAMES_INFO update_list[] = {
     {"set", "", 1, 0},
     {"body_add", "", 1, 0},
@@ -37,85 +37,97 @@ constexpr std::string_view continuation_mark = " /";
 
 constexpr std::size_t piece_size = 511; // 510 characters and a NUL
 
-// Whether the lines of a dropped setting go on; set by match_setting, cleared by update_ini.
-bool skip = false;
+// What the line before decides about the next line of the old .ini.
+enum class next_line { begins_anew, continues_a_kept_one, continues_a_dropped_one };
+
+// How far the copying of the old .ini has come. update_ini resets it; match_setting, whose
+// arguments are fixed, finds it here.
+struct copy_state {
+    next_line next = next_line::begins_anew;
+    bool lacks_line_end = false; // the line written last
+} copying;
 
 bool ends_in_mark(std::string_view text, std::string_view trailing) {
     return text.substr(0, text.find_last_not_of(trailing) + 1).ends_with(continuation_mark);
 }
 
-// Whether the line after `line` is read as its continuation when the file is loaded; a line that
-// adds nothing to a setting is not continued by the next one, which then begins it. The line may
-// end at a NUL, or at the end of the file without the line end that it gets.
-bool is_continued(std::string_view line, bool continues_another) {
-    std::string_view text = line.substr(0, line.find('\0'));
-    const bool gets_line_end = text.size() == line.size() && !line.ends_with('\n');
-    const std::size_t length = text.size() + (gets_line_end ? 1 : 0);
-    if (length <= 2 || text.starts_with('#') || !ends_in_mark(text, line_ends)) {
-        return false;
+// A kept line as ini_load will read it: with the line end that it gets, up to a NUL.
+std::string loaded_text(std::string_view line) {
+    std::string text(line);
+    if (!text.ends_with('\n')) {
+        text.push_back('\n');
     }
+    return text.substr(0, text.find('\0'));
+}
+
+// ini_load skips such a line, and a continued one ends there.
+bool is_skipped(std::string_view text) {
+    return text.size() <= 2 || text.starts_with('#');
+}
+
+bool has_text_before_mark(std::string_view text) {
     text = text.substr(0, text.rfind(continuation_mark));
-    return continues_another || text.find_first_not_of(blanks) != std::string_view::npos;
+    return text.find_first_not_of(blanks) != std::string_view::npos;
+}
+
+// Whether ini_load will read the line after a kept one as part of it.
+bool goes_on(std::string_view line, bool continues_another) {
+    const std::string text = loaded_text(line);
+    // Blanks and a mark begin no setting: the next line begins it.
+    const bool belongs_to_a_setting = continues_another || has_text_before_mark(text);
+    return belongs_to_a_setting && !is_skipped(text) && ends_in_mark(text, line_ends);
 }
 
 void write_text(std::FILE *file, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), file);
 }
 
-// The rewritten file as far as it is written: the lines that stay, then the settings.
-class rewritten_ini {
-  public:
-    explicit rewritten_ini(std::FILE *file) : file_(file) {}
+void keep_line(std::FILE *file, std::string_view line) {
+    write_text(file, line);
+    const bool continues_another = copying.next == next_line::continues_a_kept_one;
+    copying.next =
+        goes_on(line, continues_another) ? next_line::continues_a_kept_one : next_line::begins_anew;
+    copying.lacks_line_end = !line.ends_with('\n');
+}
 
-    // Copies the lines of the old file that belong to none of the names of `update`. False when
-    // the old file could not be read.
-    bool keep_other_lines(std::FILE *old_file, pINI_SETTINGS update) {
-        std::array<char, piece_size> piece{};
-        skip = false;
-        for (std::string_view line = read_piece(old_file, piece); !line.empty();
-             line = read_piece(old_file, piece)) {
-            if (is_continued_ || match_setting(piece.data(), update) == 0) {
-                write_text(file_, line);
-                is_inside_line_ = !line.ends_with('\n');
-                is_continued_ = is_continued(line, is_continued_);
-            } else {
-                end_line();
-            }
-        }
-        return std::ferror(old_file) == 0;
+// What is written next did not follow the last line in the old file: it gets a line of its own.
+void end_line(std::FILE *file) {
+    if (copying.lacks_line_end) {
+        write_text(file, "\n");
+        copying.lacks_line_end = false;
     }
+}
 
-    void add_settings(pINI_SETTINGS update) {
-        if (ini_number(update) > 0) {
-            end_line();
-            end_continuation();
-        }
-        ini_start(update);
-        while (const char *name = ini_get(update)) {
-            write_setting(file_, formatted("%s %s", name, ini_get(update)).c_str());
+// Copies the lines that belong to none of the names of `update`. Returns false if the old file
+// could not be read.
+bool keep_other_lines(std::FILE *old_file, std::FILE *new_file, pINI_SETTINGS update) {
+    std::array<char, piece_size> piece{};
+    for (std::string_view line = read_piece(old_file, piece); !line.empty();
+         line = read_piece(old_file, piece)) {
+        if (copying.next == next_line::continues_a_kept_one ||
+            match_setting(piece.data(), update) == 0) {
+            keep_line(new_file, line);
+        } else {
+            end_line(new_file);
         }
     }
+    return std::ferror(old_file) == 0;
+}
 
-  private:
-    // What is written next did not follow in the old file: it gets a line of its own.
-    void end_line() {
-        if (is_inside_line_) {
-            write_text(file_, "\n");
-            is_inside_line_ = false;
-        }
+void add_settings(std::FILE *file, pINI_SETTINGS update) {
+    if (ini_number(update) == 0) {
+        return;
     }
-
-    // An empty line keeps the first setting from being read as part of the last kept one.
-    void end_continuation() {
-        if (is_continued_) {
-            write_text(file_, "\n");
-        }
+    end_line(file);
+    if (copying.next == next_line::continues_a_kept_one) {
+        // An empty line ends the kept setting, or the first new one would be read as part of it.
+        write_text(file, "\n");
     }
-
-    std::FILE *file_;
-    bool is_inside_line_ = false;
-    bool is_continued_ = false;
-};
+    ini_start(update);
+    while (const char *name = ini_get(update)) {
+        write_setting(file, formatted("%s %s", name, ini_get(update)).c_str());
+    }
+}
 
 stream_handle open_old_ini(const std::string &path) {
     if (path.size() > path_limit) {
@@ -125,9 +137,10 @@ stream_handle open_old_ini(const std::string &path) {
     return open_plain_file(path.c_str());
 }
 
-int report(const char *failure, const std::string &path) {
+// Prints and logs which step failed on which file, and errno. Returns 0.
+int update_failed(const char *step, const std::string &path) {
     const int error = errno;
-    print_emsg("Cannot %s file %s, %s", failure, shown_path(path.c_str(), error).c_str(),
+    print_emsg("Cannot %s file %s, %s", step, shown_path(path.c_str(), error).c_str(),
                std::strerror(error));
     return 0;
 }
@@ -216,18 +229,18 @@ int update_ini(pINI_SETTINGS settings) {
 
     const stream_handle old_file = open_old_ini(old_path);
     if (!old_file) {
-        return report("find", old_path);
+        return update_failed("find", old_path);
     }
     replacement_file new_file(old_path.c_str(), new_path.c_str());
     if (new_file.stream() == nullptr) {
-        return report("find", new_path);
+        return update_failed("find", new_path);
     }
-    rewritten_ini rewritten(new_file.stream());
-    if (!rewritten.keep_other_lines(old_file.get(), update.get())) {
-        return report("read", old_path);
+    copying = {};
+    if (!keep_other_lines(old_file.get(), new_file.stream(), update.get())) {
+        return update_failed("read", old_path);
     }
-    rewritten.add_settings(update.get());
-    return new_file.commit() ? 1 : report("write", new_path);
+    add_settings(new_file.stream(), update.get());
+    return new_file.commit() ? 1 : update_failed("write", new_path);
 }
 
 int write_setting(std::FILE *file, const char *text) {
@@ -245,10 +258,11 @@ int write_setting(std::FILE *file, const char *text) {
 }
 
 int match_setting(const char *text, pINI_SETTINGS settings) {
-    if (!skip && is_set(text, settings) == 0) {
+    if (copying.next != next_line::continues_a_dropped_one && is_set(text, settings) == 0) {
         return 0;
     }
-    skip = ends_in_mark(text, blanks_and_line_ends);
+    copying.next = ends_in_mark(text, blanks_and_line_ends) ? next_line::continues_a_dropped_one
+                                                            : next_line::begins_anew;
     return 1;
 }
 

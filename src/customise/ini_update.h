@@ -1,6 +1,6 @@
-// The settings that the customise flow may change, and the rewriting of the product's .ini with
-// them: every `set` and `body_add` line is replaced, every other line is kept as it is. The
-// operations of the flow change the settings here, its menu rewrites the file after each of them.
+// The settings that the customise flow may change, and the update of the product's .ini: every
+// `set` and `body_add` line is replaced, every other line is kept as it is. The operations of the
+// flow change the settings, its menu updates the file after each of them.
 #pragma once
 
 #include "settings/store.h"
@@ -8,12 +8,12 @@
 #include <cstdio>
 #include <string_view>
 
-// The names of the customise store. The flow looks its values up by the positions of the answer
-// store, and this is meant so: D_VLIMG_DIR gives `version` (which therefore names the images
-// directory), D_CGI_NAME gives `prod_name`, D_CGI_PATH the end of the table, which has no value.
+// The names of the customise store. Its values are looked up by the positions of the answer store,
+// which stand for other names here (kept): D_VLIMG_DIR means `version`, which therefore names the
+// images directory; D_CGI_NAME means `prod_name`; D_CGI_PATH is the end of the table: no value.
 extern const INI_NAMES_INFO custom_values[];
 
-// A settings store that lives as long as its owner. Its messages go to the log.
+// A settings store that is cleared at the end of its scope. Its messages go to the log.
 class scoped_store {
   public:
     explicit scoped_store(const INI_NAMES_INFO *names);
@@ -29,47 +29,48 @@ class scoped_store {
 
 // --- Values ---
 
-// Copies every value of each name in the names table of `dst` from `src` to `dst`.
+// Copies all values of the names in the names table of `dst` from `src` to `dst`.
 void load_values(pINI_SETTINGS src, pINI_SETTINGS dst);
 
 // Replaces the values of `label` by those made from the texts of the list `text`: "MODE TEXT", or
-// TEXT alone for a null `mode`. With a mode, the values of other modes are kept in front of each
-// new value (so once per text). 1; 0 when label or text is missing or the list is empty, and
-// nothing changes.
+// TEXT alone for a null `mode`. With a mode, the values of the other modes are kept in front of
+// each new value, so once per text (kept). Returns 1, or 0 and changes nothing if label or text is
+// missing or the list is empty.
 int update_values(pINI_SETTINGS settings, const char *label, const char *mode, LINK_LIST *text);
 
-// The first word of a value, which tells its mode: what stands behind leading blanks and tabs, up
-// to the next blank or tab.
+// Returns the first word of a value, which is its mode. Blanks and tabs separate words.
 std::string_view first_word(std::string_view text);
 
-// What follows the last blank of `text`; in a text without a blank, its second character and on.
+// Returns what follows the last blank of `text`. Without a blank only the first character is left
+// out (kept).
 const char *get_set(const char *text);
 
-// A stored word or an answer as a number: TRUE and up are 1, FALSE and left are 0, a text that ends
-// in a digit is its leading integer, anything else (null too) -1. Back: what a yes/no question
-// offers, "YES" for a number other than 0.
+// Converts a stored word or an answer to a number: TRUE and up are 1, FALSE and left are 0. A text
+// that ends in a digit is its leading integer. Anything else, and null, is -1.
 int dflt_val(const char *text);
+
+// Returns the default of a yes/no question: "NO" for 0, else "YES".
 const char *give_dflt(int value);
 
 // --- The file ---
 
-// Rewrites (null)/PROD.ini, PROD being the `prod_name` of the customise store, by way of
-// (null)/PROD.new; both are relative to the current directory, as the store has no value at the
-// position of the directory. 1; 0 when it fails, which console and log are told with the file and
-// the system's error: the old file is then as it was and the new one gone. Mode and owner of the
-// old file are kept.
+// Replaces the `set` and `body_add` lines of (null)/PROD.ini, PROD being the `prod_name` of the
+// customise store; keeps mode and owner. The directory is called "(null)", in the current one,
+// because the store has no value at its position. The new file is written as (null)/PROD.new.
+// Returns 1. On failure prints and logs the file and the system's error, leaves the old file as it
+// was, removes the new one and returns 0.
 int update_ini(pINI_SETTINGS settings);
 
-// Writes a setting as the .ini holds it: pieces of 255 characters, each but the last ended by " /",
-// while more than 256 are left. (Reading joins the pieces but drops blanks and tabs at the start of
-// a later one.) 1; a failed write shows when the file is closed.
+// Writes a setting, broken into lines: while more than 256 characters are left, 255 of them and
+// " /". (ini_load joins the lines but drops blanks and tabs at the start of a later one.) Returns
+// 1; the caller sees a failed write when it closes the file.
 int write_setting(std::FILE *file, const char *text);
 
-// 1 when a line of the .ini belongs to one of the names of `settings`: it is_set, or continues the
-// line before it, which was dropped and ended in " /" (whatever blanks, tabs and line ends
-// follow).
+// Returns 1, and the line is to be dropped, if it belongs to one of the names of `settings`: if
+// is_set returns 1 for it, or if the call before dropped a line that ended in " /" (and any blanks,
+// tabs and line ends). Returns 0 for every other line.
 int match_setting(const char *text, pINI_SETTINGS settings);
 
-// 1 when `text`, behind leading blanks and tabs, begins with a name of the names table of
-// `settings`. What follows the name is not looked at: "settings" is a `set`.
+// Returns 1 if `text`, after leading blanks and tabs, begins with a name of the names table of
+// `settings`, else 0. Ignores what follows the name: "settings" is a `set` (kept).
 int is_set(const char *text, pINI_SETTINGS settings);

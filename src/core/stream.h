@@ -2,13 +2,14 @@
 // that is replaced whole or not at all.
 #pragma once
 
+#include "core/place.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 
 struct file_closer {
     void operator()(std::FILE *file) const { static_cast<void>(std::fclose(file)); }
@@ -16,28 +17,6 @@ struct file_closer {
 
 // An open stream, closed when it goes.
 using stream_handle = std::unique_ptr<std::FILE, file_closer>;
-
-// An open file descriptor, closed when it goes. A negative number is none.
-class file_descriptor {
-  public:
-    explicit file_descriptor(int number) : number_(number) {}
-    ~file_descriptor() { close(); }
-    file_descriptor(const file_descriptor &) = delete;
-    file_descriptor &operator=(const file_descriptor &) = delete;
-
-    [[nodiscard]] bool is_open() const { return number_ >= 0; }
-    [[nodiscard]] int number() const { return number_; }
-
-    // False, with errno set, when what was written is lost (POSIX close).
-    bool close() {
-        const int closing = number_;
-        number_ = -1;
-        return closing < 0 || ::close(closing) == 0;
-    }
-
-  private:
-    int number_;
-};
 
 // A stream over an open descriptor, which it takes over, in a mode of fdopen (POSIX). Null, with
 // errno set and the descriptor closed, when no stream can be had; null, and errno as it was, for a

@@ -44,10 +44,6 @@ int write_failed(const char *destination, int error) {
     return 0;
 }
 
-bool is_same_file(const struct stat &one, const struct stat &other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 // Whether an entry that was looked at already stands at `path`.
 bool stands_at(const struct stat &entry, const char *path) {
     struct stat there {};

@@ -19,11 +19,6 @@ namespace {
 
 constexpr std::size_t element_limit = 100;
 
-struct directory_closer {
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
-using directory_handle = std::unique_ptr<DIR, directory_closer>;
-
 unsigned char byte_at(std::string_view text, std::size_t at) {
     return static_cast<unsigned char>(text[at]);
 }

@@ -1,0 +1,500 @@
+#include "core/place.h"
+
+#include "core/format.h"
+#include "support/scratch_test.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <sys/wait.h>
+
+namespace {
+
+constexpr uid_t other_user = 4711;
+
+std::string refusal;
+
+int keep_refusal(const char *format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    path_text text;
+    text.vformat(format, arguments);
+    va_end(arguments);
+    refusal = text.c_str();
+    return 1;
+}
+
+// An own directory `ours`, a directory `shared` that another user may write, and `kept` with a file
+// that is none of that user's business.
+class Place : public scratch_test {
+  protected:
+    Place() : umask_before(::umask(022)) {
+        for (const char *directory : {"ours", "shared", "kept", "kept/below"}) {
+            std::filesystem::create_directory(directory);
+        }
+        ::chmod("shared", 0777);
+        write_file("kept/file", "kept");
+        tell_refusals(keep_refusal);
+        refusal.clear();
+    }
+
+    ~Place() override {
+        tell_refusals(nullptr);
+        ::umask(umask_before);
+    }
+
+    [[nodiscard]] place at(std::string_view name) const { return place(scratch.path(name)); }
+
+    // A link that another user made.
+    void plant_link(const std::string &target, const std::string &path) const {
+        std::filesystem::create_symlink(target, path);
+        ASSERT_EQ(::lchown(path.c_str(), other_user, other_user), 0);
+    }
+
+    static void write(new_file &file, std::string_view text) {
+        ASSERT_TRUE(file.start());
+        ASSERT_EQ(::write(file.number(), text.data(), text.size()),
+                  static_cast<ssize_t>(text.size()));
+    }
+
+    static std::string text_of(const open_file &file) {
+        std::string text(100, '\0');
+        const ssize_t length = ::read(file.descriptor.number(), text.data(), text.size());
+        text.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+        return text;
+    }
+
+    static mode_t mode_of(const std::string &path) {
+        struct stat entry {};
+        return ::lstat(path.c_str(), &entry) == 0 ? entry.st_mode & 07777 : 0;
+    }
+
+    static uid_t owner_of(const std::string &path) {
+        struct stat entry {};
+        return ::lstat(path.c_str(), &entry) == 0 ? entry.st_uid : 0;
+    }
+
+    std::set<std::string> names_in(const std::string &directory) const {
+        std::set<std::string> names;
+        for (const auto &entry : std::filesystem::directory_iterator(directory)) {
+            names.insert(entry.path().filename());
+        }
+        return names;
+    }
+
+    mode_t umask_before;
+};
+
+// Plants as another user, which only root can.
+class PlaceAmongOthers : public Place {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) {
+            GTEST_SKIP() << "only root can plant files as another user";
+        }
+    }
+};
+
+using NewFile = Place;
+using NewFileAmongOthers = PlaceAmongOthers;
+using string_set = std::set<std::string>;
+
+} // namespace
+
+// --- Walking to a directory ---
+
+TEST_F(Place, IsReachedByEveryKindOfPath) {
+    for (const char *path : {"ours", "./ours", "ours/", "ours/../ours", "kept/../ours/."}) {
+        EXPECT_TRUE(place(path).is_open()) << path;
+        EXPECT_TRUE(at(path).is_open()) << path;
+    }
+    EXPECT_TRUE(place("/").is_open());
+    EXPECT_TRUE(place("//").is_open());
+    EXPECT_TRUE(place(".").is_open());
+}
+
+TEST_F(Place, WhatIsNoDirectoryIsNotOpenAndSaysWhy) {
+    EXPECT_EQ(at("missing").error(), ENOENT);
+    EXPECT_EQ(at("kept/file").error(), ENOTDIR);
+    EXPECT_EQ(at("kept/file/below").error(), ENOTDIR);
+    EXPECT_EQ(place("").error(), ENOENT);
+    EXPECT_EQ(place(std::string(300, 'n')).error(), ENAMETOOLONG);
+    EXPECT_FALSE(at("missing").is_refused());
+}
+
+TEST_F(Place, IsOursIfNobodyElseMayWriteIt) {
+    EXPECT_FALSE(at("ours").is_shared());
+    EXPECT_TRUE(at("shared").is_shared());
+    EXPECT_FALSE(place("/").is_shared());
+    for (const mode_t mode : {0775U, 0757U, 01777U}) {
+        ASSERT_EQ(::chmod("ours", mode), 0);
+        EXPECT_TRUE(at("ours").is_shared()) << mode;
+    }
+}
+
+TEST_F(PlaceAmongOthers, OfAnotherUserIsShared) {
+    ASSERT_EQ(::chown("ours", other_user, 0), 0);
+    EXPECT_TRUE(at("ours").is_shared());
+    EXPECT_EQ(at("ours").status().st_uid, other_user);
+}
+
+TEST_F(Place, LinksOfOursAreFollowedWhereverTheyStand) {
+    std::filesystem::create_symlink("../kept", "ours/relative");
+    std::filesystem::create_symlink(scratch.path("ours/relative/below"), "ours/absolute");
+    std::filesystem::create_symlink(scratch.path("kept"), "shared/link");
+    EXPECT_TRUE(at("ours/relative").is_open());
+    EXPECT_TRUE(is_same_file(at("ours/absolute").status(), at("kept/below").status()));
+    EXPECT_TRUE(is_same_file(at("shared/link/below").status(), at("kept/below").status()));
+    EXPECT_EQ(at("shared/link").path(), scratch.path("shared/link"));
+}
+
+TEST_F(Place, ACircleOfLinksEnds) {
+    std::filesystem::create_symlink("two", "ours/one");
+    std::filesystem::create_symlink("one", "ours/two");
+    EXPECT_EQ(at("ours/one").error(), ELOOP);
+    EXPECT_FALSE(at("ours/one").is_refused());
+}
+
+TEST_F(PlaceAmongOthers, ALinkThatAnotherUserMadeIsFollowedOnlyWhereThatUserMayNotWrite) {
+    plant_link(scratch.path("kept"), "ours/link");
+    plant_link(scratch.path("kept"), "shared/link");
+    EXPECT_TRUE(at("ours/link").is_open());
+    const place refused = at("shared/link/below");
+    EXPECT_FALSE(refused.is_open());
+    EXPECT_EQ(refused.error(), ELOOP);
+    EXPECT_TRUE(refused.is_refused());
+    EXPECT_EQ(refusal, "Not followed: \"" + scratch.path("shared/link") +
+                           "\" is a link that another user made");
+}
+
+TEST_F(PlaceAmongOthers, ALinkOfOursThatLeadsThroughAForeignOneIsRefused) {
+    plant_link(scratch.path("kept"), "shared/link");
+    std::filesystem::create_symlink(scratch.path("shared/link"), "ours/link");
+    EXPECT_TRUE(at("ours/link").is_refused());
+}
+
+TEST_F(Place, ALinkOfOursWithTwoNamesIsFollowedOnlyWhereNobodyElseMayWrite) {
+    std::filesystem::create_symlink(scratch.path("kept"), "ours/link");
+    ASSERT_EQ(::linkat(AT_FDCWD, "ours/link", AT_FDCWD, "shared/link", 0), 0);
+    EXPECT_TRUE(at("ours/link").is_open());
+    EXPECT_TRUE(at("shared/link").is_refused());
+}
+
+TEST_F(Place, DotDotDoesNotLeadOutOfASharedDirectory) {
+    std::filesystem::create_directory("shared/ours");
+    EXPECT_TRUE(at("ours/../kept").is_open());
+    EXPECT_TRUE(at("shared/ours/../ours").is_open());
+    EXPECT_TRUE(at("shared/../kept").is_refused());
+    EXPECT_EQ(refusal, "Not followed: \"" + scratch.path("shared") +
+                           "/..\" leads out of a directory that others may write");
+    EXPECT_TRUE(at("shared").enter("..").is_refused());
+    EXPECT_TRUE(at("ours").enter("..").is_open());
+}
+
+TEST_F(Place, ADirectoryIsEnteredByItsNameAndThroughLinksOnlyIfTheyMayBeFollowed) {
+    std::filesystem::create_symlink(scratch.path("kept"), "ours/link");
+    EXPECT_TRUE(at("kept").enter("below").is_open());
+    EXPECT_TRUE(at("ours").enter("link/below").is_open());
+    EXPECT_EQ(at("ours").enter("link").path(), scratch.path("ours/link"));
+    EXPECT_TRUE(at("kept").enter_itself("below").is_open());
+    EXPECT_EQ(at("ours").enter_itself("link").error(), ENOTDIR);
+    EXPECT_EQ(at("missing").enter("below").error(), ENOENT);
+}
+
+// --- Making directories ---
+
+TEST_F(Place, MakesADirectoryWithExactlyTheMode) {
+    ::umask(0777);
+    const place made = at("ours").make("made", 02775);
+    EXPECT_TRUE(made.is_open());
+    EXPECT_EQ(mode_of("ours/made"), 02775U);
+    EXPECT_EQ(made.path(), scratch.path("ours/made"));
+    EXPECT_EQ(at("ours").make("made", 0700).error(), EEXIST);
+    EXPECT_EQ(at("missing").make("made", 0700).error(), EBADF);
+}
+
+TEST_F(PlaceAmongOthers, GivesADirectoryAway) {
+    EXPECT_TRUE(at("ours").give(other_user, other_user));
+    EXPECT_EQ(owner_of("ours"), other_user);
+}
+
+TEST_F(Place, ListsItsNames) {
+    const directory_handle list = at("kept").list();
+    ASSERT_NE(list, nullptr);
+    string_set names;
+    while (const dirent *entry = ::readdir(list.get())) {
+        names.insert(entry->d_name);
+    }
+    EXPECT_EQ(names, (string_set{".", "..", "file", "below"}));
+    EXPECT_EQ(at("missing").list(), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+// --- Reading ---
+
+TEST_F(Place, ReadsFilesAndWhatLinksOfOursLeadTo) {
+    std::filesystem::create_symlink(scratch.path("kept/file"), "shared/link");
+    std::filesystem::create_symlink("../shared/link", "ours/link");
+    EXPECT_EQ(text_of(at("kept").open_to_read("file")), "kept");
+    EXPECT_EQ(text_of(at("ours").open_to_read("link")), "kept");
+    EXPECT_TRUE(at("ours").can_be_read("link"));
+    EXPECT_TRUE(at("shared").open_to_read("link").is_open());
+    EXPECT_FALSE(at("kept").open_to_read("missing").is_open());
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(PlaceAmongOthers, DoesNotReadWhatAnotherUsersLinkLeadsTo) {
+    plant_link(scratch.path("kept/file"), "shared/link");
+    const open_file file = at("shared").open_to_read("link");
+    EXPECT_FALSE(file.is_open());
+    EXPECT_EQ(errno, ELOOP);
+    EXPECT_EQ(refusal, "Not followed: \"" + scratch.path("shared/link") +
+                           "\" is a link that another user made");
+    EXPECT_FALSE(at("shared").can_be_read("link"));
+}
+
+TEST_F(Place, ReadsAFileWithTwoNamesOnlyWhereNobodyElseMayWrite) {
+    std::filesystem::create_hard_link("kept/file", "shared/file");
+    EXPECT_TRUE(at("kept").open_to_read("file").is_open());
+    EXPECT_FALSE(at("shared").open_to_read("file").is_open());
+    EXPECT_EQ(errno, EMLINK);
+    EXPECT_EQ(refusal, "Not read: \"" + scratch.path("shared/file") +
+                           "\" has more names in a directory that others may write");
+    EXPECT_TRUE(at("shared").can_be_read("file"));
+}
+
+TEST_F(Place, OnlyAPlainFileIsOpenedAsOne) {
+    ASSERT_EQ(::mkfifo("ours/pipe", 0600), 0);
+    EXPECT_TRUE(at("ours").open_to_read("pipe").is_open());
+    EXPECT_FALSE(at("ours").open_plain("pipe").is_open());
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_FALSE(at("kept").open_plain("below").is_open());
+    EXPECT_EQ(errno, EISDIR);
+}
+
+TEST_F(Place, AFileOfMoreThanTheLimitIsNotOpened) {
+    write_file("shared/file", "kept");
+    const read_limit everywhere = {3, false};
+    const read_limit if_shared = {3, true};
+    EXPECT_TRUE(at("kept").open_plain("file", {4, false}).is_open());
+    EXPECT_FALSE(at("kept").open_plain("file", everywhere).is_open());
+    EXPECT_EQ(errno, EFBIG);
+    EXPECT_TRUE(at("kept").open_plain("file", if_shared).is_open());
+    EXPECT_FALSE(at("shared").open_plain("file", if_shared).is_open());
+}
+
+// --- Writing without replacing ---
+
+TEST_F(Place, WritesAnewAndAppends) {
+    ::umask(0);
+    ASSERT_TRUE(at("ours").open_to_append("file").is_open());
+    EXPECT_EQ(mode_of("ours/file"), 0664U);
+    write_file("ours/file", "old");
+    file_descriptor file = at("ours").open_to_append("file");
+    ASSERT_EQ(::write(file.number(), "+new", 4), 4);
+    EXPECT_EQ(read_file("ours/file"), "old+new");
+    EXPECT_TRUE(at("ours").open_to_write("file").is_open());
+    EXPECT_EQ(read_file("ours/file"), "");
+    EXPECT_FALSE(at("kept").open_to_write("below").is_open());
+    EXPECT_EQ(errno, EISDIR);
+}
+
+TEST_F(Place, WritesThroughALinkOfOursAlsoToAFileThatIsNotThereYet) {
+    std::filesystem::create_symlink(scratch.path("kept/new"), "shared/link");
+    EXPECT_TRUE(at("shared").open_to_append("link").is_open());
+    EXPECT_TRUE(is_there("kept/new"));
+    EXPECT_TRUE(std::filesystem::is_symlink("shared/link"));
+}
+
+TEST_F(PlaceAmongOthers, AForeignFileIsRemovedAndMadeAnew) {
+    plant_link(scratch.path("kept/file"), "shared/link");
+    std::filesystem::create_hard_link("kept/file", "shared/name");
+    ASSERT_EQ(::mkfifo("shared/pipe", 0666), 0);
+    ASSERT_EQ(::chown("shared/pipe", other_user, other_user), 0);
+    for (const char *name : {"link", "name", "pipe"}) {
+        EXPECT_TRUE(at("shared").open_to_write(name).is_open()) << name;
+        EXPECT_TRUE(std::filesystem::is_regular_file(
+            std::filesystem::symlink_status(scratch.path("shared") + "/" + name)));
+    }
+    EXPECT_EQ(read_file("kept/file"), "kept");
+    EXPECT_EQ(refusal, "");
+}
+
+TEST_F(Place, CreatesAFileAnewInThePlaceOfAnyOther) {
+    std::filesystem::create_symlink(scratch.path("kept/file"), "ours/link");
+    EXPECT_TRUE(at("ours").create_anew("link").is_open());
+    EXPECT_FALSE(std::filesystem::is_symlink("ours/link"));
+    EXPECT_EQ(mode_of("ours/link"), 0600U);
+    EXPECT_EQ(read_file("kept/file"), "kept");
+    EXPECT_FALSE(at("kept").create_anew("below").is_open());
+    EXPECT_TRUE(is_there("kept/below"));
+}
+
+TEST_F(Place, RemovesAndRenames) {
+    write_file("ours/file", "text");
+    EXPECT_TRUE(at("ours").rename("file", "other"));
+    EXPECT_EQ(read_file("ours/other"), "text");
+    EXPECT_TRUE(at("ours").remove("other"));
+    EXPECT_FALSE(at("kept").remove("below"));
+    EXPECT_TRUE(at("kept").remove_directory("below"));
+    EXPECT_FALSE(at("kept").remove_directory("file"));
+}
+
+TEST_F(Place, LocateTakesAPathApart) {
+    EXPECT_EQ(locate("file").name, "file");
+    EXPECT_EQ(locate("file").directory.path(), ".");
+    EXPECT_EQ(locate("/file").directory.path(), "/");
+    EXPECT_EQ(locate("ours/file").directory.path(), "ours/");
+    for (const char *path : {"ours/", "ours/.", "kept/below/.."}) {
+        EXPECT_EQ(locate(path).name, ".");
+        EXPECT_TRUE(locate(path).directory.is_open());
+    }
+    EXPECT_EQ(locate("").name, "");
+}
+
+// --- Replacing files ---
+
+TEST_F(NewFile, AMissingFileIsMadeInPlaceOrBeside) {
+    const place ours = at("ours");
+    new_file at_once(ours, "one", new_file::when_missing::in_place, 0666);
+    write(at_once, "o");
+    EXPECT_EQ(at_once.old(), nullptr);
+    EXPECT_EQ(read_file("ours/one"), "o");
+    new_file beside(ours, "two", new_file::when_missing::beside);
+    write(beside, "new");
+    EXPECT_FALSE(is_there("ours/two"));
+    EXPECT_TRUE(beside.put_in_place());
+    EXPECT_EQ(read_file("ours/two"), "new");
+    EXPECT_EQ(mode_of("ours/two"), 0644U);
+    EXPECT_EQ(names_in("ours"), (string_set{"one", "two"}));
+}
+
+TEST_F(NewFile, AFileThatIsThereStaysUntilItIsReplacedWithItsMode) {
+    const place ours = at("ours");
+    write_file("ours/file", "old");
+    ::chmod("ours/file", 0604);
+    {
+        new_file dropped(ours, "file", new_file::when_missing::in_place);
+        write(dropped, "dropped");
+    }
+    EXPECT_EQ(read_file("ours/file"), "old");
+    new_file file(ours, "file", new_file::when_missing::in_place);
+    write(file, "new");
+    EXPECT_EQ(read_file("ours/file"), "old");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(read_file("ours/file"), "new");
+    EXPECT_EQ(mode_of("ours/file"), 0604U);
+    EXPECT_EQ(names_in("ours"), string_set{"file"});
+}
+
+TEST_F(NewFile, AnotherNameOfTheOldFileKeepsTheOldContent) {
+    const place ours = at("ours");
+    write_file("ours/file", "old");
+    std::filesystem::create_hard_link("ours/file", "kept/backup");
+    new_file file(ours, "file", new_file::when_missing::in_place);
+    write(file, "new");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(read_file("kept/backup"), "old");
+}
+
+TEST_F(NewFile, AProgramThatIsRunIsReplaced) {
+    const place ours = at("ours");
+    std::filesystem::copy_file("/bin/sleep", "ours/program");
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        ::execl("ours/program", "program", "30", nullptr);
+        ::_exit(1);
+    }
+    while (file_descriptor(::open("ours/program", O_WRONLY | O_CLOEXEC)).is_open()) {
+        ::usleep(1000);
+    }
+    new_file file(ours, "program", new_file::when_missing::in_place);
+    EXPECT_NE(file.old(), nullptr);
+    write(file, "new");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(read_file("ours/program"), "new");
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+}
+
+TEST_F(NewFile, ALinkOfOursStaysAndItsFileIsReplaced) {
+    const place shared = at("shared");
+    std::filesystem::create_symlink(scratch.path("kept/file"), "shared/link");
+    new_file file(shared, "link", new_file::when_missing::in_place);
+    write(file, "new");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(read_file("kept/file"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink("shared/link"));
+    EXPECT_EQ(names_in("shared"), string_set{"link"});
+}
+
+TEST_F(NewFile, ADirectoryCannotBeReplacedAndAMissingOneNotWritten) {
+    const place kept = at("kept");
+    EXPECT_EQ(new_file(kept, "below", new_file::when_missing::in_place).error(), EISDIR);
+    const place missing = at("missing");
+    EXPECT_EQ(new_file(missing, "file", new_file::when_missing::in_place).error(), ENOENT);
+}
+
+TEST_F(NewFile, ADeviceIsWrittenDirectly) {
+    const place devices("/dev");
+    new_file file(devices, "null", new_file::when_missing::beside);
+    write(file, "text");
+    EXPECT_TRUE(file.is_special());
+    EXPECT_TRUE(file.put_in_place());
+}
+
+TEST_F(NewFile, WhereNothingCanBeMadeAFileThatMayBeWrittenIsWrittenDirectly) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    write_file("ours/file", "a longer old text");
+    ::chmod("ours", 0555);
+    const place ours = at("ours");
+    new_file file(ours, "file", new_file::when_missing::in_place);
+    write(file, "new");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(read_file("ours/file"), "new");
+    ::chmod("ours", 0755);
+}
+
+TEST_F(NewFile, AFileThatMayNotBeWrittenIsNotReplaced) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may write everything";
+    }
+    const place ours = at("ours");
+    write_file("ours/file", "old");
+    ::chmod("ours/file", 0444);
+    EXPECT_EQ(new_file(ours, "file", new_file::when_missing::in_place).error(), EACCES);
+}
+
+TEST_F(NewFileAmongOthers, TheOwnerOfTheOldFileIsKept) {
+    const place ours = at("ours");
+    write_file("ours/file", "old");
+    ASSERT_EQ(::chown("ours/file", other_user, other_user), 0);
+    new_file file(ours, "file", new_file::when_missing::beside);
+    write(file, "new");
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(owner_of("ours/file"), other_user);
+}
+
+TEST_F(NewFileAmongOthers, WhatIsForeignIsReplacedItselfWithoutAWord) {
+    const place shared = at("shared");
+    plant_link(scratch.path("kept/file"), "shared/link");
+    plant_link(scratch.path("kept/new"), "shared/dangling");
+    std::filesystem::create_hard_link("kept/file", "shared/name");
+    ASSERT_EQ(::mkfifo("shared/pipe", 0666), 0);
+    ASSERT_EQ(::chown("shared/pipe", other_user, other_user), 0);
+    for (const char *name : {"link", "dangling", "name", "pipe"}) {
+        new_file file(shared, name, new_file::when_missing::in_place, 0660);
+        EXPECT_EQ(file.old(), nullptr) << name;
+        write(file, "new");
+        EXPECT_TRUE(file.put_in_place()) << name;
+        EXPECT_EQ(read_file(std::string("shared/") + name), "new");
+        EXPECT_EQ(mode_of(std::string("shared/") + name), 0640U);
+    }
+    EXPECT_EQ(read_file("kept/file"), "kept");
+    EXPECT_EQ(names_in("kept"), (string_set{"file", "below"}));
+    EXPECT_EQ(refusal, "");
+}

@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
@@ -31,7 +32,7 @@ bool create_directories(const setup_job &job) {
 
 void copy_flat_product(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
-    announce("Copying template files", "Copying template files");
+    announce("Copying template files");
     job.check(do_xcopy("*", install_dir, 1));
     words_copy(install_dir, "tpl_", "words.dat");
     job.check(do_xcopy2(templates_source, "*", install_dir, 1));
@@ -39,19 +40,19 @@ void copy_flat_product(setup_job &job) {
 }
 
 void announce_and_copy_program(setup_job &job) {
-    announce("Copying cgi files", "Copying cgi files");
+    announce("Copying cgi files");
     copy_program(job);
 }
 
-// Whether the sets were copied whole is not asked: the result does not depend on it.
+// Required: sets that could not be copied whole do not make the installation fail.
 void copy_set_product(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
-    announce("Copying template files", "Copying template files");
+    announce("Copying template files");
     do_template_copy(templates_source, install_dir, 0);
     if (job.wants_wml) {
         do_template_copy(wap_source, install_dir, 0);
     }
-    announce("Copying graphic and wav files", "Copying graphic and wav files");
+    announce("Copying graphic and wav files");
     do_template_copy(images_source, job.answer(D_VLIMG_DIR), 0);
     do_template_copy(images_source, job.below_install_dir("img").c_str(), 0);
     announce_and_copy_program(job);
@@ -76,8 +77,8 @@ void install_wml(setup_job &job) {
 }
 
 bool copy_original_sets(const std::string &originals) {
-    const std::string templates = originals + "/tpl";
-    const std::string wap = originals + "/wap";
+    const std::string templates = path_in(originals, "tpl");
+    const std::string wap = path_in(originals, "wap");
     make_dir(originals.c_str(), directory_mode);
     if (make_owned_dir(templates.c_str(), directory_mode) == 0) {
         return false;
@@ -90,7 +91,7 @@ bool copy_original_sets(const std::string &originals) {
     return true;
 }
 
-// Offers a copy of the distribution's templates. False when a directory could not be created.
+// Offers a copy of the distribution's templates. Returns false if a directory could not be created.
 bool offer_originals(const setup_job &job) {
     if (!wants_originals(job, "")) {
         return true;
@@ -126,7 +127,7 @@ void offer_clean_up(setup_job &job) {
 int gxinstall_main(pINI_SETTINGS ini) {
     dmsg("gxinstall_main()");
     if (gxinstall_quest(ini) == 0) {
-        return -1;
+        return switch_to_upgrade;
     }
     const char *action = ini_value_num(ini, D_ACTION);
     print("\nPlease wait while gxsetup %ss %s\n", action, ini_value_num(ini, D_PROD_NAME));

@@ -1,5 +1,7 @@
 #include "setup/answer_store.h"
 
+#include "dialogue/question.h"
+
 INI_SETTINGS gxvalues;
 
 int gxdat_found = 0;
@@ -55,6 +57,20 @@ int set_answer(pINI_SETTINGS ini, answer_position position, const char *value) {
     return ini_add(ini, ans_values[position].name, value);
 }
 
+void replace_answer(pINI_SETTINGS ini, answer_position position, const char *value) {
+    ini_value_num(ini, position); // ini_update replaces the value read last
+    ini_update(ini, value);
+}
+
+std::vector<std::string> answer_values(pINI_SETTINGS ini, answer_position position) {
+    std::vector<std::string> values;
+    for (const char *value = ini_value_num(ini, position); value != nullptr;
+         value = ini_next_value_num(ini, position)) {
+        values.emplace_back(value);
+    }
+    return values;
+}
+
 bool is_true_answer(pINI_SETTINGS ini, answer_position position) {
-    return s_strcmp(ini_value_num(ini, position), "TRUE") == 0;
+    return is_yes(ini_value_num(ini, position));
 }

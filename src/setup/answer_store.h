@@ -4,6 +4,9 @@
 
 #include "settings/store.h"
 
+#include <string>
+#include <vector>
+
 // Positions in the names table.
 enum answer_position : int {
     D_INSTALL_DIR,    // installation directory; reads as the templates directory when absent
@@ -44,11 +47,12 @@ enum answer_position : int {
 // Every answer of the run.
 extern INI_SETTINGS gxvalues;
 
-// The names by position (D_LAST of them and the end record) and what stands in for an absent one.
+// The names by position (D_LAST of them and the end record), and the name whose value an absent one
+// borrows.
 extern const INI_NAMES_INFO ans_values[D_LAST + 1];
 extern const char *const ans_associations[];
 
-// Set once answers saved by an earlier run were loaded; by the session or by the install.
+// 1 once answers saved by an earlier run were loaded. The session and the install set it.
 extern int gxdat_found;
 
 // The file of saved answers, in the current directory and in the installation directory.
@@ -57,8 +61,14 @@ inline constexpr const char *answers_file = "gxsetup.dat";
 // The mail host and domain names that stand until the administrator gives real ones.
 void add_placeholder_hosts(pINI_SETTINGS ini);
 
-// Stores an answer by position. As ini_add.
+// Stores an answer by position; the result of ini_add.
 int set_answer(pINI_SETTINGS ini, answer_position position, const char *value);
+
+// Replaces the first value of an answer that is there.
+void replace_answer(pINI_SETTINGS ini, answer_position position, const char *value);
+
+// All values of an answer, in their order.
+std::vector<std::string> answer_values(pINI_SETTINGS ini, answer_position position);
 
 // Whether an answer is a stored yes.
 bool is_true_answer(pINI_SETTINGS ini, answer_position position);

@@ -57,12 +57,8 @@ void print_banner() {
     print("%s\n", dashed_rule);
 }
 
-bool is_wanted(question_number quest_num) {
-    return s_strcmp(question(quest_num, "NO"), "TRUE") == 0;
-}
-
 void ask_directories() {
-    if (is_wanted(YN_CHDIR_Q)) {
+    if (is_yes(question(YN_CHDIR_Q, "NO"))) {
         ask_answer(answers(), D_TEMPLATES, D_STMPLTS_Q);
         ask_answer(answers(), D_VLIMG_DIR, D_SVLIMG_Q);
         ask_answer(answers(), D_CGI_PATH, D_SCGI_Q);
@@ -70,7 +66,7 @@ void ask_directories() {
 }
 
 void ask_hosts(bool is_imap) {
-    if (!is_wanted(YN_CHINI_Q)) {
+    if (!is_yes(question(YN_CHINI_Q, "NO"))) {
         return;
     }
     const char *domain = ask_answer(answers(), D_DOMAIN, I_SDOM_Q);
@@ -89,7 +85,7 @@ void ask_hosts(bool is_imap) {
     set_answer(answers(), D_SMTPHOST, question(I_SSMTP_Q, suggestion.c_str()));
 }
 
-// The name of the file to write; "" when the name given is refused, which console and log are told.
+// The name of the file to write. Prints and logs why a name is refused and returns "".
 path_text ask_file(const path_text &op_system) {
     path_text suggestion;
     suggestion.format("gxdflt_%s.dat", op_system.c_str());

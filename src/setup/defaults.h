@@ -4,6 +4,7 @@
 #pragma once
 
 // Asks its questions and saves the answers in a file of the name given last, whose ending must be
-// ".dat" (added when the name has no "."). Fills and clears the answer store. 1; 0 and a message on
-// console and log when the name is refused or the file cannot be written, the store then left full.
+// ".dat" (added if the name has no "."). Fills and clears the answer store. Returns 1. If the name
+// is refused or the file cannot be written prints and logs why, leaves the store full and returns
+// 0.
 int make_dflt();

@@ -27,25 +27,29 @@ void setup_job::check(int result) {
     success = success && result != 0;
 }
 
-void announce(const char *logged, const char *shown) {
+void announce(const char *shown) {
+    announce(shown, shown);
+}
+
+void announce(const char *shown, const char *logged) {
     dmsg("%s", logged);
     print("\n%s", shown);
 }
 
 void copy_flat_images(setup_job &job, int overwrite) {
     const char *images = job.answer(D_VLIMG_DIR);
-    announce("Copying graphic and wav files", "Copying graphic and wav files");
+    announce("Copying graphic and wav files");
     for (const char *pattern : {"*.jpg", "*.wav", "*.gif"}) {
         job.check(do_xcopy2(templates_source, pattern, images, overwrite));
     }
-    announce("Copy vbs and js files.", "Copying VBS and JS files");
+    announce("Copying VBS and JS files", "Copy vbs and js files.");
     for (const char *pattern : {"*.vbs", "*.js"}) {
         job.check(do_xcopy(pattern, images, overwrite));
     }
 }
 
 void copy_manuals(setup_job &job) {
-    announce("Copying manual files", "Copying manual files");
+    announce("Copying manual files");
     job.check(do_xcopy2(manuals_source, "*", job.answer(D_MANUAL), 1));
 }
 

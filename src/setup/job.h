@@ -6,7 +6,11 @@
 
 #include <string>
 
-// One run of the steps. The product is judged when the job starts.
+// What a flow returns, beside 1 and 0, if the administrator wants the other flow instead.
+inline constexpr int switch_to_upgrade = -1;
+inline constexpr int switch_to_install = -2;
+
+// One run of the steps. `has_sets` and `wants_wml` are fixed when the job starts.
 struct setup_job {
     explicit setup_job(pINI_SETTINGS answers);
 
@@ -24,8 +28,9 @@ struct setup_job {
     void check(int result);
 };
 
-// Writes `logged` to the log at debug level and starts a progress line with `shown`.
-void announce(const char *logged, const char *shown);
+// Starts a progress line with `shown` and logs it, or `logged`, at debug level.
+void announce(const char *shown);
+void announce(const char *shown, const char *logged);
 
 // Copies images and scripts of a product without template sets into the images directory.
 void copy_flat_images(setup_job &job, int overwrite);
@@ -33,18 +38,18 @@ void copy_flat_images(setup_job &job, int overwrite);
 // Copies the distribution's manuals.
 void copy_manuals(setup_job &job);
 
-// Copies the product's program into the cgi directory; there under the WML name.
+// Copy the product's program into the cgi directory, under its own name and under the WML name.
 void copy_program(setup_job &job);
 void copy_wml_program(setup_job &job);
 
 // Writes the .ini of the WML program.
 void write_wml_ini(setup_job &job);
 
-// Prints how it went ("Installation successful." and so on; `work` is the same word inside a
-// sentence) and where the log and the answers are.
+// Prints how it went ("Installation successful." and so on) and where the log and the answers are.
+// `work` is the title as it reads inside a sentence.
 void print_outcome(const setup_job &job, const char *title, const char *work);
 
-// Asks whether the distribution's templates shall be kept as "originals"; `note` ends the question.
+// Asks whether to keep the distribution's templates as "originals". `note` ends the question.
 bool wants_originals(const setup_job &job, const char *note);
 
 // Prints the thanks ("Thank-you for DOING PRODUCT") and the URL of the product.

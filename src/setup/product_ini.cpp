@@ -23,7 +23,8 @@ namespace {
 
 constexpr std::size_t piece_size = 511; // 510 characters and a NUL
 
-// How lines begin that the sample may hold but this writer writes itself. "imaphos" is meant.
+// How lines begin that the sample may hold but this writer writes itself. "imaphos", without the t,
+// is required.
 constexpr std::array<std::string_view, 9> replaced_keys = {
     "domain",   "pophost", "imaphos",       "smtphost",        "templates",
     "workarea", "vlimg",   "bulletin_path", "allow_host_login"};
@@ -71,9 +72,8 @@ void write_line(std::FILE *file, const char *key, pINI_SETTINGS ini, answer_posi
 }
 
 void write_lines(std::FILE *file, const char *key, pINI_SETTINGS ini, answer_position position) {
-    for (const char *value = ini_value_num(ini, position); value != nullptr;
-         value = ini_next_value_num(ini, position)) {
-        format_file(file, "%s %s\n", key, value);
+    for (const std::string &value : answer_values(ini, position)) {
+        format_file(file, "%s %s\n", key, value.c_str());
     }
 }
 
@@ -228,5 +228,5 @@ int print_gxvalues(pINI_SETTINGS ini) {
         print("domain name:         %s\n", ini_value_num(ini, D_DOMAIN));
         print("relative images URL: %s\n\n", ini_value_num(ini, D_VLIMG));
     }
-    return s_strcmp(question(YN_CHANS_Q, "NO"), "FALSE") == 0 ? 0 : 1;
+    return is_yes(question(YN_CHANS_Q, "NO")) ? 1 : 0;
 }

@@ -166,7 +166,7 @@ int safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
         if (!is_in(entry, safe_category)) {
             continue;
         }
-        const std::string path = formatted("./tpl/%s", entry.name.c_str());
+        const std::string path = path_in(templates_source, entry.name.c_str());
         if (do_copy(path.c_str(), ini_value_num(ini, D_INSTALL_DIR), 1) == 0) {
             print_emsg("Can't copy %s", path.c_str());
             result = 0;

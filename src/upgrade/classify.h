@@ -1,5 +1,5 @@
 // The classification of installed templates at an upgrade that does not replace them: which have a
-// newer copy in the distribution, and may it be put in their place? The upgrade calls it before it
+// newer copy in the distribution, and is it safe to replace them. The upgrade calls it before it
 // copies any template.
 #pragma once
 
@@ -10,17 +10,17 @@
 
 // Compares every installed template with the distribution's of the same name. Where any has an
 // upgrade: shows the categories on request, offers to replace the safe ones, leaves tmptlist.txt in
-// the current and the installation directory and waits for enter. Always 0.
+// the current and the installation directory and waits for enter. Always returns 0.
 int do_upgrade_list(pINI_SETTINGS ini);
 
-// Says what was found and shows the three categories if that is wanted. 1.
+// Prints what was found and, if that is wanted, the three categories. Returns 1.
 int print_upgrade_list(std::span<const TMPLT_INFO> templates);
 
-// Copies the distribution's copy of each template of category 1 into the installation directory;
-// one that was copied gets category 0. Goes through all; 1 when every copy succeeded, else 0.
+// Copies the distribution's copy of each template of category 1 into the installation directory.
+// One that was copied gets category 0. Returns 1 if every copy succeeded, else 0.
 int safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates);
 
 // Writes the templates that have a category to tmptlist.txt and copies that into the installation
-// directory. 1; 0 when it could not be written or copied, which console and log are told, and when
-// there is nothing to list, which leaves no file.
+// directory. Returns 1. Returns 0 if it could not be written or copied, which is printed and
+// logged, and if there is nothing to list, which leaves no file.
 int save_upgrade_list(pINI_SETTINGS ini, std::span<const TMPLT_INFO> templates);

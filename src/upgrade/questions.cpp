@@ -13,12 +13,13 @@
 
 namespace {
 
-// Both live for the run: cleared once answers were to be changed; set once the answers saved with
-// the installation were loaded.
+// False once the administrator wanted to change answers. Lives for the run.
 bool firsttime = true;
+
+// Set once the answers saved with the installation were loaded. Lives for the run.
 bool gxdat_found_here = false;
 
-// Whether the install is wanted, there being no old program. What is typed instead is dropped.
+// Whether there is no old program and the install is wanted. Any reply but yes is ignored.
 bool wants_install(pINI_SETTINGS ini) {
     if (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 1) {
         return false;
@@ -74,7 +75,7 @@ int gxupgrade_quest(pINI_SETTINGS ini) {
         dmsg("CGI Path?");
         const std::string cgi_path = question(D_CGI2_Q, ini_value_num(ini, D_CGI_PATH));
         if (firsttime) {
-            // By the stored answers: the reply just given is stored afterwards.
+            // Required: the old program is looked for in the directory stored before this reply.
             if (wants_install(ini)) {
                 return 0;
             }

@@ -15,6 +15,7 @@
 #include "upgrade/classify.h"
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -32,7 +33,7 @@ bool create_directories(const setup_job &job) {
 
 void replace_templates(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
-    announce("Copying template files", "Copying template files");
+    announce("Copying template files");
     if (!job.has_sets) {
         job.check(do_xcopy2(templates_source, "*.*", install_dir, 1));
         return;
@@ -48,7 +49,7 @@ void copy_templates(setup_job &job, int overwrite) {
         replace_templates(job);
     } else {
         do_upgrade_list(job.ini);
-        announce("Copying new template files", "Copying new template files");
+        announce("Copying new template files");
     }
     job.check(do_xcopy2(templates_source, job.has_sets ? "*" : "*.*", job.answer(D_INSTALL_DIR),
                         overwrite));
@@ -59,13 +60,13 @@ void copy_images(setup_job &job, int overwrite) {
         copy_flat_images(job, overwrite);
         return;
     }
-    announce("Copying graphic and wav files", "Copying graphic and wav files");
+    announce("Copying graphic and wav files");
     do_template_copy(images_source, job.answer(D_VLIMG_DIR), without_words);
     do_template_copy(images_source, job.below_install_dir("img").c_str(), without_words);
 }
 
 void copy_programs(setup_job &job) {
-    announce("Copying CGI files", "Copying cgi files");
+    announce("Copying cgi files", "Copying CGI files");
     copy_program(job);
     if (job.wants_wml) {
         copy_wml_program(job);
@@ -83,12 +84,12 @@ void write_ini(setup_job &job, bool replaces_ini) {
     job.check(write_new_gxini(job.ini, job.answer(D_PROD_NAME), file.c_str()));
 }
 
-// The WML sets become the template sets, all but the first.
-void take_wap_sets(pINI_SETTINGS ini) {
+// Required: the first WML set is left out.
+void use_wap_sets_as_template_sets(pINI_SETTINGS ini) {
+    const std::vector<std::string> sets = answer_values(ini, D_WML_TPL_SET);
     ini_remove_all(ini, "tpl_set");
-    ini_value_num(ini, D_WML_TPL_SET);
-    while (const char *set = ini_next_value_num(ini, D_WML_TPL_SET)) {
-        set_answer(ini, D_TPL_SET, set);
+    for (std::size_t number = 1; number < sets.size(); number++) {
+        set_answer(ini, D_TPL_SET, sets[number].c_str());
     }
     set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_WAP_TEMPLATES));
     set_answer(ini, D_VLIMG, ini_value_num(ini, D_WAP_VLIMG));
@@ -100,7 +101,7 @@ void renew_wml_ini(setup_job &job, bool replaces_ini) {
     }
     dmsg("Creating ini file");
     print("\nCreating %s.ini file", job.answer(D_WML_NAME));
-    take_wap_sets(job.ini);
+    use_wap_sets_as_template_sets(job.ini);
     write_wml_ini(job);
 }
 
@@ -110,7 +111,8 @@ void print_advice() {
     print("distribution set).\n");
 }
 
-// Offers a copy of the distribution's templates. False when its directory could not be created.
+// Offers a copy of the distribution's templates. Returns false if its directory could not be
+// created.
 bool offer_originals(const setup_job &job, int overwrite) {
     const char *note = overwrite != 0
                            ? ""
@@ -144,7 +146,7 @@ void offer_clean_up(const setup_job &job) {
 int gxupgrade_main(pINI_SETTINGS ini) {
     dmsg("gxupgrade_main()");
     if (gxupgrade_quest(ini) == 0) {
-        return -2;
+        return switch_to_install;
     }
     print("\nPlease wait while gxsetup upgrades %s\n", ini_value_num(ini, D_PROD_NAME));
     return gxupgrade(ini);

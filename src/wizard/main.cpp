@@ -26,9 +26,9 @@ struct selected_modes {
     bool gxsetup = false;
 };
 
-// Files that the program opens must never get the numbers of closed standard streams, or the
-// dialogue would be written into them. And neither a console that goes away nor a file that may not
-// grow any more must end the program in the middle of its work.
+// If a standard stream is closed opens /dev/null for it: a file opened later would get its number
+// and receive the dialogue. Ignores SIGPIPE and SIGXFSZ: writes then fail instead of ending the
+// program in the middle of its work.
 void secure_standard_streams() {
     for (int descriptor = 0; descriptor <= 2; descriptor++) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
@@ -59,7 +59,7 @@ bool is_one_of(const char *argument, std::initializer_list<const char *> names) 
                        [argument](const char *name) { return s_strcmp(argument, name) == 0; });
 }
 
-// What the argument selects; ends the program for a help request and for an unknown argument.
+// Returns what the argument selects. Ends the program for a help request and an unknown argument.
 selected_modes read_argument(char *argument) {
     selected_modes modes;
     strlwr(argument);

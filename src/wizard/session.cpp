@@ -17,6 +17,7 @@
 #include "setup/answer_store.h"
 #include "setup/distribution.h"
 #include "setup/installed.h"
+#include "setup/job.h"
 #include "setup/product.h"
 #include "setup/version.h"
 #include "upgrade/upgrade.h"
@@ -49,7 +50,7 @@ bool has_answer(answer_position position) {
 
 void add_built_in_answers() {
     dmsg("Loading gxvalues defaults");
-    // The store words its details only for a log that takes them.
+    // The store formats its debug texts only if they will be logged.
     ini_init(answers(), emsg, get_loglvl() >= LOG_DEBUG ? dmsg : nullptr);
     ini_setup(answers(), ans_values, ans_associations);
     set_answer(answers(), D_CGI_PATH, "/home/httpd/cgi-bin");
@@ -83,8 +84,7 @@ void ask_product() {
     while (true) {
         path_text reply(question(I_PROD2_Q, "plover"));
         set_answer(answers(), D_PROD_NAME, reply.c_str());
-        answer(D_PROD_NAME); // the value that ini_update then replaces
-        ini_update(answers(), s_strlwr(reply.data()));
+        replace_answer(answers(), D_PROD_NAME, s_strlwr(reply.data()));
         if (find_product(reply.c_str()) != nullptr) {
             return;
         }
@@ -167,22 +167,22 @@ int ask_menu_choice() {
     return s_atoi(question(I_MENU_Q, answer(D_ACTION)));
 }
 
-bool has_source_files() {
-    if (file_exists(product_program(answers()).c_str()) == 1) {
-        return true;
+// Whether an install or upgrade can be run from here. Prints and logs why not.
+bool can_set_up_here(const char *logged) {
+    if (is_in_templates_directory()) {
+        print_imsg("This function cannot be run from within the templates directory\n");
+        return false;
     }
-    print_emsg("Cannot find source files\n");
-    return false;
+    dmsg("%s", logged);
+    if (file_exists(product_program(answers()).c_str()) == 0) {
+        print_emsg("Cannot find source files\n");
+        return false;
+    }
+    return true;
 }
 
 flow_number choose_install() {
-    if (is_in_templates_directory()) {
-        print_imsg("This function cannot be run from within the templates directory");
-        print("\n");
-        return flow_none;
-    }
-    dmsg("Case 1: Install product");
-    if (!has_source_files()) {
+    if (!can_set_up_here("Case 1: Install product")) {
         return flow_none;
     }
     print_imsg("Installing %s, version %s\n", answer(D_PROD_NAME), answer(D_VERSION));
@@ -190,12 +190,7 @@ flow_number choose_install() {
 }
 
 flow_number choose_upgrade() {
-    if (is_in_templates_directory()) {
-        print_imsg("This function cannot be run from within the templates directory\n");
-        return flow_none;
-    }
-    dmsg("Case 2: Upgrade product");
-    if (!has_source_files()) {
+    if (!can_set_up_here("Case 2: Upgrade product")) {
         return flow_none;
     }
     print_imsg("Upgrading %s to version %s\n", answer(D_PROD_NAME), answer(D_VERSION));
@@ -305,10 +300,13 @@ int run_flows(flow_number flow) {
         case flow_none:
             break;
         }
-        if (result != -1 && result != -2) {
+        if (result == switch_to_upgrade) {
+            flow = flow_upgrade;
+        } else if (result == switch_to_install) {
+            flow = flow_install;
+        } else {
             return result;
         }
-        flow = result == -1 ? flow_upgrade : flow_install;
     }
 }
 

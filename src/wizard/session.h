@@ -2,7 +2,8 @@
 // runs the chosen flow, saves the answers for the next run.
 #pragma once
 
-// Runs the wizard in the current directory. 0 when the administrator quits from the menu, else 1.
+// Runs the wizard in the current directory. Returns 0 if the administrator quits from the menu,
+// else 1.
 int gxsetup_main();
 
 // The flows by number. The menu offers all but the customise flow.
@@ -14,8 +15,8 @@ enum flow_number : int {
     flow_remove = 4
 };
 
-// Runs a flow on the answer store, and the flow that it asks for instead (-1 the upgrade, -2 the
-// install), until one ends. Its result, 0 for failure.
+// Runs a flow on the answer store, and each flow that one asks for instead, until one ends. Returns
+// the result of that one: 0 for failure.
 int run_flows(flow_number flow);
 
 // Prints the closing lines for the answer `action` and copies the log into the installation

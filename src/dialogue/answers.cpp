@@ -14,6 +14,14 @@ char *clean_up_answer(char *answer) {
     return answer;
 }
 
+bool says_yes(const char *reply) {
+    return s_stricmp(reply, "yes") == 0 || s_stricmp(reply, "y") == 0;
+}
+
+bool says_no(const char *reply) {
+    return s_stricmp(reply, "no") == 0 || s_strcmp(reply, "n") == 0;
+}
+
 const char *strip_leading_spaces(const char *text) {
     return text + std::strspn(text, " \t");
 }

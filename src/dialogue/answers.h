@@ -6,6 +6,10 @@
 // Gives `answer`.
 char *clean_up_answer(char *answer);
 
+// Whether a reply is a yes or a no. Case is ignored, but a single "N" is no "no".
+bool says_yes(const char *reply);
+bool says_no(const char *reply);
+
 // The first character of `text` that is neither a blank nor a tab.
 const char *strip_leading_spaces(const char *text);
 

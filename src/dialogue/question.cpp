@@ -4,15 +4,15 @@
 #include "core/format.h"
 #include "core/log.h"
 #include "core/text.h"
+#include "dialogue/answer_source.h"
 #include "dialogue/answers.h"
 #include "dialogue/help.h"
 #include "dialogue/path_checks.h"
 
-#include <cstdlib>
-
 namespace {
 
-path_text answer;
+// The reply to the last question, which the caller of `question` looks at.
+path_text reply;
 
 struct shown_action {
     const char *action;
@@ -26,13 +26,6 @@ constexpr shown_action shown_actions[] = {
     {"remove", "4"},
     {"custom", "3"},
 };
-
-[[noreturn]] void quit() {
-    print("Please press enter to quit...\n");
-    wait_for_enter();
-    close_log();
-    std::exit(0);
-}
 
 bool is_yes_or_no(const path_text &dflt) {
     return s_stricmp(dflt.c_str(), "NO") == 0 || s_stricmp(dflt.c_str(), "YES") == 0;
@@ -58,42 +51,34 @@ bool may_be_empty(question_number quest_num) {
     return quest_num == C_SCRMESS_Q || quest_num == C_SCRURL_Q || quest_num == C_BODY_ADD_Q;
 }
 
-void read_answer(const path_text &text, const path_text &dflt) {
-    if (dflt.empty()) {
-        print("\n%s? ", text.c_str());
+// Shows the prompt and reads the reply, an empty one giving way to what is offered.
+void read_reply(const asked_question &asked) {
+    if (*asked.offered == '\0') {
+        print("\n%s? ", asked.text);
     } else {
-        print("\n%s[%s]? ", text.c_str(), dflt.c_str());
+        print("\n%s[%s]? ", asked.text, asked.offered);
     }
-    if (!read_line(answer.buffer())) {
-        quit();
+    if (!answers_from().read_reply(asked, reply.buffer())) {
+        answers_from().quit();
     }
-    clean_up_answer(answer.data());
-    if (answer.empty()) {
-        answer = dflt;
+    clean_up_answer(reply.data());
+    if (reply.empty()) {
+        reply.assign(asked.offered);
     }
 }
 
-// A single "N" is no "no", while a single "Y" is a "yes".
-bool says_no() {
-    return s_stricmp(answer.c_str(), "no") == 0 || answer.view() == "n";
-}
-
-bool says_yes() {
-    return s_stricmp(answer.c_str(), "yes") == 0 || s_stricmp(answer.c_str(), "y") == 0;
-}
-
-// Whether the answer is a directory that the question takes; the console is told why not.
+// Whether the reply is a directory that the question takes; prints why not.
 bool accept_directory(int dir_action) {
-    switch (check_valid_dir(answer.c_str())) {
+    switch (check_valid_dir(reply.c_str())) {
     case 0:
         return true;
     case 3:
         // The root is there, though the existence test does not find it, and cannot be created.
-        if ((dir_action & dir_may_be_new) != 0 && answer.view() != "/") {
-            print_imsg("%s does not exist... gxsetup will create it\n", answer.c_str());
+        if ((dir_action & dir_may_be_new) != 0 && reply.view() != "/") {
+            print_imsg("%s does not exist... gxsetup will create it\n", reply.c_str());
             return true;
         }
-        print("%s does not exist... please enter a valid directory\n", answer.c_str());
+        print("%s does not exist... please enter a valid directory\n", reply.c_str());
         return false;
     case 1:
         print("please enter a directory from the root\n");
@@ -108,36 +93,36 @@ bool accept_directory(int dir_action) {
 
 const char *question(question_number quest_num, const char *dflt, ...) {
     const QUESTIONS &row = quest_pool[static_cast<std::size_t>(quest_num)];
-    const path_text suggestion = prepare_default(dflt);
-    const bool wants_yes_or_no = is_yes_or_no(suggestion);
     path_text text;
     std::va_list arguments;
     va_start(arguments, dflt);
     text.vformat(row.ask, arguments);
     va_end(arguments);
+    const path_text offered = prepare_default(dflt);
+    const asked_question asked = {row, text.c_str(), offered.c_str(), is_yes_or_no(offered)};
 
     for (;;) {
-        read_answer(text, suggestion);
-        if (answer.empty()) {
+        read_reply(asked);
+        if (reply.empty()) {
             if (may_be_empty(quest_num)) {
-                return answer.c_str();
+                return reply.c_str();
             }
-        } else if (answer.view() == "q" || answer.view() == "Q") {
-            quit();
-        } else if (answer.view() == "?") {
+        } else if (reply.view() == "q" || reply.view() == "Q") {
+            answers_from().quit();
+        } else if (reply.view() == "?") {
             help(row.help);
-        } else if (says_no()) {
-            return answer.assign("FALSE").c_str();
-        } else if (says_yes()) {
-            return answer.assign("TRUE").c_str();
-        } else if (wants_yes_or_no) {
+        } else if (says_no(reply.c_str())) {
+            return reply.assign("FALSE").c_str();
+        } else if (says_yes(reply.c_str())) {
+            return reply.assign("TRUE").c_str();
+        } else if (asked.wants_yes_or_no) {
             print("Please enter either \"YES\" or \"NO\"\n");
         } else if ((row.dir_action & dir_must_exist) == 0 || accept_directory(row.dir_action)) {
-            return answer.c_str();
+            return reply.c_str();
         }
     }
 }
 
-bool is_yes(const char *reply) {
-    return s_strcmp(reply, "TRUE") == 0;
+bool is_yes(const char *given) {
+    return s_strcmp(given, "TRUE") == 0;
 }

@@ -1,7 +1,7 @@
 // The question engine. Every question of the program goes through `question`: it shows the text
-// with its default, reads one line and gives the answer in one form, with the same three ways out
-// of every question: an empty line takes the default, "?" shows the help topic, "q" ends the
-// program.
+// with its default, gets one line from the source of the answers and gives the answer in one form,
+// with the same three ways out of every question: an empty line takes the default, "?" shows the
+// help topic, "q" ends the program.
 #pragma once
 
 #include "dialogue/questions.h"
@@ -17,8 +17,8 @@
 // for a directory the answer is one given from the root that exists, or may be created (console
 // and log are told).
 //
-// "q" and the end of input end the program with status 0, the log closed.
+// "q" and the end of input quit: at the console the program ends with status 0, the log closed.
 const char *question(question_number quest_num, const char *dflt, ...);
 
-// Whether a reply of the engine is a yes.
-bool is_yes(const char *reply);
+// Whether a reply that `question` gave is a yes.
+bool is_yes(const char *given);

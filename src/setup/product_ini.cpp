@@ -6,6 +6,7 @@
 #include "core/program.h"
 #include "core/stream.h"
 #include "core/text.h"
+#include "dialogue/answer_source.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "products/product.h"
@@ -116,7 +117,7 @@ void guess_hosts(pINI_SETTINGS ini) {
 void read_allowed_hosts(pINI_SETTINGS ini) {
     print("Enter a host and press enter, enter a . to finish\n");
     path_text line;
-    while (read_line(line.buffer())) {
+    while (answers_from().read_item(I_ALLOW_HOST, line.buffer())) {
         line.assign(line.view().substr(0, line.view().find_last_not_of("\r\n\t ") + 1));
         if (line.view() == ".") {
             return;

@@ -5,6 +5,7 @@
 #include "core/paths.h"
 #include "core/program.h"
 #include "core/stream.h"
+#include "dialogue/answer_source.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
@@ -136,7 +137,7 @@ int do_upgrade_list(pINI_SETTINGS ini) {
                    "\"tmptlist.txt\"\n");
     }
     print("\nPlease press enter to continue with the upgrade...");
-    wait_for_enter();
+    answers_from().pause();
     return 0;
 }
 

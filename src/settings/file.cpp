@@ -16,9 +16,8 @@ namespace {
 constexpr std::size_t piece_size = 511; // 510 characters and a NUL
 constexpr std::string_view blanks = " \t";
 
-// Cuts the line's ends off and says whether the line goes on: it then ends in a blank and "/",
-// which are cut as well.
-bool cut_continuation(std::string_view &line) {
+// Strips the line end. Returns true, and strips " /" as well, if the next line continues this one.
+bool strip_continuation(std::string_view &line) {
     line = line.substr(0, line.find_last_not_of("\r\n") + 1);
     const bool goes_on = line.ends_with(" /");
     if (goes_on) {
@@ -27,7 +26,7 @@ bool cut_continuation(std::string_view &line) {
     return goes_on;
 }
 
-// Adds a logical line. False when it is no setting or could not be added.
+// Adds a logical line. Returns false if it is no setting or could not be added.
 bool add_setting(pINI_SETTINGS ini, std::string &line) {
     const std::size_t separator = line.find_first_of(blanks);
     if (separator == std::string::npos) {
@@ -43,29 +42,18 @@ bool add_setting(pINI_SETTINGS ini, std::string &line) {
     return true;
 }
 
-// Log why a file was not read or written; errno stays as it was. Give 0.
-int open_failed(pINI_SETTINGS ini, const char *filename) {
+constexpr const char *opening = "opened for ini settings";
+
+// Logs what could not be done with a file. Returns 0, errno as it was.
+int log_failure(pINI_SETTINGS ini, const char *filename, const char *step,
+                const char *reason = "") {
     const int error = errno;
-    ini_emsg(ini, "file {%s} could not be opened for ini settings", filename);
+    ini_emsg(ini, "file {%s} could not be %s%s", filename, step, reason);
     errno = error;
     return 0;
 }
 
-int read_failed(pINI_SETTINGS ini, const char *filename) {
-    const int error = errno;
-    ini_emsg(ini, "file {%s} could not be read: %s", filename, std::strerror(error));
-    errno = error;
-    return 0;
-}
-
-int write_failed(pINI_SETTINGS ini, const char *filename) {
-    const int error = errno;
-    ini_emsg(ini, "file {%s} could not be written: %s", filename, std::strerror(error));
-    errno = error;
-    return 0;
-}
-
-// The logical lines of an open file up to its end, or to where reading failed, with errno set.
+// Returns the logical lines up to the end of the file, or to where reading failed (ferror).
 std::vector<std::string> logical_lines(std::FILE *file) {
     std::vector<std::string> lines;
     std::string logical_line;
@@ -82,7 +70,7 @@ std::vector<std::string> logical_lines(std::FILE *file) {
             finish_line();
             continue;
         }
-        const bool goes_on = cut_continuation(line);
+        const bool goes_on = strip_continuation(line);
         logical_line.append(line.substr(std::min(line.find_first_not_of(blanks), line.size())));
         if (!goes_on) {
             finish_line();
@@ -95,17 +83,18 @@ std::vector<std::string> logical_lines(std::FILE *file) {
 } // namespace
 
 int ini_load(pINI_SETTINGS ini, const char *filename) {
+    // A null store has no message function and gives 0.
     if (ini_dmsg(ini, "Opening {%s}", filename) == 0) {
         return 0;
     }
     const stream_handle file = open_to_read(filename);
     if (!file) {
-        return open_failed(ini, filename);
+        return log_failure(ini, filename, opening);
     }
     try {
         std::vector<std::string> lines = logical_lines(file.get());
         if (std::ferror(file.get()) != 0) {
-            return read_failed(ini, filename);
+            return log_failure(ini, filename, "read: ", std::strerror(errno));
         }
         int count = 1;
         for (std::string &line : lines) {
@@ -124,7 +113,7 @@ int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
     }
     replacement_file file(filename);
     if (file.stream() == nullptr) {
-        return open_failed(ini, filename);
+        return log_failure(ini, filename, opening);
     }
     format_file(file.stream(), "# file written by %s%s", written_by, "\n");
     format_file(file.stream(), "# library: %s%s%s", ini_library, "\n", "\n");
@@ -135,7 +124,7 @@ int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
         count++;
     }
     if (!file.commit()) {
-        return write_failed(ini, filename);
+        return log_failure(ini, filename, "written: ", std::strerror(errno));
     }
     return count;
 }

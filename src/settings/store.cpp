@@ -8,15 +8,50 @@
 #include <unordered_map>
 #include <utility>
 
-// The first node of each name, keyed by the name text that the node holds. Without it a file of n
-// settings would cost n * n comparisons to load.
-struct ini_places {
-    std::unordered_map<std::string_view, list_struct *> first;
-};
-
 namespace {
 
 constexpr const char *mask = "xxxxx";
+
+const char *item_text(const list_struct *node) {
+    return static_cast<const char *>(node->item);
+}
+
+} // namespace
+
+// The first setting of each name: the list node of its name, found by the text of that node.
+// Without it, loading n settings would cost n * n comparisons. Whoever changes the settings of a
+// store calls append_setting, drop_setting or ini_clear, which keep it right.
+struct ini_index {
+    // Returns null if there is none.
+    [[nodiscard]] list_struct *find(const char *name) const {
+        const auto found = first_.find(name);
+        return found != first_.end() ? found->second : nullptr;
+    }
+
+    // An earlier setting of the name stays the first. Throws std::bad_alloc.
+    void add(list_struct *setting) { first_.emplace(item_text(setting), setting); }
+
+    // `setting` is the first of its name and still in the list. The next of its name, if any,
+    // becomes the first.
+    void remove(const list_struct *setting) {
+        const char *name = item_text(setting);
+        // Reuse the map node for the next setting: no allocation.
+        auto entry = first_.extract(name);
+        for (list_struct *next = setting->post->post; next != nullptr; next = next->post->post) {
+            if (s_strcmp(item_text(next), name) == 0) {
+                entry.key() = item_text(next);
+                entry.mapped() = next;
+                first_.insert(std::move(entry));
+                return;
+            }
+        }
+    }
+
+  private:
+    std::unordered_map<std::string_view, list_struct *> first_;
+};
+
+namespace {
 
 // False for a null store. A store that was never initialised ends the program: it is a programming
 // fault, not a condition of the run.
@@ -34,7 +69,7 @@ bool is_usable(pINI_SETTINGS ini) {
 
 using message_text = bounded_text<1024>;
 
-void hand_over(message_function receiver, const char *format, std::va_list arguments) {
+void send(message_function receiver, const char *format, std::va_list arguments) {
     if (receiver == nullptr) {
         return;
     }
@@ -59,87 +94,44 @@ const char *name_at(pINI_SETTINGS ini, int id) {
     return ini != nullptr && ini->ini_names != nullptr ? ini->ini_names[id].name : nullptr;
 }
 
-void report_no_memory(pINI_SETTINGS ini, const char *name) {
+void log_no_memory(pINI_SETTINGS ini, const char *name) {
     ini_emsg(ini, "Memory Allocation Error -- for name in ini_add {%s}", name);
 }
 
-// A copy of the name of a setting or of its value; the message is the same for both.
+// Copies the name of a setting or its value. Returns null and logs the name if memory runs out.
 heap_text copy_text(pINI_SETTINGS ini, const char *name, const char *text) {
     heap_text copy(::strdup(text));
     if (!copy) {
-        report_no_memory(ini, name);
+        log_no_memory(ini, name);
     }
     return copy;
 }
 
-const char *item_text(const list_struct *node) {
-    return static_cast<const char *>(node->item);
+list_struct *find_setting(pINI_SETTINGS ini, const char *name) {
+    return ini->index != nullptr && name != nullptr ? ini->index->find(name) : nullptr;
 }
 
-list_struct *find_place(pINI_SETTINGS ini, const char *name) {
-    if (ini->places == nullptr || name == nullptr) {
-        return nullptr;
-    }
-    const auto found = ini->places->first.find(name);
-    return found != ini->places->first.end() ? found->second : nullptr;
+// Removes the item before the iteration point, or the last one if the point is past the end.
+heap_text remove_item(pINI_SETTINGS ini) {
+    return heap_text(static_cast<char *>(list_remove(&ini->settings)));
 }
 
-// False without memory. The place of an earlier setting of the name stays.
-bool remember_place(pINI_SETTINGS ini, list_struct *node) {
+heap_text remove_last_item(pINI_SETTINGS ini) {
+    list_last(&ini->settings);
+    return remove_item(ini);
+}
+
+// Returns false if memory runs out.
+bool add_to_index(pINI_SETTINGS ini, list_struct *setting) {
     try {
-        if (ini->places == nullptr) {
-            ini->places = new ini_places;
+        if (ini->index == nullptr) {
+            ini->index = new ini_index;
         }
-        ini->places->first.emplace(item_text(node), node);
+        ini->index->add(setting);
         return true;
     } catch (const std::bad_alloc &) {
         return false;
     }
-}
-
-// The setting at `node` goes: the next one of its name, if any, becomes the first.
-void forget_place(pINI_SETTINGS ini, const list_struct *node) {
-    const char *name = item_text(node);
-    const auto place = ini->places->first.find(name);
-    if (place == ini->places->first.end() || place->second != node) {
-        return;
-    }
-    // The entry goes over to the next setting, which needs no memory.
-    auto entry = ini->places->first.extract(place);
-    for (list_struct *next = node->post->post; next != nullptr; next = next->post->post) {
-        if (s_strcmp(item_text(next), name) == 0) {
-            entry.key() = item_text(next);
-            entry.mapped() = next;
-            ini->places->first.insert(std::move(entry));
-            return;
-        }
-    }
-}
-
-// Takes out the item that the iteration gave last.
-heap_text take_item(pINI_SETTINGS ini) {
-    return heap_text(static_cast<char *>(list_remove(&ini->settings)));
-}
-
-int replace_value(pINI_SETTINGS ini, list_struct *place, const char *name, const char *value,
-                  bool is_password) {
-    heap_text copy = copy_text(ini, name, value);
-    if (!copy) {
-        return 0;
-    }
-    ini->settings.current = place->post->post;
-    const heap_text old_value = take_item(ini);
-    if (list_add_current(&ini->settings, copy.get()) == 0) {
-        ini_emsg(ini, "Adding {%s=%s} to settings failed removed setting.", name,
-                 is_password ? mask : value);
-        ini->places->first.erase(item_text(place));
-        ini->settings.current = place->post;
-        take_item(ini);
-        return 0;
-    }
-    copy.release();
-    ini_dmsg(ini, "ini settings changed {%s=%s}", name, is_password ? mask : value);
-    return 1;
 }
 
 int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool is_password) {
@@ -157,31 +149,88 @@ int append_setting(pINI_SETTINGS ini, const char *name, const char *value, bool 
         // This masked form has six letters where the others have five.
         ini_emsg(ini, "'%s' value failed to be added to ini settings {%s}", name,
                  is_password ? "xxxxxx" : value);
-        list_last(&ini->settings);
-        take_item(ini);
+        remove_last_item(ini);
         return 0;
     }
     value_copy.release();
-    if (!remember_place(ini, ini->settings.last->pre)) {
-        report_no_memory(ini, name);
-        list_last(&ini->settings);
-        take_item(ini);
-        take_item(ini);
+    if (!add_to_index(ini, ini->settings.last->pre)) {
+        log_no_memory(ini, name);
+        remove_last_item(ini);
+        remove_last_item(ini);
         return 0;
     }
     ini_dmsg(ini, "ini settings changed {%s=%s}", name, is_password ? mask : value);
     return 1;
 }
 
-bool is_value(const list_struct *node) {
-    int before = 0;
-    for (; node->pre != nullptr; node = node->pre) {
-        before++;
-    }
-    return before % 2 == 1;
+struct dropped_setting {
+    heap_text name;
+    heap_text value;
+};
+
+// Removes a setting, the first of its name. The iteration point is then after its place.
+dropped_setting drop_setting(pINI_SETTINGS ini, list_struct *setting) {
+    ini->index->remove(setting);
+    ini->settings.current = setting->post->post;
+    heap_text value = remove_item(ini);
+    heap_text name = remove_item(ini);
+    return {std::move(name), std::move(value)};
 }
 
-// What the program reads as a yes in a file it did not write.
+int replace_value(pINI_SETTINGS ini, list_struct *setting, const char *value, bool is_password) {
+    const char *name = item_text(setting);
+    heap_text copy = copy_text(ini, name, value);
+    if (!copy) {
+        return 0;
+    }
+    // The new value is inserted before the old one, which the iteration then gives and loses.
+    ini->settings.current = setting->post;
+    if (list_add_current(&ini->settings, copy.get()) == 0) {
+        ini_emsg(ini, "Adding {%s=%s} to settings failed removed setting.", name,
+                 is_password ? mask : value);
+        drop_setting(ini, setting);
+        return 0;
+    }
+    copy.release();
+    list_forward(&ini->settings);
+    const heap_text old_value = remove_item(ini);
+    ini_dmsg(ini, "ini settings changed {%s=%s}", name, is_password ? mask : value);
+    return 1;
+}
+
+// Returns the value that the iteration gave last; null if it gave a name or nothing last.
+list_struct *value_given_last(const LINK_LIST &settings) {
+    for (list_struct *name = settings.first; name != nullptr; name = name->post->post) {
+        if (name->post->post == settings.current) {
+            return name->post;
+        }
+    }
+    return nullptr;
+}
+
+std::size_t association_count(pINI_SETTINGS ini) {
+    std::size_t texts = 0;
+    while (ini->associations != nullptr && ini->associations[texts] != nullptr) {
+        texts += 2;
+    }
+    return texts / 2;
+}
+
+// Returns the first setting of the name's substitute, of that one's substitute, and so on.
+list_struct *find_substitute(pINI_SETTINGS ini, const char *name) {
+    list_struct *setting = nullptr;
+    // A chain with more steps than there are pairs goes in a circle.
+    for (std::size_t steps = association_count(ini); setting == nullptr && steps > 0; steps--) {
+        name = ini_get_association(ini, name);
+        if (name == nullptr) {
+            return nullptr;
+        }
+        setting = find_setting(ini, name);
+    }
+    return setting;
+}
+
+// Files that this program did not write may spell a yes in several ways.
 bool means_yes(const char *value) {
     return s_strnicmp(value, "yes", 3) == 0 || s_strnicmp(value, "on", 2) == 0;
 }
@@ -233,8 +282,8 @@ int ini_clear(pINI_SETTINGS ini) {
     if (!is_usable(ini)) {
         return 0;
     }
-    delete ini->places;
-    ini->places = nullptr;
+    delete ini->index;
+    ini->index = nullptr;
     return list_clear_dealloc(&ini->settings);
 }
 
@@ -248,8 +297,8 @@ int ini_add(pINI_SETTINGS ini, const char *name, const char *value) {
     }
     const INI_NAMES_INFO entry = names_entry(ini, name);
     if (entry.multi_lines == 0) {
-        if (list_struct *place = find_place(ini, name)) {
-            return replace_value(ini, place, name, value, entry.password != 0);
+        if (list_struct *setting = find_setting(ini, name)) {
+            return replace_value(ini, setting, value, entry.password != 0);
         }
         list_last(&ini->settings);
     }
@@ -260,17 +309,14 @@ int ini_remove(pINI_SETTINGS ini, const char *want_name) {
     if (!is_usable(ini)) {
         return 0;
     }
-    list_struct *place = find_place(ini, want_name);
-    if (place == nullptr) {
+    list_struct *setting = find_setting(ini, want_name);
+    if (setting == nullptr) {
         list_last(&ini->settings);
         return 0;
     }
     const bool is_password = names_entry(ini, want_name).password != 0;
-    forget_place(ini, place);
-    ini->settings.current = place->post->post;
-    const heap_text value = take_item(ini);
-    const heap_text name = take_item(ini);
-    // The reverse of every other masked message, and meant so.
+    const auto [name, value] = drop_setting(ini, setting);
+    // The reverse of every other masked message (kept).
     ini_dmsg(ini, "ini setting removed {%s=%s}", name.get(), is_password ? value.get() : mask);
     return 1;
 }
@@ -284,12 +330,8 @@ heap_text ini_update(pINI_SETTINGS ini, const char *value) {
     if (ini == nullptr || value == nullptr) {
         return nullptr;
     }
-    const LINK_LIST &list = ini->settings;
-    list_struct *node = list.current != nullptr ? list.current->pre : list.last;
-    if (node == nullptr || !is_value(node)) {
-        return nullptr;
-    }
-    heap_text copy = copy_text(ini, item_text(node->pre), value);
+    list_struct *node = value_given_last(ini->settings);
+    heap_text copy = node != nullptr ? copy_text(ini, item_text(node->pre), value) : nullptr;
     if (!copy) {
         return nullptr;
     }
@@ -327,21 +369,15 @@ const char *ini_value(pINI_SETTINGS ini, const char *want_name, int associations
     if (!is_usable(ini)) {
         return nullptr;
     }
-    const list_struct *place = find_place(ini, want_name);
-    // A chain longer than the table itself goes in a circle.
-    const char *const *pair = associations != 0 ? ini->associations : nullptr;
-    for (; place == nullptr && pair != nullptr && *pair != nullptr; pair += 2) {
-        want_name = ini_get_association(ini, want_name);
-        if (want_name == nullptr) {
-            break;
-        }
-        place = find_place(ini, want_name);
+    const list_struct *setting = find_setting(ini, want_name);
+    if (setting == nullptr && associations != 0) {
+        setting = find_substitute(ini, want_name);
     }
-    if (place == nullptr) {
+    if (setting == nullptr) {
         list_last(&ini->settings);
         return nullptr;
     }
-    ini->settings.current = place->post;
+    ini->settings.current = setting->post;
     return ini_get(ini);
 }
 
@@ -413,7 +449,7 @@ int ini_emsg(pINI_SETTINGS ini, const char *format, ...) {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    hand_over(ini->emsg, format, arguments);
+    send(ini->emsg, format, arguments);
     va_end(arguments);
     return 1;
 }
@@ -424,7 +460,7 @@ int ini_dmsg(pINI_SETTINGS ini, const char *format, ...) {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    hand_over(ini->dmsg, format, arguments);
+    send(ini->dmsg, format, arguments);
     va_end(arguments);
     return 1;
 }

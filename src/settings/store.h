@@ -3,11 +3,10 @@
 // another's value. Every answer of a run lives in one store; product .ini files are read into
 // others. The text form (ini_load, ini_save) is one setting a line; see docs/maintaining.md.
 //
-// The store owns copies of its names and values; a value that a lookup gives lives until that
-// setting is replaced or removed. There is one iteration point, moved by every lookup and change.
-// Functions that give an int give 0 for a null store, those that give a text give null. A store
-// that was never initialised is a fault of the program: the system's error report says so and the
-// process ends with status 1.
+// The store owns copies of its names and values; a value that a lookup returns lives until that
+// setting is replaced or removed. There is one iteration point, which every lookup and change
+// moves. For a null store the procedures return 0 or null. Using a store that was never initialised
+// is a fault of the program: perror prints it (POSIX) and the process exits with status 1.
 #pragma once
 
 #include "core/format.h"
@@ -24,8 +23,8 @@ struct INI_NAMES_INFO {
     int password;              // the value is masked in log messages
 };
 
-// Where the first setting of each name stands; kept by the store.
-struct ini_places;
+// Finds the first setting of a name; private to the store.
+struct ini_index;
 
 struct ini_settings {
     int init_value;                  // ini_init_value once initialised
@@ -34,7 +33,7 @@ struct ini_settings {
     const INI_NAMES_INFO *ini_names; // may be null
     const char *const *associations; // pairs (name, substitute), ended by a null; may be null
     LINK_LIST settings;              // name, value, name, value, ...
-    ini_places *places;              // made with the first setting, freed by ini_clear
+    ini_index *index;                // made with the first setting, freed by ini_clear
 };
 using INI_SETTINGS = ini_settings;
 using pINI_SETTINGS = ini_settings *;
@@ -42,96 +41,100 @@ using pINI_SETTINGS = ini_settings *;
 // --- Life ---
 
 // Makes `ini` an empty store without tables. The message functions may be null; they receive each
-// message with its % doubled. 1 when the list initialised.
+// message with its % doubled. Returns 1.
 int ini_init(pINI_SETTINGS ini, message_function emsg, message_function dmsg);
 
-// Stores the names table and the associations (either may be null; both must outlive the store)
-// and adds the table's defaults. The result of ini_default.
+// Stores the names table and the associations (either may be null; both must outlive the store) and
+// adds the table's defaults. Returns what ini_default returns.
 int ini_setup(pINI_SETTINGS ini, const INI_NAMES_INFO *names, const char *const *associations_list);
 
-// Adds the default of every name of the table. 1 when all adds succeeded, 0 after an error
-// message otherwise.
+// Adds the default of every name of the table. Returns 1, or 0 if any add failed, which is logged.
 int ini_default(pINI_SETTINGS ini);
 
-// Frees every setting. The store can be filled again. 1.
+// Frees every setting. The store can be filled again. Returns 1.
 int ini_clear(pINI_SETTINGS ini);
 
 // --- Changes ---
 
-// Sets `name` to a copy of `value`: replaced in place, or appended when the name is new or has many
-// values. A null or empty value changes nothing and counts as done. 0 for a null name or without
-// memory, which leaves the store without a half-added setting and is reported as an error.
+// Sets `name` to a copy of `value`: replaces the value in place, or appends a setting if the name
+// is new or has many values. A null or empty value changes nothing and counts as done. Returns 1,
+// or 0 for a null name or if memory runs out. The latter is logged and leaves no half-added
+// setting, but a setting whose new value cannot be inserted is removed.
 int ini_add(pINI_SETTINGS ini, const char *name, const char *value);
 
-// Removes the first setting of a name. 1, or 0 when there is none.
+// Removes the first setting of a name. Returns 1, or 0 if there is none.
 int ini_remove(pINI_SETTINGS ini, const char *want_name);
 
 // Removes every setting of a name.
 void ini_remove_all(pINI_SETTINGS ini, const char *want_name);
 
-// Replaces the value that the iteration gave last by a copy of `value`, in place. Gives the
-// replaced text, null (and nothing changed) when either argument is null, when the iteration gave
-// a name or nothing last, or without memory.
+// Replaces the value that the iteration returned last by a copy of `value`, in place. Returns the
+// old value. Returns null and changes nothing if an argument is null, if the iteration returned a
+// name or nothing last, or if memory runs out.
 heap_text ini_update(pINI_SETTINGS ini, const char *value);
 
 // --- Iteration ---
 
-// The number of list items: twice the number of settings.
+// Returns the number of list items: twice the number of settings.
 int ini_number(pINI_SETTINGS ini);
-// Puts the iteration at the first item. 1.
+// Moves the iteration point to the first item. Returns 1.
 int ini_start(pINI_SETTINGS ini);
-// The item at the iteration point, alternately a name and a value, then steps on; null at the end.
+// Returns the item at the iteration point, alternately a name and a value, and steps on. Returns
+// null at the end.
 const char *ini_get(pINI_SETTINGS ini);
 
 // --- Lookups ---
 
-// The name that stands in for `want_name` in the associations, or null.
+// Returns the substitute of `want_name` in the associations, or null. Logs a substitute (debug).
 const char *ini_get_association(pINI_SETTINGS ini, const char *want_name);
 
-// The first value of a name, or null. With `associations` set, a name without value is looked up
-// under its substitute, and so on. The iteration point is left just behind the value.
+// Returns the first value of a name, or null. With `associations` set, a name without a value is
+// looked up under its substitute, and so on. Leaves the iteration point right after the value, or
+// at the end.
 const char *ini_value(pINI_SETTINGS ini, const char *want_name, int associations);
 
-// The next value of that name behind the iteration point, or null.
+// Returns the next value of that name after the iteration point, or null. Uses no associations.
 const char *ini_next_value(pINI_SETTINGS ini, const char *want_name);
 
-// All values of a name (the first with associations on) as a new list of the store's own texts.
-// The caller clears the list with list_clear.
+// Returns all values of a name (the first with associations) as a new list of the store's own
+// texts, which the caller clears with list_clear.
 LINK_LIST ini_get_multi_value(pINI_SETTINGS ini, const char *want_name);
 
-// The same by position in the names table (associations on); null or an empty list without a table.
-// `id` is not range-checked.
+// The same for the name at position `id` of the names table, with associations. Without a table
+// they return null or an empty list. `id` is not checked.
 const char *ini_value_num(pINI_SETTINGS ini, int id);
 const char *ini_next_value_num(pINI_SETTINGS ini, int id);
+// Fixed interface, not called yet:
 LINK_LIST ini_get_multi_value_num(pINI_SETTINGS ini, int id);
 
-// The same with "" in place of null.
+// The same, but they return "" in place of null.
 const char *ini_value2(pINI_SETTINGS ini, const char *want_name, int associations);
-const char *ini_next_value2(pINI_SETTINGS ini, const char *want_name);
 const char *ini_value2_num(pINI_SETTINGS ini, int id);
+// Fixed interface, not called yet:
+const char *ini_next_value2(pINI_SETTINGS ini, const char *want_name);
 const char *ini_next_value2_num(pINI_SETTINGS ini, int id);
 
-// 1 when the value begins with "yes" or "on", ignoring case; otherwise -1 (not 0), also when there
-// is none.
+// Return 1 if the value begins with "yes" or "on", in any case; otherwise -1 (not 0), also if there
+// is no value. Fixed interface, not called yet.
 int ini_true(pINI_SETTINGS ini, const char *want_name);
 int ini_true_num(pINI_SETTINGS ini, int id);
 
 // --- Messages ---
 
-// Hand "INI: " and the formatted message (1023 characters at most) to the store's receiver, if it
-// has one. 1.
+// Pass "INI: " and the formatted message (1023 characters at most) to the store's message function,
+// if it has one. Return 1.
 [[gnu::format(printf, 2, 3)]] int ini_emsg(pINI_SETTINGS ini, const char *format, ...);
 [[gnu::format(printf, 2, 3)]] int ini_dmsg(pINI_SETTINGS ini, const char *format, ...);
 
 // --- Files (file.cpp) ---
 
-// Adds the settings of a file: NAME, one blank or tab, VALUE; "#" lines are comments; a line that
-// ends in a blank and "/" goes on on the next. 1 plus the number of settings added, 0 (and an
-// error message, errno saying why) when the file cannot be opened or read to its end; the store is
-// then unchanged.
+// Adds the settings of a file. A line is NAME, one blank or tab, VALUE; "#" begins a comment; a
+// blank and "/" at the end continue the line on the next one. Returns 1 plus the number of settings
+// added. If the file cannot be opened or read to its end, logs that, changes nothing and returns 0
+// with errno set.
 int ini_load(pINI_SETTINGS ini, const char *filename);
 
-// Writes the store under a comment that names `written_by`. 1 plus the number of settings written;
-// 0 after an error message, errno saying why, when the file cannot be created or written, which
-// leaves an older file as it was.
+// Writes the store, after a comment that names `written_by`. Returns 1 plus the number of settings
+// written. If the file cannot be created or written, logs that, leaves an older file as it was and
+// returns 0 with errno set.
 int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by);

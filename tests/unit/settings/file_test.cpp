@@ -3,7 +3,7 @@
 #include "core/stream.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
-#include "unit/settings/told_store.h"
+#include "unit/settings/recording_store.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -19,7 +19,7 @@ using namespace std::string_literals;
 constexpr INI_NAMES_INFO names[] = {
     {"cgi_name", nullptr, 0, 0}, {"tpl_set", nullptr, 1, 0}, {nullptr, nullptr, 0, 0}};
 
-class SettingsFile : public scratch_test, public told_store {
+class SettingsFile : public scratch_test, public recording_store {
   protected:
     SettingsFile() {
         ini_setup(&ini, names, nullptr);
@@ -151,12 +151,12 @@ TEST_F(IniLoad, ALineEndsAtANulByte) {
     EXPECT_EQ(settings(), (texts{"a=one", "b=1"}));
 }
 
-TEST_F(IniLoad, BearsALineOf10000CharactersAndOneWithoutALineEnd) {
+TEST_F(IniLoad, ReadsALineOf10000CharactersAndOneWithoutALineEnd) {
     EXPECT_EQ(load(std::string(10000, 'n') + "\nlast line"), 2);
     EXPECT_EQ(settings(), texts{"last=line"});
 }
 
-TEST_F(IniLoad, BearsAFileOf100000Lines) {
+TEST_F(IniLoad, ReadsAFileOf100000Lines) {
     std::string content;
     for (int line = 0; line < 100000; line++) {
         content += "name" + std::to_string(line) + " value\n";

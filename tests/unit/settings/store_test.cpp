@@ -2,7 +2,7 @@
 
 #include "support/console_capture.h"
 #include "unit/failing_memory.h"
-#include "unit/settings/told_store.h"
+#include "unit/settings/recording_store.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -22,7 +22,7 @@ constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "wor
                                         "self",     "self",      "ping",    "pong",
                                         "pong",     "ping",      nullptr};
 
-class Store : public testing::Test, public told_store {
+class Store : public testing::Test, public recording_store {
   protected:
     Store() {
         ini_setup(&ini, names, associations);
@@ -448,7 +448,7 @@ TEST_F(IniUpdate, ANullValueOrNoValueGivenLastChangesNothing) {
     EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
 }
 
-TEST_F(IniUpdate, WithoutMemoryKeepsTheValueAndTellsTheName) {
+TEST_F(IniUpdate, WithoutMemoryKeepsTheValueAndLogsTheName) {
     add("cgi_name", "kestrel");
     ini_value(&ini, "cgi_name", 0);
     const failing_memory none(memory_of::texts, 0);
@@ -480,7 +480,7 @@ TEST_F(IniValue, WithoutAMatchLeavesTheIterationAtTheEnd) {
     EXPECT_EQ(ini_get(&ini), nullptr);
 }
 
-TEST_F(IniValue, AnAssociationStandsInForAMissingName) {
+TEST_F(IniValue, AnAssociationReplacesAMissingName) {
     add("templates", "/tpl");
     EXPECT_EQ(value("workarea", 1), "/tpl");
     EXPECT_EQ(debug_messages, texts{"INI: replace located {workarea}={templates}"});

@@ -1,4 +1,4 @@
-// A store that tells a test what it does.
+// A store that keeps its messages for a test to look at.
 #pragma once
 
 #include "core/format.h"
@@ -35,16 +35,16 @@ inline int keep_debug_message(const char *format, ...) {
     return 1;
 }
 
-// Initialised, without names; it is cleared when it goes.
-class told_store {
+// Initialised, without names; cleared at the end of its scope.
+class recording_store {
   protected:
-    told_store() {
+    recording_store() {
         ini_init(&ini, keep_error, keep_debug_message);
         errors.clear();
         debug_messages.clear();
     }
 
-    ~told_store() { ini_clear(&ini); }
+    ~recording_store() { ini_clear(&ini); }
 
     // name=value of every setting in the store's order.
     texts settings() {

@@ -1,6 +1,6 @@
-// Prints the checksum of each template named on the command line, for bench/stamping.py.
+// Prints the checksum of each template named on the command line, for bench/templates.py.
 #include "core/console.h"
-#include "templates/header.h"
+#include "templates/checksum.h"
 
 int main(int argc, char **argv) {
     for (int at = 1; at < argc; at++) {

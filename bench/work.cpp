@@ -5,7 +5,7 @@
 #include "core/text.h"
 #include "files/search.h"
 #include "setup/answer_store.h"
-#include "templates/header.h"
+#include "templates/checksum.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -6,7 +6,8 @@
 
 #include "core/log.h"
 #include "core/stream.h"
-#include "templates/header.h"
+#include "templates/checksum.h"
+#include "templates/stamp.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,6 +3,7 @@
 // NUL; without a header the product's defaults stand; the category is one of the four.
 #include "support.h"
 
+#include "templates/checksum.h"
 #include "templates/header.h"
 
 #include <algorithm>

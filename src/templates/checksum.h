@@ -1,40 +1,64 @@
-// A template in one pass: read and summed in blocks, taken apart into pieces only where a marker
-// stands, so that neither the length of its lines nor its own size costs anything. For the sources
-// of the header room.
+// The checksum of a template, and the reader that finds a template's marker lines. The header
+// module compares checksums; the stamping modes read, sum and copy with the reader.
 #pragma once
 
-#include "core/stream.h"
-
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <cstdio>
+#include <optional>
 #include <string_view>
 
-// The longest piece.
+// The longest piece: a longer line is read in as many pieces as it takes.
 inline constexpr std::size_t piece_limit = 511;
 
-// A template is read so many bytes at once.
-inline constexpr std::size_t template_read_size = std::size_t{512} * 1024;
+// The size of the reader's buffer.
+inline constexpr std::size_t template_read_size = std::size_t{128} * 1024;
 
-// How every checksum line begins; lines are dropped by it.
+// How a checksum line begins.
 inline constexpr std::string_view checksum_line_start = "||checksu";
 
-// What a pass hands on: one whole piece that holds the marker, or a run of bytes in which no piece
-// holds it.
+// Returns the checksum of `file`, or with `compare` the checksum less the number on the file's
+// checksum line (0 without such a line). If the file cannot be opened, logs it and returns 0. If it
+// cannot be read to its end, logs it and returns 1 with `compare`, so that it never agrees, else 0.
+int do_checksum(const char *file, int compare);
+
+// Returns what the bytes `bf` add to a checksum if the first of them stands at the offset `fpos` of
+// the file. Each byte but line feeds and carriage returns is shifted left by its offset modulo 3;
+// the sum wraps at 32 bits.
+int calculate(std::string_view bf, std::size_t fpos);
+
+// A part of a template: one piece that holds the marker, or a run of pieces that do not.
 struct template_part {
     std::string_view bytes;
-    std::size_t offset; // in the file
     bool is_marked;
 };
-using part_receiver = std::function<bool(const template_part &)>;
 
-enum class walk_result { done, read_failed, refused };
+// Reads a template in parts, which together are the whole file in its order.
+class template_reader {
+  public:
+    // Reads `file`, which was just opened. The caller keeps `file` and `marker` while it reads.
+    template_reader(std::FILE *file, std::string_view marker);
+    ~template_reader() = default;
+    template_reader(const template_reader &) = delete; // the views lead into its own buffer
+    template_reader &operator=(const template_reader &) = delete;
 
-// Hands on the whole file in its order, until `receive` gives false (refused) or a read fails, with
-// errno set. `marker` begins with "||" and has 9 characters; nothing was read of `file` before.
-walk_result walk_template(std::FILE *file, std::string_view marker, const part_receiver &receive);
+    // Returns the next part, which lasts until the next call. Returns none at the end of the file,
+    // or if a read fails: then ferror (ISO C) tells so and errno says why.
+    std::optional<template_part> next();
 
-// The checksum of a template whose parts, walked with checksum_line_start, are added one by one.
+  private:
+    void read_block();
+    template_part cut(std::size_t size, bool is_marked);
+
+    std::FILE *file_;
+    std::string_view marker_;
+    std::string_view block_;      // whole pieces, not yet returned
+    std::string_view unfinished_; // the piece behind the block, as far as it was read
+    std::array<char, template_read_size> buffer_;
+};
+
+// The checksum of a template whose parts, read with checksum_line_start, are added in their order.
 class running_checksum {
   public:
     void add(const template_part &part);
@@ -43,8 +67,9 @@ class running_checksum {
     [[nodiscard]] int difference() const { return static_cast<int>(sum_ - stored_); }
 
   private:
-    void add_checksum_line(std::string_view line, std::size_t offset);
+    [[nodiscard]] std::string_view read_checksum_line(std::string_view line);
 
+    std::size_t offset_ = 0; // of the next part in the file
     std::uint32_t sum_ = 0;
     std::uint32_t stored_ = 0;
 };

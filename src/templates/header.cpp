@@ -3,6 +3,7 @@
 #include "core/log.h"
 #include "core/stream.h"
 #include "core/text.h"
+#include "products/product.h"
 #include "templates/checksum.h"
 
 #include <algorithm>
@@ -14,20 +15,19 @@ namespace {
 
 constexpr std::string_view header_mark = "||header:";
 constexpr std::string_view line_ends("\r\n\0", 3);
-constexpr int header_pieces = 5; // the header stands in one of so many
+constexpr int header_pieces = 5; // the header is looked for in the first five pieces
 
-// The fields of one copy in a record.
-struct copy_fields {
-    std::string &set;
-    std::string &version;
-};
-
-copy_fields fields_of(TMPLT_INFO &tpl, int is_new) {
-    return is_new != 0 ? copy_fields{tpl.new_tmplt_set, tpl.new_tmplt_vers}
-                       : copy_fields{tpl.old_tmplt_set, tpl.old_tmplt_vers};
+void set_fields(TMPLT_INFO &tpl, int is_new, std::string_view set, std::string_view version) {
+    if (is_new != 0) {
+        tpl.new_tmplt_set = set;
+        tpl.new_tmplt_vers = version;
+    } else {
+        tpl.old_tmplt_set = set;
+        tpl.old_tmplt_vers = version;
+    }
 }
 
-// The header line from its mark on, without its line end; empty when there is none.
+// Returns the header line from its mark on, without its line end; empty if there is none.
 std::string find_header(std::FILE *file) {
     std::array<char, piece_limit + 1> buffer{};
     for (int count = 0; count < header_pieces; count++) {
@@ -41,27 +41,24 @@ std::string find_header(std::FILE *file) {
     return {};
 }
 
-// Takes what stands before the next `separator` off `line`, and the separator with it; all of the
-// line when it has none.
-std::string_view take_piece(std::string_view &line, char separator) {
-    const std::string_view piece = line.substr(0, line.find(separator));
-    line.remove_prefix(std::min(piece.size() + 1, line.size()));
-    return piece;
+// Cuts the text before the first `separator` off `line`, and the separator with it; all of the line
+// if it has none. Returns the text.
+std::string_view cut_field(std::string_view &line, char separator) {
+    const std::string_view field = line.substr(0, line.find(separator));
+    line.remove_prefix(std::min(field.size() + 1, line.size()));
+    return field;
 }
 
-void take_defaults(TMPLT_INFO &tpl, std::string_view prodname, int is_new) {
-    std::string_view family = "plv";
-    if (prodname == "kestrel") {
-        family = "kst";
-    } else if (prodname == "tanager") {
-        family = "tan";
+void set_defaults(TMPLT_INFO &tpl, std::string_view prodname, int is_new) {
+    const std::string family(set_family(prodname));
+    if (is_new != 0) {
+        set_fields(tpl, is_new, family + "_s2", "2.0a");
+    } else {
+        set_fields(tpl, is_new, family + "_s1", "1.0a");
     }
-    const copy_fields fields = fields_of(tpl, is_new);
-    fields.set.assign(family).append(is_new != 0 ? "_s2" : "_s1");
-    fields.version = is_new != 0 ? "2.0a" : "1.0a";
 }
 
-// Whether the first version is older: by its number, or by its text when the numbers are equal.
+// Compares the leading numbers, and the whole texts if these are equal (2.0a is older than 2.0b).
 bool is_older(const std::string &version, const std::string &than) {
     const double number = std::strtod(version.c_str(), nullptr);
     const double than_number = std::strtod(than.c_str(), nullptr);
@@ -83,13 +80,14 @@ int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new) {
     if (header.empty()) {
         return 0;
     }
+    // ||header: modified=FLAG tpl_set=SET tpl_version=VERSION||; the names are not looked at.
     std::string_view line = header;
-    take_piece(line, '=');
-    const std::string flag(take_piece(line, '='));
-    const copy_fields fields = fields_of(*tpl, is_new);
-    fields.set = take_piece(line, ' ');
-    take_piece(line, '=');
-    fields.version = take_piece(line, '|');
+    cut_field(line, '=');
+    const std::string flag(cut_field(line, '='));
+    const std::string_view set = cut_field(line, ' ');
+    cut_field(line, '=');
+    const std::string_view version = cut_field(line, '|');
+    set_fields(*tpl, is_new, set, version);
     if (is_new == 0) {
         tpl->modified = s_strnicmp(flag.c_str(), "true", 4) == 0 ? 1 : 0;
     }
@@ -104,7 +102,7 @@ int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new
         return 1;
     }
     dmsg(is_new != 0 ? "New header info not found" : "Old header info not found");
-    take_defaults(*tpl, prodname != nullptr ? prodname : "", is_new);
+    set_defaults(*tpl, prodname != nullptr ? prodname : "", is_new);
     if (is_new == 0) {
         tpl->modified = 1;
     }
@@ -112,7 +110,7 @@ int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new
 }
 
 int tpl_category(const TMPLT_INFO *tpl, const char * /*file*/) {
-    constexpr std::size_t family_length = 5;
+    constexpr std::size_t family_length = 5; // "kst_s" of "kst_s2"
     const std::string_view old_set = tpl->old_tmplt_set;
     const std::string_view new_set = tpl->new_tmplt_set;
     if (old_set.substr(0, family_length) != new_set.substr(0, family_length)) {

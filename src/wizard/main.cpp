@@ -6,7 +6,7 @@
 #include "core/text.h"
 #include "dialogue/help.h"
 #include "setup/defaults.h"
-#include "templates/header.h"
+#include "templates/stamp.h"
 #include "wizard/session.h"
 
 #include <algorithm>

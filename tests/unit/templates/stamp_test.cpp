@@ -1,7 +1,9 @@
+#include "templates/stamp.h"
+
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
 #include "templates.h"
-#include "templates/header.h"
+#include "templates/checksum.h"
 
 #include <algorithm>
 #include <csignal>

@@ -96,9 +96,7 @@ std::optional<template_part> template_reader::next() {
     if (const std::size_t start = piece_start(block_, found); start > 0) {
         return cut(start, false);
     }
-    const std::size_t size = first_piece_size(block_);
-    // A marker that the end of a piece cuts is none.
-    return cut(size, found + marker_.size() <= size);
+    return cut(first_piece_size(block_), true);
 }
 
 // Reads the next block: the pieces that end in the buffer, so that no piece is torn. Leaves it

@@ -28,7 +28,8 @@ int do_checksum(const char *file, int compare);
 // the sum wraps at 32 bits.
 int calculate(std::string_view bf, std::size_t fpos);
 
-// A part of a template: one piece that holds the marker, or a run of pieces that do not.
+// A part of a template: one piece in which the marker begins (the end of the piece may cut it), or
+// a run of pieces in which it never does.
 struct template_part {
     std::string_view bytes;
     bool is_marked;

@@ -6,6 +6,7 @@
 #include "files/operations.h"
 #include "files/search.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -14,7 +15,7 @@
 
 namespace {
 
-constexpr std::string_view common_directory = "common";
+constexpr const char *common_name = "common";
 constexpr std::string_view word_list = "words.dat";
 
 bool is_directory(const std::string &path) {
@@ -22,22 +23,29 @@ bool is_directory(const std::string &path) {
     return ::stat(path.c_str(), &entry) == 0 && S_ISDIR(entry.st_mode);
 }
 
-bool is_plain_file(const std::string &path) {
+// Returns whether `path` is anything but a directory; false if it cannot be examined.
+bool is_file(const std::string &path) {
     struct stat entry {};
     return ::stat(path.c_str(), &entry) == 0 && !S_ISDIR(entry.st_mode);
 }
 
-// The names of the set directories of `dir`, in the order the directory gives them.
+// Returns the names of the set directories of `dir`, in the order the directory lists them.
 std::vector<std::string> find_sets(const char *dir) {
     found_names names;
     const int count = wild_find2(dir, "*", names);
     std::vector<std::string> sets;
     for_each_name(names, count, [&](const char *name) {
-        if (name != common_directory && is_directory(path_in(dir, name))) {
+        if (s_strcmp(name, common_name) != 0 && is_directory(path_in(dir, name))) {
             sets.emplace_back(name);
         }
     });
     return sets;
+}
+
+bool copy_to_all(const std::string &file, const std::vector<std::string> &directories) {
+    return std::all_of(directories.begin(), directories.end(), [&](const std::string &directory) {
+        return do_copy(file.c_str(), directory.c_str(), 1) != 0;
+    });
 }
 
 bool copy_common(const std::string &common, const std::vector<std::string> &copied_sets,
@@ -46,12 +54,9 @@ bool copy_common(const std::string &common, const std::vector<std::string> &copi
     const int count = wild_find2(common.c_str(), "*", names);
     bool is_complete = true;
     for_each_name(names, count, [&](const char *name) {
-        const std::string file = path_in(common.c_str(), name);
-        if ((skip_words && name == word_list) || !is_plain_file(file)) {
-            return;
-        }
-        for (std::size_t set = 0; is_complete && set < copied_sets.size(); set++) {
-            is_complete = do_copy(file.c_str(), copied_sets[set].c_str(), 1) != 0;
+        const std::string file = path_in(common, name);
+        if (is_file(file) && !(skip_words && name == word_list)) {
+            is_complete = is_complete && copy_to_all(file, copied_sets);
         }
     });
     return is_complete;
@@ -61,7 +66,7 @@ bool is_default_name(const std::string &name) {
     return s_stricmp(name.c_str(), "marble") == 0 || s_stricmp(name.c_str(), "wml") == 0;
 }
 
-// Stores a line for each set of `dir`; gives the number of the default set.
+// Stores a line for each set of `dir`. Returns the number of the default set.
 int store_sets(pINI_SETTINGS ini, const char *dir, const char *key) {
     int number = 1;
     int default_number = 1;
@@ -80,9 +85,11 @@ int store_sets(pINI_SETTINGS ini, const char *dir, const char *key) {
     return default_number;
 }
 
-// Takes the line whose first character is `digit` out of the list: set 10 passes for set 1. Beyond
-// 9 it is no digit, and in the end no character at all.
-heap_text take_line(LINK_LIST *lines, int digit) {
+// Takes the line of set `number` out of the list. Returns null if there is none.
+heap_text remove_line(LINK_LIST *lines, int number) {
+    // Required: only the first character is compared. The line of set 10 matches 1; for a number
+    // above 9 nothing sensible matches.
+    const int digit = '0' + number;
     list_start(lines);
     while (const auto *line = static_cast<const char *>(list_get(lines))) {
         if (*line == digit) {
@@ -92,9 +99,9 @@ heap_text take_line(LINK_LIST *lines, int digit) {
     return nullptr;
 }
 
-// The piece of a set line behind its first `number` blanks.
-std::string set_line_piece(std::string_view line, int number) {
-    for (; number > 0; number--) {
+// Returns the word that follows the first `blanks` blanks of a set line.
+std::string word_after(std::string_view line, int blanks) {
+    for (; blanks > 0; blanks--) {
         line = text_after(line, ' ');
     }
     return std::string(line.substr(0, line.find(' ')));
@@ -115,7 +122,7 @@ int do_template_copy(const char *src, const char *dst, int skip_words) {
         }
         copied_sets.push_back(std::move(target));
     }
-    const std::string common = path_in(src, common_directory.data());
+    const std::string common = path_in(src, common_name);
     return copy_common(common, copied_sets, skip_words != 0) ? 1 : 0;
 }
 
@@ -148,10 +155,10 @@ heap_text ask_template_sets(pINI_SETTINGS ini, const char *dir, char *url, std::
     LINK_LIST lines;
     tpl_list(&lines, ini, key);
     heap_text templates;
-    if (const heap_text line = take_line(&lines, '0' + default_number)) {
+    if (const heap_text line = remove_line(&lines, default_number)) {
         ini_add(ini, key, line.get());
-        templates.reset(maistrdup(set_line_piece(line.get(), 1).c_str()));
-        lcpy(url, set_line_piece(line.get(), 2).c_str(), len);
+        templates.reset(maistrdup(word_after(line.get(), 1).c_str()));
+        lcpy(url, word_after(line.get(), 2).c_str(), len);
     }
     list_start(&lines);
     while (const auto *line = static_cast<const char *>(list_get(&lines))) {

@@ -91,8 +91,7 @@ bool copy_stamped(const stamp_rules &rules, std::FILE *from, std::FILE *to) {
         if (rules.has_checksum) {
             checksum.add(*part);
         }
-        const bool is_dropped = part->is_marked && part->bytes.starts_with(rules.dropped);
-        if (!is_dropped && !write_text(part->bytes, to)) {
+        if (!part->bytes.starts_with(rules.dropped) && !write_text(part->bytes, to)) {
             return false;
         }
     }

@@ -4,8 +4,6 @@
 // a stamped file holds what the rule says and nothing is left beside it.
 #include "support.h"
 
-#include "core/log.h"
-#include "core/stream.h"
 #include "templates/checksum.h"
 #include "templates/stamp.h"
 

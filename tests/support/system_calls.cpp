@@ -72,7 +72,7 @@ class written_descriptors {
 refused_run run_refused(const world &host, const session_script &script, const std::string &name,
                         const std::string &how) {
     refused_run result;
-    result.run = run_wizard(host, script.arguments, script.answers,
+    result.run = run_wizard(host, script.arguments, typed(script.answers),
                             traced(host, {"-e", "trace=" + name, "-e", "inject=" + name + how}));
     for (const std::string &line : lines_of(host.shown(read_file(trace_file)))) {
         if (line.ends_with("(INJECTED)")) {
@@ -94,8 +94,8 @@ bool can_refuse_calls() {
 }
 
 std::vector<system_call> calls_of(const world &host, const session_script &script) {
-    const wizard_run run =
-        run_wizard(host, script.arguments, script.answers, traced(host, {"-e", traced_calls}));
+    const wizard_run run = run_wizard(host, script.arguments, typed(script.answers),
+                                      traced(host, {"-e", traced_calls}));
     EXPECT_EQ(run.status, 0) << run.transcript << run.errors;
     std::map<std::string, int> counts;
     written_descriptors written;

@@ -17,7 +17,7 @@ struct system_call {
     bool is_on_written; // it opens or closes a file that is written
 };
 
-// What is run: the words behind the program's name, and its standard input as in run_wizard.
+// What is run: the words behind the program's name, and all that is typed, no prompt waited for.
 struct session_script {
     std::vector<std::string> arguments;
     std::string answers;

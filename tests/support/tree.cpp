@@ -143,3 +143,18 @@ std::string shown_log_without(const world &host, const std::string &path,
     }
     return result;
 }
+
+std::string set_numbers::named(const std::string &text) const {
+    std::istringstream lines(text);
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        for (std::size_t number = 0; number < sets_.size(); number++) {
+            const std::string begin = "tpl_set " + std::to_string(number + 1) + " ";
+            if (line.starts_with(begin) && line.ends_with(" " + sets_[number] + " Set")) {
+                line.replace(0, begin.size(), "tpl_set {" + sets_[number] + "} ");
+            }
+        }
+        result += line + "\n";
+    }
+    return result;
+}

@@ -27,3 +27,16 @@ std::string shown_log(const world &host, const std::string &path);
 // The same without the lines that hold one of `left_out`.
 std::string shown_log_without(const world &host, const std::string &path,
                               const std::vector<std::string_view> &left_out);
+
+// The numbers that the wizard gives the template sets of a directory: its order of listing them.
+class set_numbers {
+  public:
+    explicit set_numbers(const std::string &directory) : sets_(set_names(directory)) {}
+
+    // A text in which "tpl_set {SET} " stands in place of the line's number, where that is the
+    // set's.
+    [[nodiscard]] std::string named(const std::string &text) const;
+
+  private:
+    std::vector<std::string> sets_;
+};

@@ -142,13 +142,12 @@ void gather(int &end, std::string &text) {
     }
 }
 
-// Writes what fits of the rest; closes the end after the last of it, or when nobody reads.
-void feed(int &end, std::string_view &rest) {
+// Writes what fits of the rest; closes the end when nobody reads.
+void feed(int &end, std::string &rest) {
     const ssize_t count = ::write(end, rest.data(), rest.size());
     if (count > 0) {
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-    if (rest.empty() || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+        rest.erase(0, static_cast<std::size_t>(count));
+    } else if (count < 0 && errno != EAGAIN && errno != EINTR) {
         close_end(end);
     }
 }
@@ -168,8 +167,9 @@ void mount_privately(const std::string &source, const std::string &target, const
 } // namespace
 
 wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
-                      std::string_view answers, const run_place &place) {
-    const std::string input = host.meant(answers);
+                      const console_script &script, const run_place &place) {
+    prompt_reader prompts(script);
+    std::string rest = host.meant(script.typed_text().value_or(""));
     const std::string directory = host.path(place.directory);
     const auto deadline = clock_type::now() + time_limit;
     pipe_ends in;
@@ -188,15 +188,15 @@ wizard_run run_wizard(const world &host, const std::vector<std::string> &argumen
     ::fcntl(in.writing, F_SETFL, O_NONBLOCK);
     std::signal(SIGPIPE, SIG_IGN);
 
-    std::string_view rest(input);
     std::string output;
     std::string errors;
-    if (rest.empty()) {
-        close_end(in.writing);
-    }
     while (out.reading >= 0 || err.reading >= 0) {
+        if (rest.empty() && (script.typed_text() || prompts.is_stuck())) {
+            close_end(in.writing);
+        }
+        const int writing = rest.empty() ? -1 : in.writing;
         std::array<::pollfd, 3> ends = {
-            {{in.writing, POLLOUT, 0}, {out.reading, POLLIN, 0}, {err.reading, POLLIN, 0}}};
+            {{writing, POLLOUT, 0}, {out.reading, POLLIN, 0}, {err.reading, POLLIN, 0}}};
         if (::poll(ends.data(), ends.size(), milliseconds_until(deadline)) <= 0) {
             break;
         }
@@ -205,6 +205,9 @@ wizard_run run_wizard(const world &host, const std::vector<std::string> &argumen
         }
         if (ends[1].revents != 0) {
             gather(out.reading, output);
+            if (!script.typed_text()) {
+                rest += host.meant(prompts.answer(host.shown(output)).value_or(""));
+            }
         }
         if (ends[2].revents != 0) {
             gather(err.reading, errors);
@@ -214,6 +217,7 @@ wizard_run run_wizard(const world &host, const std::vector<std::string> &argumen
     close_end(in.writing);
     close_end(out.reading);
     close_end(err.reading);
+    prompts.expect_all_asked(host.shown(output));
     return {host.shown(output), host.shown(errors), status};
 }
 
@@ -270,6 +274,17 @@ void terminal_session::type(std::string_view keys) {
     if (::write(terminal_, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
         ADD_FAILURE() << "cannot type";
     }
+}
+
+int terminal_session::hold(const console_script &script) {
+    prompt_reader prompts(script);
+    do {
+        if (const std::optional<std::string> answer = prompts.answer(screen())) {
+            type(*answer);
+        }
+    } while (read_more());
+    prompts.expect_all_asked(screen());
+    return wait_for_end();
 }
 
 void terminal_session::hang_up() {

@@ -1,8 +1,8 @@
-// Runs the real program: through pipes, with every answer given beforehand, or at a
-// pseudo-terminal, where the test sees a prompt before it types. Whatever hangs is killed and
-// counts as a failure.
+// Runs the real program through pipes or at a pseudo-terminal and answers its prompts. Whatever
+// hangs is killed and counts as a failure.
 #pragma once
 
+#include "support/console_script.h"
 #include "support/world.h"
 
 #include <chrono>
@@ -35,10 +35,10 @@ struct run_place {
     std::map<std::string, std::string> settings = {};
 };
 
-// Runs the program in dist/ with `arguments`; `answers`, in which "@" is the root, is all of its
-// standard input. The environment is the same everywhere.
+// Runs the program in dist/ with `arguments` and types what `script` says, in which "@" is the
+// root. The environment is the same everywhere.
 wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
-                      std::string_view answers, const run_place &place = {});
+                      const console_script &script, const run_place &place = {});
 
 // The program at a terminal; `prepare` as in run_place.
 class terminal_session {
@@ -55,6 +55,9 @@ class terminal_session {
 
     // Types keys; "@" is typed as the root.
     void type(std::string_view keys);
+
+    // Answers the prompts until the program ends; gives its status as in wizard_run.
+    int hold(const console_script &script);
 
     // Takes the terminal away.
     void hang_up();

@@ -104,6 +104,10 @@ void add_file(const std::string &path, std::string_view content) {
     ::chmod(path.c_str(), 0644);
 }
 
+void add_answers(const world &host, const std::string &path, std::string_view lines) {
+    add_file(path, host.meant(lines));
+}
+
 void add_script(const std::string &path, std::string_view commands) {
     add_file(path, "#!/bin/sh\n" + std::string(commands));
     ::chmod(path.c_str(), 0755);

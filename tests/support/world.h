@@ -38,6 +38,9 @@ class world {
 // Makes a file and the directories above it.
 void add_file(const std::string &path, std::string_view content);
 
+// Makes a file of answers or settings, in which "@" is the root.
+void add_answers(const world &host, const std::string &path, std::string_view lines);
+
 // Makes `path` a program of shell commands.
 void add_script(const std::string &path, std::string_view commands);
 

@@ -19,7 +19,7 @@ constexpr const char *started = "Info:  * gxsetup, version 3.0h started *\n";
 TEST(CommandLine, VersionIsShownBeforeThePause) {
     const world host("kestrel");
     for (const char *argument : {"-version", "-Version", "-VERSION"}) {
-        const wizard_run run = run_wizard(host, {argument}, "\n");
+        const wizard_run run = run_wizard(host, {argument}, {});
         EXPECT_EQ(run.transcript, "gxsetup, version 3.0h\n"
                                   "\n"
                                   "Please press enter to quit...\n")
@@ -33,7 +33,7 @@ TEST(CommandLine, VersionIsShownBeforeThePause) {
 TEST(CommandLine, HelpIsShownWithoutPause) {
     const world host("kestrel");
     for (const char *argument : {"?", "help", "HELP", "Help"}) {
-        const wizard_run run = run_wizard(host, {argument}, "");
+        const wizard_run run = run_wizard(host, {argument}, {});
         EXPECT_EQ(run.transcript, argument_help) << argument;
         EXPECT_EQ(run.status, 0) << argument;
         EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), started);
@@ -43,7 +43,7 @@ TEST(CommandLine, HelpIsShownWithoutPause) {
 TEST(CommandLine, UnknownArgumentEndsWithStatusOneWithoutPause) {
     const world host("kestrel");
     for (const char *argument : {"-x", "", "/debug", "/version", "/?", "-help", "debug", "%s%n"}) {
-        const wizard_run run = run_wizard(host, {argument}, "");
+        const wizard_run run = run_wizard(host, {argument}, {});
         EXPECT_EQ(run.transcript, std::string("Error: Invalid Argument\n") + argument_help)
             << argument;
         EXPECT_EQ(run.status, 1) << argument;
@@ -54,7 +54,7 @@ TEST(CommandLine, UnknownArgumentEndsWithStatusOneWithoutPause) {
 
 TEST(CommandLine, ASecondArgumentIsTooMany) {
     const world host("kestrel");
-    const wizard_run run = run_wizard(host, {"-version", "-version"}, "\n");
+    const wizard_run run = run_wizard(host, {"-version", "-version"}, {});
     EXPECT_EQ(run.transcript, std::string("Error: Too many command line arguments\n") +
                                   argument_help + "Please press enter to quit...\n");
     EXPECT_EQ(run.status, 0);
@@ -65,7 +65,7 @@ TEST(CommandLine, ASecondArgumentIsTooMany) {
 TEST(CommandLine, MissingHelpFileIsReported) {
     const world host("kestrel");
     std::filesystem::remove("dist/vsetup.hlp");
-    const wizard_run run = run_wizard(host, {"help"}, "");
+    const wizard_run run = run_wizard(host, {"help"}, {});
     EXPECT_EQ(run.transcript, "Error: Help file not found\n\n");
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
@@ -74,13 +74,13 @@ TEST(CommandLine, MissingHelpFileIsReported) {
 
 TEST(CommandLine, EndOfInputEndsEveryPause) {
     const world host("kestrel");
-    EXPECT_EQ(run_wizard(host, {"-version"}, "").status, 0);
-    EXPECT_EQ(run_wizard(host, {"-version", "-version"}, "").status, 0);
+    EXPECT_EQ(run_wizard(host, {"-version"}, typed("")).status, 0);
+    EXPECT_EQ(run_wizard(host, {"-version", "-version"}, typed("")).status, 0);
 }
 
 TEST(CommandLine, DebugRunsTheWizardWithEveryLogLine) {
     const world host("kestrel");
-    const wizard_run run = run_wizard(host, {"-DEBUG"}, "4\n\n");
+    const wizard_run run = run_wizard(host, {"-DEBUG"}, quit_at_the_menu);
     EXPECT_EQ(run.transcript, welcome + menu("kestrel") + goodbye);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(shown_log_without(host, "dist/gxsetup.log", {"INI: "}),
@@ -98,15 +98,15 @@ TEST(CommandLine, DebugRunsTheWizardWithEveryLogLine) {
 
 TEST(CommandLine, EveryRunStartsALogAndKeepsTwoOlderOnes) {
     const world host("kestrel");
-    run_wizard(host, {"first"}, "");
-    run_wizard(host, {"-version", "second"}, "");
-    run_wizard(host, {"-version"}, "");
+    run_wizard(host, {"first"}, {});
+    run_wizard(host, {"-version", "second"}, {});
+    run_wizard(host, {"-version"}, {});
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), started);
     EXPECT_EQ(shown_log(host, "dist/gxsetup1.log"),
               std::string(started) + "Error: Too many command line arguments\n");
     EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"),
               std::string(started) + "Error: Invalid Argument\n");
-    run_wizard(host, {"help"}, "");
+    run_wizard(host, {"help"}, {});
     EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"),
               std::string(started) + "Error: Too many command line arguments\n");
     EXPECT_FALSE(is_there("dist/gxsetup3.log"));
@@ -117,7 +117,7 @@ TEST(CommandLine, LogThatCannotBeOpenedIsSaidAndTheRunGoesOn) {
     add_file("dist/gxsetup.log/full", "");
     add_file("dist/gxsetup1.log/full", "");
     add_file("dist/gxsetup2.log/full", "");
-    const wizard_run run = run_wizard(host, {"-version"}, "\n");
+    const wizard_run run = run_wizard(host, {"-version"}, {});
     EXPECT_EQ(run.transcript, "Error: log file cannot be opened\n"
                               "Cant open logfile ./gxsetup.log\n"
                               "gxsetup, version 3.0h\n"

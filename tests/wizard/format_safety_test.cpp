@@ -2,21 +2,22 @@
 // settings, answers, the environment. They are text everywhere, and read nothing; only in the log,
 // whose lines of errors and notes are formatted once more, they read as missing.
 
+#include "support/expected.h"
 #include "support/tree.h"
 #include "wizard/releases.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using testing::HasSubstr;
+using testing::Not;
+
 const std::string odd = "%s%n%d%%";
 const std::string odd_in_log = "<NULL>%n0%";
-
-void expect_in(const std::string &text, const std::string &part) {
-    EXPECT_NE(text.find(part), std::string::npos) << "no\n" << part << "\nin\n" << text;
-}
 
 // The log of a run at debug level, in which every path and answer is formatted.
 const std::vector<std::string> debug = {"-debug"};
@@ -39,28 +40,20 @@ TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
             host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool/" + odd + "\n"));
     std::filesystem::create_directory("cgi-" + odd);
     std::filesystem::rename("dist", odd);
-    const std::string answers = "1\n@/cgi-" + odd + "\n@/spool/" + odd + "\n@/html/" + odd + "\n/" +
-                                odd + "\n?\n" + odd + "\n" + odd + "\n" + odd +
-                                "\nyes\nno\nyes\nyes\n\n";
-    const wizard_run run = run_wizard(host, debug, answers, {.directory = odd});
-
+    const wizard_run run = run_wizard(host, debug,
+                                      in_order({{"Webserver directory", "@/cgi-" + odd},
+                                                {"Directory for templates", "@/spool/" + odd},
+                                                {"Directory for .gif", "@/html/" + odd},
+                                                {"Relative URL", "/" + odd},
+                                                {"domain name", "?"},
+                                                {"domain name", odd},
+                                                {"pop host", odd},
+                                                {"smtp host", odd}}),
+                                      {.directory = odd});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.transcript.find("<NULL>"), std::string::npos) << run.transcript;
-    expect_in(run.transcript, menu("kestrel", odd));
-    expect_in(run.transcript, "\n" + odd + " in the help\n");
-    expect_in(run.transcript, "? @/html/" + odd + " does not exist... gxsetup will create it\n");
-    expect_in(run.transcript, "Do you want to install/upgrade the " + odd + " cgi [YES]? ");
-    expect_in(run.transcript,
-              "webserver directory: @/cgi-" + odd + "\nimages directory:    @/html/" + odd +
-                  "\ntemplates directory: @/spool/" + odd +
-                  "\nini file settings\npop host:            " + odd + "\nsmtp host:           " +
-                  odd + "\ndomain name:         " + odd + "\nrelative images URL: /" + odd + "\n");
-    expect_in(run.transcript, "\nCreating " + odd + ".ini file");
-    EXPECT_TRUE(run.transcript.ends_with(farewell(
-        "kestrel", "http://" + odd + "/cgi-" + odd + "/" + odd + ".cgi", "install successful")))
-        << run.transcript;
-
+    EXPECT_THAT(run.transcript, Not(HasSubstr("<NULL>")));
+    expect_kept("screen", run.transcript);
     for (const std::string &path :
          {"spool/" + odd + "/" + odd + ".tpl", "html/" + odd + "/" + odd + ".gif",
           "spool/" + odd + "/originals/" + odd + ".tpl", "html/" + odd + "/" + odd + ".js",
@@ -68,29 +61,17 @@ TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
           "cgi-" + odd + "/" + odd + ".ini"}) {
         EXPECT_TRUE(is_there(path)) << path;
     }
-    EXPECT_EQ(shown_file(host, "cgi-" + odd + "/kestrel.ini"),
-              "# kestrel.ini created by gxsetup, version 3.0h for kestrel, version " + odd +
-                  "\n"
-                  "\n" +
-                  odd + " " + odd +
-                  "\n"
-                  "\n"
-                  "\n"
-                  "domain " +
-                  odd + "\npophost " + odd + "\nsmtphost " + odd + "\ntemplates @/spool/" + odd +
-                  "\nworkarea @/spool/" + odd + "\nvlimg /" + odd +
-                  "\n"
-                  "# Never change the next line, even if you change pophost\n"
-                  "original_pophost " +
-                  odd + "\n");
+    expect_kept("kestrel.ini", shown_file(host, "cgi-" + odd + "/kestrel.ini"));
     const std::string answers_saved = shown_file(host, odd + "/gxsetup.dat");
     for (const char *name :
          {"\n%s%n%d%% ", "\nop_system ", "\nlog_lvl ", "\npophost ", "\ndomain "}) {
-        expect_in(answers_saved, name + odd + "\n");
+        EXPECT_THAT(answers_saved, HasSubstr(name + odd + "\n"));
     }
     const std::string log = shown_log(host, odd + "/gxsetup.log");
-    expect_in(log, "Debug: Getting version from [./" + odd + ".cgi -version >ver.txt]\n");
-    expect_in(log, "Info:  @/html/" + odd_in_log + " does not exist... gxsetup will create it\n");
+    EXPECT_THAT(log,
+                HasSubstr("Debug: Getting version from [./" + odd + ".cgi -version >ver.txt]\n"));
+    EXPECT_THAT(log, HasSubstr("Info:  @/html/" + odd_in_log +
+                               " does not exist... gxsetup will create it\n"));
 }
 
 TEST(Conversions, InSettingsOfTheProductAreText) {
@@ -100,7 +81,8 @@ TEST(Conversions, InSettingsOfTheProductAreText) {
         "dist/gxdflt.dat",
         "prod_name " + odd + "\naction " + odd + "\n" +
             host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool/" + odd + "\n"));
-    const wizard_run run = run_wizard(host, debug, "7\n4\n\n");
+    const wizard_run run = run_wizard(
+        host, debug, in_order({{"What do you want to do", "7"}, {"What do you want to do", "4"}}));
     EXPECT_EQ(run.transcript, welcome + menu(odd, "1", odd, odd) +
                                   "That is not a valid choice, please choose again\n" +
                                   menu(odd, "1", odd, odd) + goodbye);
@@ -116,22 +98,29 @@ TEST(Conversions, InNamesOfSetsAreText) {
     }
     add_file("dist/manuals/" + odd + ".html", "manual\n");
     const std::string below = "@/spool/" + odd;
-    const wizard_run run =
-        run_wizard(host, debug,
-                   "1\n@/cgi-bin\n" + below + "\n" + below + "/man\n" + below + "/bul\n@/html/" +
-                       odd + "\n/" + odd + "\nsite.test\n" + odd + "\nyes\n" + odd + "\n.\n" + odd +
-                       "\nyes\nno\nyes\nno\n\n");
+    const wizard_run run = run_wizard(host, debug,
+                                      {{"Directory for templates", below},
+                                       {"Directory for manual", below + "/man"},
+                                       {"Directory for bulletin", below + "/bul"},
+                                       {"Directory for .gif", "@/html/" + odd},
+                                       {"Relative URL", "/" + odd},
+                                       {"domain name", "site.test"},
+                                       {"your imap host", odd},
+                                       {"IMAP hosts", "yes\n" + odd + "\n."},
+                                       {"smtp host", odd},
+                                       {"merlin cgi", "yes"},
+                                       {"temporary files", "no"}});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.transcript.find("<NULL>"), std::string::npos) << run.transcript;
+    EXPECT_THAT(run.transcript, Not(HasSubstr("<NULL>")));
     EXPECT_TRUE(
         run.transcript.ends_with("\ninstall successful\n\n.\nPlease press enter to quit...\n"))
         << run.transcript;
     const std::string ini = shown_file(host, "cgi-bin/tanager.ini");
-    expect_in(ini, "\nimaphost " + odd + "\n");
-    expect_in(ini, "\nallow_host_login " + odd + "\n");
-    expect_in(ini,
-              "\ntpl_set 1 " + below + "/" + odd + " /" + odd + "/" + odd + " " + odd + " Set\n");
+    EXPECT_THAT(ini, HasSubstr("\nimaphost " + odd + "\n"));
+    EXPECT_THAT(ini, HasSubstr("\nallow_host_login " + odd + "\n"));
+    EXPECT_THAT(ini, HasSubstr("\ntpl_set 1 " + below + "/" + odd + " /" + odd + "/" + odd + " " +
+                               odd + " Set\n"));
     for (const std::string &path :
          {"spool/" + odd + "/" + odd + "/" + odd, "html/" + odd + "/" + odd + "/" + odd,
           "spool/" + odd + "/" + odd + "/" + odd + ".dat", "spool/" + odd + "/man/" + odd + ".html",
@@ -141,19 +130,19 @@ TEST(Conversions, InNamesOfSetsAreText) {
 }
 
 TEST(Conversions, InHeadersOfTemplatesAreText) {
-    const world host("kestrel");
-    install_31_and_unpack_32(host);
+    const upgrade_world host("kestrel");
     add_file("spool/kestrel/" + odd + ".tpl",
              "||header: modified=true tpl_set=" + odd + " tpl_version=" + odd + "||\nold\n");
     add_file("dist/tpl/" + odd + ".tpl",
              "||header: modified=false tpl_set=" + odd + " tpl_version=" + odd + "9||\nnew\n");
     const wizard_run run =
-        run_wizard(host, debug, "2\nno\n@/cgi-bin\n\n\n\nno\nno\nyes\nno\n\nno\nno\n\n");
+        run_wizard(host, debug, no_to_both + console_script{{"safely updated", "no"}});
     const std::string entry = "     Current template set: " + odd + " version " + odd + "\n";
     EXPECT_EQ(run.status, 0);
-    expect_in(run.transcript, odd + ".tpl  " + entry + "              Distribution template set: " +
-                                  odd + " version " + odd + "9\n");
-    expect_in(read_file("spool/kestrel/tmptlist.txt"), "2. " + odd + ".tpl  " + entry);
+    EXPECT_THAT(run.transcript, HasSubstr(odd + ".tpl  " + entry +
+                                          "              Distribution template set: " + odd +
+                                          " version " + odd + "9\n"));
+    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), HasSubstr("2. " + odd + ".tpl  " + entry));
     EXPECT_TRUE(read_file("spool/kestrel/" + odd + ".tpl").ends_with("old\n"));
 }
 
@@ -168,17 +157,22 @@ TEST(Conversions, InThePathsOfARemovalAreText) {
     add_file("dist/gxdflt.dat",
              "cgi_name " + odd + "\nwml_name " + odd + "\n" +
                  host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool\n"));
-    const wizard_run run =
-        run_wizard(host, debug,
-                   "9\n3\n@/cgi-bin\nyes\nyes\n@/html/" + odd + "\nyes\n@/spool/" + odd +
-                       "\nno\n@/spool/" + odd + "\nyes\n\n");
+    const wizard_run run = run_wizard(host, debug,
+                                      {{"What version", "9"},
+                                       {"What do you want to do", "3"},
+                                       {"old graphics and wav", "@/html/" + odd},
+                                       {"Remove all graphics", "yes"},
+                                       {"your work area", "@/spool/" + odd},
+                                       {"your template files", "@/spool/" + odd}});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.errors, "");
-    expect_in(run.transcript, "\nRemove " + odd + " CGI files from @/cgi-bin [YES]? ");
-    expect_in(run.transcript, "\nRemove all user information from @/spool/" + odd + " [NO]? ");
-    expect_in(run.transcript, "Error: Cannot remove @/html/" + odd + ": Directory not empty\n");
-    expect_in(shown_log(host, "dist/gxsetup.log"),
-              "Error: Cannot remove @/html/" + odd_in_log + ": Directory not empty\n");
+    EXPECT_THAT(run.transcript, HasSubstr("\nRemove " + odd + " CGI files from @/cgi-bin [YES]? "));
+    EXPECT_THAT(run.transcript,
+                HasSubstr("\nRemove all user information from @/spool/" + odd + " [NO]? "));
+    EXPECT_THAT(run.transcript,
+                HasSubstr("Error: Cannot remove @/html/" + odd + ": Directory not empty\n"));
+    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
+                HasSubstr("Error: Cannot remove @/html/" + odd_in_log + ": Directory not empty\n"));
     EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "html") + tree_of(host, "spool"),
               "0755 html/" + odd + "/\n0644 html/" + odd + "/" + odd +
                   ".txt \"text\"\n0755 spool/" + odd + "/\n0755 spool/" + odd + "/u_" + odd +
@@ -188,42 +182,57 @@ TEST(Conversions, InThePathsOfARemovalAreText) {
 TEST(Conversions, InWhatIsStampedAreText) {
     const world host("kestrel");
     add_file(odd + "/" + odd + ".tpl", odd + "\n");
-    const wizard_run run =
-        run_wizard(host, {"-header"}, "@/" + odd + "\n" + odd + "\n" + odd + "\n@/" + odd + "\n\n");
+    const wizard_run run = run_wizard(host, {"-header"},
+                                      in_order({{"Directory for templates", "@/" + odd},
+                                                {"New templates set", odd},
+                                                {"New templates version", odd},
+                                                {"Directory for templates", "@/" + odd}}));
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(read_file(odd + "/" + odd + ".tpl")
                     .starts_with("||header: modified=false tpl_set=" + odd + " tpl_version=" + odd +
                                  "||\n" + odd + "\n\n||checksum="));
     std::filesystem::remove(odd + "/" + odd + ".tpl");
     std::filesystem::create_symlink("nowhere", odd + "/" + odd + ".tpl");
-    EXPECT_EQ(run_wizard(host, {"-checksum"}, "@/" + odd + "\n\n").status, 0);
-    expect_in(shown_log(host, "dist/gxsetup.log"),
-              "Error: Can't open @/" + odd + "/" + odd + ".tpl, No such file or directory\n");
+    const console_script checksums = {{"Directory for templates", "@/" + odd}};
+    EXPECT_EQ(run_wizard(host, {"-checksum"}, checksums).status, 0);
+    EXPECT_THAT(
+        shown_log(host, "dist/gxsetup.log"),
+        HasSubstr("Error: Can't open @/" + odd + "/" + odd + ".tpl, No such file or directory\n"));
     std::filesystem::remove(odd + "/" + odd + ".tpl");
-    expect_in(run_wizard(host, {"-checksum"}, "@/" + odd + "\n\n").transcript,
-              "No files found in @/" + odd + "\n");
-    expect_in(shown_log(host, "dist/gxsetup.log"),
-              "Info:  No files found in @/" + odd_in_log + "\n");
+    EXPECT_THAT(run_wizard(host, {"-checksum"}, checksums).transcript,
+                HasSubstr("No files found in @/" + odd + "\n"));
+    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
+                HasSubstr("Info:  No files found in @/" + odd_in_log + "\n"));
 }
 
 TEST(Conversions, InAFileOfDefaultsAreText) {
     const world host("kestrel");
+    const console_script answers = {{"Version", odd},
+                                    {"Product Name", odd},
+                                    {"Operating System", odd},
+                                    {"change the default suggested directories", "no"},
+                                    {"install/upgrade", "no"}};
     const wizard_run run = run_wizard(host, {"-make"},
-                                      odd + "\n" + odd + "\n" + odd + "\nno\nyes\n" + odd + "\n" +
-                                          odd + "\n" + odd + "\nno\n" + odd + "\n\n");
+                                      answers + console_script{{"default suggested .ini", "yes"},
+                                                               {"Suggested domain", odd},
+                                                               {"Suggested pop host", odd},
+                                                               {"Suggested smtp host", odd},
+                                                               {"Enter file", odd}});
     EXPECT_EQ(run.status, 0);
-    expect_in(run.transcript, "[gxdflt_" + odd + ".dat]? ");
-    expect_in(run.transcript, "]? " + odd + ".dat saved\n");
+    EXPECT_THAT(run.transcript, HasSubstr("[gxdflt_" + odd + ".dat]? "));
+    EXPECT_THAT(run.transcript, HasSubstr("]? " + odd + ".dat saved\n"));
     const std::string saved = read_file("dist/" + odd + ".dat");
     for (const char *name : {"version ", "prod_name ", "op_system ", "domain ", "pophost "}) {
-        expect_in(saved, "\n" + (name + odd) + "\n");
+        EXPECT_THAT(saved, HasSubstr("\n" + (name + odd) + "\n"));
     }
-    expect_in(shown_log(host, "dist/gxsetup.log"), "Info:  " + odd_in_log + ".dat saved\n");
+    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
+                HasSubstr("Info:  " + odd_in_log + ".dat saved\n"));
     std::filesystem::create_directory("dist/no");
-    const wizard_run refused = run_wizard(host, {"-make"},
-                                          odd + "\n" + odd + "\n" + odd + "\nno\nno\nno\nno/" +
-                                              odd + "/" + odd + ".dat\n\n");
-    expect_in(refused.transcript, "Error: cannot write to no/" + odd + "/" + odd + ".dat\n");
+    const wizard_run refused =
+        run_wizard(host, {"-make"},
+                   answers + console_script{{"Enter file", "no/" + odd + "/" + odd + ".dat"}});
+    EXPECT_THAT(refused.transcript,
+                HasSubstr("Error: cannot write to no/" + odd + "/" + odd + ".dat\n"));
 }
 
 TEST(Conversions, InTheEnvironmentAndTheProgramsNameAreNotRead) {
@@ -234,10 +243,10 @@ TEST(Conversions, InTheEnvironmentAndTheProgramsNameAreNotRead) {
                              "LANGUAGE", "NLSPATH", "%s%n%d%%"}) {
         place.settings[name] = odd;
     }
-    EXPECT_EQ(run_wizard(host, debug, "4\n\n", place).transcript,
+    EXPECT_EQ(run_wizard(host, debug, quit_at_the_menu, place).transcript,
               welcome + menu("kestrel") + goodbye);
     place.settings["TZ"] = odd;
-    EXPECT_EQ(run_wizard(host, {"-version"}, "\n", place).transcript,
+    EXPECT_EQ(run_wizard(host, {"-version"}, {}, place).transcript,
               "gxsetup, version 3.0h\n\nPlease press enter to quit...\n");
 }
 

@@ -1,13 +1,18 @@
 // The distributor's modes: headers, checksums, the defaults file.
 
+#include "support/expected.h"
 #include "support/tree.h"
-#include "support/wizard_run.h"
 
 #include <filesystem>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using testing::EndsWith;
+using testing::HasSubstr;
+
+const console_script in_these_templates = {{"Directory for templates", "@/dist/tpl"}};
 constexpr const char *pause = "\nPlease press enter to quit...\n";
 constexpr const char *started = "Info:  * gxsetup, version 3.0h started *\n";
 
@@ -22,8 +27,11 @@ TEST(Modes, HeaderStampsHeadersAndThenChecksums) {
     leave_one_template("<html>\n");
     for (const char *argument : {"-header", "/header", "-HEADER"}) {
         write_file("dist/tpl/index.tpl", "<html>\n");
-        const wizard_run run =
-            run_wizard(host, {argument}, "@/dist/tpl\nkst_s3\n3.2a\n@/dist/tpl\n\n");
+        const wizard_run run = run_wizard(host, {argument},
+                                          in_order({{"Directory for templates", "@/dist/tpl"},
+                                                    {"New templates set", "kst_s3"},
+                                                    {"New templates version", "3.2a"},
+                                                    {"Directory for templates", "@/dist/tpl"}}));
         EXPECT_EQ(run.transcript, std::string("\nDirectory for templates [./tpl]? "
                                               "\nNew templates set[kst_s2]? "
                                               "\nNew templates version[2.0a]? "
@@ -49,7 +57,7 @@ TEST(Modes, ChecksumStampsChecksumsAlone) {
     leave_one_template("abc\n");
     for (const char *argument : {"-checksum", "/Checksum"}) {
         write_file("dist/tpl/index.tpl", "abc\n");
-        const wizard_run run = run_wizard(host, {argument}, "@/dist/tpl\n\n");
+        const wizard_run run = run_wizard(host, {argument}, in_these_templates);
         EXPECT_EQ(run.transcript, std::string("\nDirectory for templates [./tpl]? "
                                               "\nUpdating checksums."
                                               "\nUpdate complete.\n") +
@@ -62,7 +70,8 @@ TEST(Modes, ChecksumStampsChecksumsAlone) {
 TEST(Modes, QuittingLeavesTheTemplates) {
     const world host("kestrel");
     leave_one_template("abc\n");
-    const wizard_run run = run_wizard(host, {"-header"}, "@/dist/tpl\nq\n\n");
+    const wizard_run run = run_wizard(
+        host, {"-header"}, in_these_templates + console_script{{"New templates set", "q"}});
     EXPECT_EQ(run.transcript, "\nDirectory for templates [./tpl]? "
                               "\nNew templates set[kst_s2]? "
                               "Please press enter to quit...\n");
@@ -77,7 +86,7 @@ TEST(Modes, AFullDiskKeepsTheTemplate) {
     const world host("kestrel");
     std::filesystem::create_directories("dist/tpl");
     const std::string disk = host.path("dist/tpl");
-    const wizard_run run = run_wizard(host, {"-checksum"}, "@/dist/tpl\n\n", {.prepare = [disk] {
+    const wizard_run run = run_wizard(host, {"-checksum"}, in_these_templates, {.prepare = [disk] {
                                           mount_small_disk(disk, "64k");
                                           write_file(disk + "/a.tpl", std::string(40'000, 'a'));
                                       }});
@@ -94,65 +103,38 @@ TEST(Modes, AFullDiskKeepsTheTemplate) {
 
 TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
     const world host("kestrel");
-    const wizard_run made =
-        run_wizard(host, {"-make"},
-                   "3.2a\nkestrel\nUNIX\ny\n@/spool\n@/html/vlimg\n@/cgi-bin\ny\nvarnel.example\n"
-                   "\n\n\ngxdflt\n\n");
-    EXPECT_EQ(
-        made.transcript,
-        std::string("To create a file of defaults for use in gxsetup, answer the following "
-                    "questions\n"
-                    "Notes: Suggestions are shown in square brackets [thus]\n"
-                    "       Just press Enter to accept suggestion.\n"
-                    "-------------------------------------------------------------------------"
-                    "------\n"
-                    "\nVersion? "
-                    "\nProduct Name [plover]? "
-                    "\nOperating System ? "
-                    "\nDo you want to change the default suggested directories [NO]? "
-                    "\nSuggested templates directory [/var/spool/kestrel]? "
-                    "\nSuggested image and wav file directory [/home/httpd/html/vlimg]? "
-                    "\nSuggested cgi path [/home/httpd/cgi-bin]? "
-                    "\nDo you want to change the default suggested .ini settings [NO]? "
-                    "\nSuggested domain name [example.com]? "
-                    "\nSuggested pop host [mail.varnel.example]? "
-                    "\nSuggested smtp host [mail.varnel.example]? "
-                    "\nDo you want to install/upgrade the <NULL> cgi [NO]? "
-                    "\nEnter file to store defaults in [gxdflt_UNIX.dat]? "
-                    "gxdflt.dat saved\n\n") +
-            pause);
+    const wizard_run made = run_wizard(host, {"-make"},
+                                       {{"Version", "3.2a"},
+                                        {"Product Name", "kestrel"},
+                                        {"Operating System", "UNIX"},
+                                        {"change the default suggested directories", "y"},
+                                        {"Suggested templates directory", "@/spool"},
+                                        {"Suggested image", "@/html/vlimg"},
+                                        {"Suggested cgi path", "@/cgi-bin"},
+                                        {"change the default suggested .ini", "y"},
+                                        {"Suggested domain name", "varnel.example"},
+                                        {"Enter file", "gxdflt"}});
+    expect_kept("screen", made.transcript);
     EXPECT_EQ(made.status, 0);
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
               std::string(started) + "Info:  gxdflt.dat saved\n");
-    EXPECT_EQ(shown_file(host, "dist/gxdflt.dat"), "# file written by gxsetup, version 3.0h\n"
-                                                   "# library: INI v1.3c\n"
-                                                   "\n"
-                                                   "# Lines starting with # are comments\n"
-                                                   "\n"
-                                                   "pophost mail.varnel.example\n"
-                                                   "smtphost mail.varnel.example\n"
-                                                   "domain varnel.example\n"
-                                                   "version 3.2a\n"
-                                                   "prod_name kestrel\n"
-                                                   "op_system UNIX\n"
-                                                   "cgi_path @/cgi-bin\n"
-                                                   "vlimg_dir @/html/vlimg\n"
-                                                   "templates @/spool\n"
-                                                   "wml FALSE\n");
+    expect_kept("gxdflt.dat", shown_file(host, "dist/gxdflt.dat"));
     // The install offers what the file says.
-    const wizard_run install = run_wizard(host, {}, "1\n\nq\n\n");
-    EXPECT_NE(install.transcript.find("[@/cgi-bin]? "), std::string::npos) << install.transcript;
+    const wizard_run install = run_wizard(host, {}, {{"Directory for templates", "q"}});
+    EXPECT_THAT(install.transcript, HasSubstr("[@/cgi-bin]? "));
 }
 
 TEST(Modes, MakeRefusesAnotherEnding) {
     const world host("kestrel");
     for (const char *argument : {"-make", "/make", "-MAKE", "/Make"}) {
-        const wizard_run run = run_wizard(host, {argument}, "1\n\nUNIX\n\n\n\nmine.txt\n\n");
-        EXPECT_TRUE(run.transcript.ends_with(
-            std::string("[gxdflt_UNIX.dat]? "
-                        "mine.txt not valid: gxsetup will only read .dat files\n") +
-            pause))
-            << argument << run.transcript;
+        const wizard_run run = run_wizard(
+            host, {argument},
+            {{"Version", "1"}, {"Operating System", "UNIX"}, {"Enter file", "mine.txt"}});
+        EXPECT_THAT(run.transcript,
+                    EndsWith("[gxdflt_UNIX.dat]? "
+                             "mine.txt not valid: gxsetup will only read .dat files\n" +
+                             std::string(pause)))
+            << argument;
         EXPECT_EQ(run.status, 0);
         EXPECT_FALSE(is_there("dist/mine.txt"));
     }

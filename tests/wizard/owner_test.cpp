@@ -4,12 +4,14 @@
 #include "support/wizard_run.h"
 #include "wizard/screens.h"
 
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 namespace {
 
-constexpr const char *questions = "1\n\n\n\n\n\n\n\n\n\n";
+using testing::EndsWith;
+using testing::HasSubstr;
 
 // A host where `path` reads as `content`; nobody outside the program sees it.
 class Owner : public testing::Test {
@@ -42,10 +44,14 @@ class Owner : public testing::Test {
 };
 
 TEST_F(Owner, IsAskedForUntilTheSystemKnowsTheName) {
-    const wizard_run run =
-        run_wizard(host, {}, std::string(questions) + "\nmissing\nweb\nno\nno\n\n",
-                   where("/etc/passwd", "root:x:0:0::/:/bin/sh\n"
-                                        "web:x:4141:4142::/:/bin/sh\n"));
+    const wizard_run run = run_wizard(host, {},
+                                      in_order({{"What username", ""},
+                                                {"What username", "missing"},
+                                                {"What username", "web"},
+                                                {"original templates", "no"},
+                                                {"temporary files", "no"}}),
+                                      where("/etc/passwd", "root:x:0:0::/:/bin/sh\n"
+                                                           "web:x:4141:4142::/:/bin/sh\n"));
     const std::string asked = "\nPlease wait while gxsetup installs kestrel\n"
                               "\n"
                               "User nobody is not in the passwd file. \n"
@@ -64,7 +70,7 @@ TEST_F(Owner, IsAskedForUntilTheSystemKnowsTheName) {
                               "[missing]? "
                               "\n"
                               "Copying template files";
-    EXPECT_NE(run.transcript.find(asked), std::string::npos) << run.transcript;
+    EXPECT_THAT(run.transcript, HasSubstr(asked));
     for (const char *path : {"spool/kestrel", "spool/kestrel/index.tpl", "html/vlimg",
                              "html/vlimg/logo.gif", "cgi-bin/kestrel.cgi", "cgi-bin/kestrel.ini"}) {
         EXPECT_EQ(owner_of(path), "4141:4142") << path;
@@ -73,26 +79,23 @@ TEST_F(Owner, IsAskedForUntilTheSystemKnowsTheName) {
 
 TEST_F(Owner, QuestionCanBeQuitAndNothingIsCreated) {
     const wizard_run run =
-        run_wizard(host, {}, questions, where("/etc/passwd", "root:x:0:0::/:\n"));
-    EXPECT_TRUE(run.transcript.ends_with("[nobody]? " + quit_at_a_question)) << run.transcript;
+        run_wizard(host, {}, {{"What username", "q"}}, where("/etc/passwd", "root:x:0:0::/:\n"));
+    EXPECT_THAT(run.transcript, EndsWith("[nobody]? " + quit_at_a_question));
     EXPECT_EQ(run.status, 0);
     EXPECT_FALSE(is_there("spool/kestrel"));
 }
 
 TEST_F(Owner, LongNameIsNoHarm) {
-    const wizard_run run =
-        run_wizard(host, {}, std::string(questions) + std::string(511, 'u') + "\nq\n",
-                   where("/etc/passwd", "root:x:0:0::/:\n"));
-    EXPECT_NE(
-        run.transcript.find("\nUser " + std::string(511, 'u') + " is not in the passwd file. \n"),
-        std::string::npos)
-        << run.transcript;
+    const wizard_run run = run_wizard(
+        host, {}, in_order({{"What username", std::string(511, 'u')}, {"What username", "q"}}),
+        where("/etc/passwd", "root:x:0:0::/:\n"));
+    EXPECT_THAT(run.transcript,
+                HasSubstr("\nUser " + std::string(511, 'u') + " is not in the passwd file. \n"));
     EXPECT_EQ(run.status, 0);
 }
 
 TEST_F(Owner, GroupNobodyIsTakenWhereverItExists) {
-    run_wizard(host, {}, std::string(questions) + "no\nno\n\n",
-               where("/etc/group", "root:x:0:\nnobody:x:4343:\n"));
+    run_wizard(host, {}, no_to_both, where("/etc/group", "root:x:0:\nnobody:x:4343:\n"));
     struct stat entry {};
     ASSERT_EQ(::stat("spool/kestrel/index.tpl", &entry), 0);
     EXPECT_EQ(entry.st_gid, 4343U);

@@ -12,9 +12,6 @@
 
 namespace {
 
-const std::string rule =
-    "\n-------------------------------------------------------------------------------\n";
-
 // No answer is an empty line, so that no built-in directory is ever taken; no originals, the
 // unpacked files stay.
 const session_script flat_install = {
@@ -39,7 +36,7 @@ void leave_one_template(const world & /*host*/) {
 }
 
 void install(const world &host) {
-    EXPECT_EQ(run_wizard(host, flat_install.arguments, flat_install.answers).status, 0);
+    EXPECT_EQ(run_wizard(host, flat_install.arguments, typed(flat_install.answers)).status, 0);
 }
 
 system_call find_call(const std::string &product, host_maker make, const session_script &script,

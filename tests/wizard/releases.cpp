@@ -1,5 +1,7 @@
 #include "wizard/releases.h"
 
+#include "wizard/screens.h"
+
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -60,9 +62,12 @@ void add_templates(const world &host, const std::string &directory,
     std::filesystem::create_directories(directory);
     for (const stamped_template &one : templates) {
         add_file("stamps/" + one.name, one.text + "\n");
-        const wizard_run run = run_wizard(
-            host, {"-header"}, "@/stamps\n" + one.set + "\n" + one.version + "\n@/stamps\n\n",
-            {.directory = "stamps"});
+        const wizard_run run = run_wizard(host, {"-header"},
+                                          in_order({{"templates [", "@/stamps"},
+                                                    {"templates set[", one.set},
+                                                    {"templates version[", one.version},
+                                                    {"templates [", "@/stamps"}}),
+                                          {.directory = "stamps"});
         EXPECT_EQ(run.status, 0) << run.transcript;
         std::filesystem::rename("stamps/" + one.name, directory + "/" + one.name);
         std::filesystem::remove_all("stamps");
@@ -108,13 +113,10 @@ void unpack_32(const world &host) {
     }
 }
 
-void install_31_and_unpack_32(const world &host, std::string_view wml) {
+void install_31_and_unpack_32(const world &host, const std::string &wml) {
     unpack_31(host);
-    const std::string offers = "\n\nno\nyes\n\n";
-    const std::string answers = has_sets(host)
-                                    ? "1\n\n\n\n\n@/html/vlimg\n\n\n\n\n\n" + std::string(wml)
-                                    : "1\n\n\n\n\n\n\n\n" + std::string(wml);
-    const wizard_run run = run_wizard(host, {}, answers + offers);
+    const console_script answers = {{"merlin cgi", wml}, {"original templates", "no"}};
+    const wizard_run run = run_wizard(host, {}, has_sets(host) ? images_here + answers : answers);
     EXPECT_TRUE(
         run.transcript.ends_with("install successful\n\n.\nPlease press enter to quit...\n"))
         << run.transcript;

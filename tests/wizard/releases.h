@@ -48,4 +48,13 @@ void unpack_32(const world &host);
 
 // Installs 3.1 (with the WML part when `wml` is "yes") without originals, the unpacked files being
 // deleted, edits edited.tpl, or index.tpl of the set "marble", by hand and unpacks 3.2.
-void install_31_and_unpack_32(const world &host, std::string_view wml = "no");
+void install_31_and_unpack_32(const world &host, const std::string &wml = "no");
+
+// A world in which that has been done.
+class upgrade_world : public world {
+  public:
+    explicit upgrade_world(std::string product, const std::string &wml = "no")
+        : world(std::move(product)) {
+        install_31_and_unpack_32(*this, wml);
+    }
+};

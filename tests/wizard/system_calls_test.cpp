@@ -262,7 +262,7 @@ class RefusedCall : public testing::TestWithParam<flow> {
         whole_ = {before_, state_of(all_directories)};
         for (const session_script &part : GetParam().parts) {
             restore();
-            run_wizard(host_, part.arguments, part.answers);
+            run_wizard(host_, part.arguments, typed(part.answers));
             whole_.push_back(state_of(all_directories));
         }
     }

@@ -5,13 +5,15 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string>
 #include <unistd.h>
 
 void print(const char *format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    vformat_file(stdout, format, arguments);
+    const std::string text = vformatted(format, arguments);
     va_end(arguments);
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 void print_dot() {

@@ -1,7 +1,6 @@
-// The one bounded printf of the program: console, log, paths and files are all formatted here.
-// It knows %s, %d, %i, %u, %x, %c and %% with the flags '-' and '0' and a width, %s with a
-// precision too; a null argument for %s prints <NULL>. Formatting never fails and never overruns:
-// what does not fit is cut.
+// The program's printf: console, log, paths and files are all formatted here. It knows %s, %d, %i,
+// %u, %x, %c and %% with a width and the flag "-", and %s with a precision. A null argument for %s
+// prints <NULL>; any other conversion stands as it is. Formatting never fails.
 #pragma once
 
 #include <cstdarg>
@@ -15,18 +14,16 @@
 // A printf-style receiver of messages, as lists and stores take them.
 using message_function = int (*)(const char *format, ...);
 
-// Formats into `out` (out.size() bytes, the terminating NUL included); always terminates unless
-// `out` is empty. Gives the length of the whole text, so a result of out.size() or more says that
-// the text was cut (the rule of snprintf, ISO C 7.21.6.5).
-[[gnu::format(printf, 2, 3)]] std::size_t format_text(std::span<char> out, const char *format, ...);
-std::size_t vformat_text(std::span<char> out, const char *format, std::va_list arguments);
+// What is made of a text argument before it is put in.
+using text_filter = std::string (*)(std::string_view text);
 
-// Formats a text of whatever length it has.
+// Return the formatted text, whatever its length. With a filter, each %s goes through it after its
+// precision has cut it.
 [[gnu::format(printf, 1, 2)]] std::string formatted(const char *format, ...);
+std::string vformatted(const char *format, std::va_list arguments, text_filter filter = nullptr);
 
-// Formats into a stream. False when the stream did not take everything.
+// Formats into a stream. False if the stream did not take everything.
 [[gnu::format(printf, 2, 3)]] bool format_file(std::FILE *file, const char *format, ...);
-bool vformat_file(std::FILE *file, const char *format, std::va_list arguments);
 
 // Reads an already formatted text as a format once more, with no arguments left: %% becomes %, %s
 // reads as <NULL>, %d, %i, %u and %x as 0, %c as nothing (flags, width and precision before them
@@ -45,6 +42,7 @@ class bounded_text {
 
     bounded_text() = default;
     explicit bounded_text(const char *text) { assign(text); }
+    explicit bounded_text(std::string_view text) { assign(text); }
 
     // A null text gives "".
     bounded_text &assign(const char *text) {
@@ -78,8 +76,7 @@ class bounded_text {
     }
 
     bounded_text &vformat(const char *format, std::va_list arguments) {
-        cut_ = vformat_text(buffer_, format, arguments) > capacity;
-        return *this;
+        return assign(vformatted(format, arguments));
     }
 
     [[nodiscard]] const char *c_str() const { return buffer_; }

@@ -6,8 +6,8 @@
 
 namespace {
 
-// False for a null list. A list that was never initialised ends the program: it is a programming
-// fault, not a condition of the run.
+// Returns false for a null list. Ends the program if the list was never initialised: that is a
+// fault of the program, and going on would follow wild pointers.
 bool is_usable(LINK_LIST *list) {
     if (list == nullptr) {
         return false;
@@ -20,20 +20,39 @@ bool is_usable(LINK_LIST *list) {
     return true;
 }
 
+// Makes `node` follow `pre`; without one it is the first of the list.
+void set_next(LINK_LIST *list, list_struct *pre, list_struct *node) {
+    if (pre != nullptr) {
+        pre->post = node;
+    } else {
+        list->first = node;
+    }
+}
+
+// Makes `node` precede `post`; without one it is the last of the list.
+void set_previous(LINK_LIST *list, list_struct *post, list_struct *node) {
+    if (post != nullptr) {
+        post->pre = node;
+    } else {
+        list->last = node;
+    }
+}
+
 // Puts `item` between two neighbours, either of which may be missing.
 bool link(LINK_LIST *list, list_struct *pre, void *item, list_struct *post) {
-    auto *node = new (std::nothrow) list_struct{pre, item, post};
+    auto *node = new (std::nothrow) list_struct;
     if (node == nullptr) {
         list_emsg(list, "Error - add item to list failed\n");
         return false;
     }
-    (pre != nullptr ? pre->post : list->first) = node;
-    (post != nullptr ? post->pre : list->last) = node;
+    *node = {pre, item, post};
+    set_next(list, pre, node);
+    set_previous(list, post, node);
     list->num++;
     return true;
 }
 
-// Empties the header.
+// Makes the header that of an empty list.
 void reset(LINK_LIST *list) {
     list->num = 0;
     list->first = nullptr;
@@ -41,22 +60,12 @@ void reset(LINK_LIST *list) {
     list->last = nullptr;
 }
 
-// Frees a node whose neighbours no longer need it; gives its item.
+// Frees a node that is linked to no more. Returns its item.
 void *release(LINK_LIST *list, list_struct *node) {
     void *item = node->item;
     delete node;
     list->num--;
     return item;
-}
-
-// Frees what nodes a clearing left behind: it stops at a null item.
-void drop_nodes(LINK_LIST *list) {
-    for (list_struct *node = list->first; node != nullptr;) {
-        list_struct *next = node->post;
-        delete node;
-        node = next;
-    }
-    reset(list);
 }
 
 } // namespace
@@ -183,6 +192,7 @@ void *list_remove(LINK_LIST *list) {
     if (!is_usable(list)) {
         return nullptr;
     }
+    // Required: with the cursor on the first node or past the end the last node goes.
     list_struct *node = list->current != nullptr ? list->current->pre : nullptr;
     if (node == nullptr) {
         node = list->last;
@@ -190,9 +200,8 @@ void *list_remove(LINK_LIST *list) {
     if (node == nullptr) {
         return nullptr;
     }
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): no freed node is linked in
-    (node->pre != nullptr ? node->pre->post : list->first) = node->post;
-    (node->post != nullptr ? node->post->pre : list->last) = node->pre;
+    set_next(list, node->pre, node->post);
+    set_previous(list, node->post, node->pre);
     list->current = node->post;
     return release(list, node);
 }
@@ -218,10 +227,11 @@ void *list_remove_next(LINK_LIST *list) {
     if (node == nullptr) {
         return nullptr;
     }
+    // Required: neither the start of the list nor the cursor moves.
     if (node->pre != nullptr) {
         node->pre->post = node->post;
     }
-    (node->post != nullptr ? node->post->pre : list->last) = node->pre;
+    set_previous(list, node->post, node->pre);
     return release(list, node);
 }
 
@@ -229,9 +239,12 @@ int list_clear(LINK_LIST *list) {
     if (!is_usable(list)) {
         return 0;
     }
-    while (list_remove(list) != nullptr) {
+    for (list_struct *node = list->first; node != nullptr;) {
+        list_struct *next = node->post;
+        delete node;
+        node = next;
     }
-    drop_nodes(list);
+    reset(list);
     return 1;
 }
 
@@ -239,12 +252,12 @@ int list_clear_dealloc(LINK_LIST *list) {
     if (!is_usable(list)) {
         return 0;
     }
-    list_start(list);
-    while (void *item = list_remove(list)) {
-        std::free(item);
+    // Required: from the tail, and no further than a null item.
+    for (const list_struct *node = list->last; node != nullptr && node->item != nullptr;
+         node = node->pre) {
+        std::free(node->item);
     }
-    drop_nodes(list);
-    return 1;
+    return list_clear(list);
 }
 
 int list_num(LINK_LIST *list) {
@@ -276,6 +289,7 @@ int list_emsg(LINK_LIST *list, const char *format, ...) {
         bounded_text<1024> message;
         message.vformat(whole_format.c_str(), arguments);
         va_end(arguments);
+        // The receiver reads the message as a format.
         list->emsg(double_percents(message.view()).c_str());
     }
     return 1;

@@ -1,13 +1,12 @@
 // LINK_LIST, the program's one container: a doubly linked list of untyped items with a cursor. The
 // settings store keeps its values in one; template sets and scrolling messages are gathered in
-// others.
+// others. A loop over a list calls list_start, then list_get until it returns null.
 //
-// The caller provides the header's storage. The list owns its nodes, never its items: `list_clear`
-// leaves the items alone, `list_clear_dealloc` frees them (free, ISO C 7.22.3.3).
+// The caller provides the header. The list owns its nodes, never its items: list_clear leaves them
+// alone, list_clear_dealloc frees them (free, ISO C 7.22.3.3).
 //
-// Typical use: list_start, then list_get until it gives null. A null list gives 0 (or a null item)
-// and nothing happens. A list that was never initialised is a fault of the program: the system's
-// error report says so and the process ends with status 1.
+// Every procedure returns 0 or null for a null list. For a list that was never initialised it
+// prints the system's error report and ends the process with status 1.
 #pragma once
 
 #include "core/format.h"
@@ -29,68 +28,75 @@ struct LINK_LIST {
 
 inline constexpr int list_init_value = 32000;
 
-// Makes `list` an empty list. `emsg` may be null. 1, or 0 for a null list.
+// Makes `list` an empty list. `emsg` may be null. Returns 1.
 int list_init(LINK_LIST *list, message_function emsg);
 
 // --- The cursor ---
 
-// To the first node; past the end (from where list_back reaches the last node). Give 1.
+// Move the cursor to the first node, and past the end (from where list_back reaches the last node).
+// Return 1.
 int list_start(LINK_LIST *list);
 int list_last(LINK_LIST *list);
 
-// One step; from past the end to the first or the last node. 1 when the cursor is on a node
-// afterwards, else -1.
-int list_forward(LINK_LIST *list);
-int list_back(LINK_LIST *list);
-
-// n steps; -1 as soon as one step gives -1, else 1 (also for no steps).
+// Moves n nodes forward; from past the end the first step reaches the first node. Stops and returns
+// -1 at a step that leaves the list, else returns 1.
 int list_forward_num(LINK_LIST *list, int n);
-int list_back_num(LINK_LIST *list, int n);
 
-// The item under the cursor, null past the end; the cursor then moves on (or back) by one.
+// Returns the item under the cursor, null past the end, and moves the cursor on by one.
 void *list_get(LINK_LIST *list);
-void *list_get_back(LINK_LIST *list);
-
-// The item at position `id`, counted from 0: null behind the last, the first for a negative id.
-// The cursor ends behind it.
-void *list_get_num(LINK_LIST *list, int id);
-
-// Non-zero when `item` is the item of the last or first node; 0 for an empty list.
-int list_is_last(LINK_LIST *list, const void *item);
-int list_is_first(LINK_LIST *list, const void *item);
 
 // --- Items ---
 
-// Appends; the cursor stays. 1, or 0 for a null item or when no node can be had, which is
-// reported as an error.
+// Appends; the cursor stays. Returns 1, or 0 for a null item or, with an error message, if memory
+// runs out.
 int list_add(LINK_LIST *list, void *item);
 
-// Inserts before the node under the cursor, which stays there; past the end it is list_add. 1, or
-// 0 when no node can be had.
+// Inserts before the node under the cursor, which stays there; past the end it is list_add. Returns
+// 1, or 0 if memory runs out.
 int list_add_current(LINK_LIST *list, void *item);
 
-// Takes out the item that the last list_get gave: the node before the cursor, or the last node when
-// the cursor is on the first node or past the end (so right after list_start the last item goes).
-// The cursor ends behind it. Gives the item, null when there was none.
+// Takes out the item that the last list_get returned: the node before the cursor, or the last node
+// if the cursor is on the first or past the end (so right after list_start the last item goes).
+// The cursor ends on the node after it. Returns the item, null if the list is empty.
 void *list_remove(LINK_LIST *list);
 
 // Takes out the item at position `id`; any id outside the list takes the last item.
 void *list_remove_num(LINK_LIST *list, int id);
 
-// Takes out the node under the cursor, or the last. Neither `first` nor `current` is brought up to
-// date: call list_start before anything else, and never use it on the first node.
-void *list_remove_next(LINK_LIST *list);
-
-// Empty the list, without and with freeing the items. Give 1.
+// Empty the list, without and with freeing the items. Return 1.
 int list_clear(LINK_LIST *list);
 int list_clear_dealloc(LINK_LIST *list);
 
 int list_num(LINK_LIST *list);
 
-// Appends every item of `list2` (the pointers, not copies) to `list`. The new number of items, 0
-// when an append fails.
+// Appends every item of `list2` (the pointers, not copies) to `list`. Returns the new number of
+// items, 0 if an append fails.
 int list_list(LINK_LIST *list, LINK_LIST *list2);
 
-// Hands "LIST: " and the formatted message to the list's error receiver, if it has one. 1, or 0 for
-// a null list.
+// Hands "LIST: " and the formatted message to the list's error receiver, if it has one. Returns 1.
 [[gnu::format(printf, 2, 3)]] int list_emsg(LINK_LIST *list, const char *format, ...);
+
+// --- Part of the fixed interface; the program itself does not call these ---
+
+// Move one node; from past the end to the first or the last. Return 1 if the cursor is on a node
+// afterwards, else -1.
+int list_forward(LINK_LIST *list);
+int list_back(LINK_LIST *list);
+
+// list_forward_num the other way.
+int list_back_num(LINK_LIST *list, int n);
+
+// Returns the item under the cursor and moves the cursor back by one.
+void *list_get_back(LINK_LIST *list);
+
+// Returns the item at position `id`, counted from 0: null after the last, the first for a negative
+// id. The cursor ends on the node after it.
+void *list_get_num(LINK_LIST *list, int id);
+
+// Return 1 if `item` is the item of the last or first node, else 0.
+int list_is_last(LINK_LIST *list, const void *item);
+int list_is_first(LINK_LIST *list, const void *item);
+
+// Takes out the node under the cursor, or the last. Neither `first` nor `current` is brought up to
+// date: call list_start before anything else, and never use it on the first node.
+void *list_remove_next(LINK_LIST *list);

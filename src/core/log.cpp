@@ -194,7 +194,7 @@ int logit(const char *output, std::size_t len) {
 }
 
 int rotate_logs() {
-    // What a rotation has to say never starts the next one.
+    // Messages logged during a rotation do not rotate.
     state.rotating = true;
     bool ok = true;
 

@@ -22,16 +22,22 @@ int byte_of(char character) {
     return static_cast<unsigned char>(character);
 }
 
-template <class Fold>
-int compare_counted(const char *a, const char *b, std::size_t n, Fold fold) {
-    int difference = 0;
-    for (; n > 0 && difference == 0 && *a != '\0' && *b != '\0'; a++, b++, n--) {
-        difference = fold(*a) - fold(*b);
+// A text that ends, or differs, before the n-th character compares as 1, whichever is the greater:
+// callers test prefixes with it.
+int compare_counted(const char *a, const char *b, std::size_t n, int (*fold)(char)) {
+    for (; n > 0; a++, b++, n--) {
+        if (*a == '\0' || *b == '\0') {
+            return 1;
+        }
+        if (const int difference = fold(*a) - fold(*b); difference != 0) {
+            return n == 1 ? difference : 1;
+        }
     }
-    return n > 0 ? 1 : difference;
+    return 0;
 }
 
-// Sorts the records from lb to ub into two segments around the middle one; gives its place.
+// Moves the records from lb to ub that are smaller than the middle one before it and the greater
+// ones behind it. Returns its place.
 char *part_segment(char *lb, char *ub, std::size_t size,
                    int (*compar)(const void *, const void *)) {
     const std::size_t records = static_cast<std::size_t>(ub - lb) / size;
@@ -151,9 +157,8 @@ char *strlwr(char *text) {
     return text;
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): callers hand over a text of their own to cut
-int s_strtrm(char *text) {
-    // The scan for trailing blanks starts at the terminating NUL, which is none: nothing is cut.
+int s_strtrm(const char *text) {
+    // Required: the scan for trailing blanks starts at the NUL, which is none; nothing is cut.
     return text != nullptr ? 1 : 0;
 }
 
@@ -275,7 +280,7 @@ void myqsort(void *base, std::size_t nmemb, std::size_t size,
         char *lower;
         char *upper;
     };
-    // Going on with the shorter segment keeps the stack below 32 for any count of 32 bits.
+    // The shorter segment is sorted first, so 32 waiting ones are enough for any 32-bit count.
     std::array<range, 32> stack{};
     std::size_t depth = 0;
 

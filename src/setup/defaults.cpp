@@ -78,7 +78,7 @@ void ask_hosts(bool is_imap) {
         set_answer(answers(), D_POPHOST, question(I_SPOP_Q, suggestion.c_str()));
     }
     path_text pop_host(ini_value_num(answers(), D_POPHOST));
-    set_answer(answers(), D_POPHOST, s_strlwr(pop_host.data()));
+    set_answer(answers(), D_POPHOST, strlwr(pop_host.data()));
     if (pop_host.view().starts_with("pop")) {
         suggestion.format("smtp.%s", domain);
     }

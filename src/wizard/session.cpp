@@ -84,7 +84,7 @@ void ask_product() {
     while (true) {
         path_text reply(question(I_PROD2_Q, "plover"));
         set_answer(answers(), D_PROD_NAME, reply.c_str());
-        replace_answer(answers(), D_PROD_NAME, s_strlwr(reply.data()));
+        replace_answer(answers(), D_PROD_NAME, strlwr(reply.data()));
         if (find_product(reply.c_str()) != nullptr) {
             return;
         }

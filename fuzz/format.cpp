@@ -4,6 +4,7 @@
 // arguments says what it says, whatever it holds.
 #include "support.h"
 
+#include "core/console.h"
 #include "core/format.h"
 
 #include <cstdio>
@@ -77,6 +78,10 @@ void check_text(const std::string &text) {
     const std::string read = format_without_arguments(text);
     require(text.find('%') != std::string::npos || read == text, "a text without % stays");
     require(read.size() <= text.size() * 3, "a conversion says at most <NULL>");
+
+    const std::string shown = without_controls(text);
+    require(shown.find_first_of("\x1b\x7f\n\r") == std::string::npos, "no control stays");
+    require(without_controls(shown) == shown, "what is shown once is shown again");
 
     const path_text cut(text.c_str());
     const std::string whole(text.c_str());

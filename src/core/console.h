@@ -4,13 +4,28 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
+#include <string_view>
 
 // The line of 79 dashes that sets the parts of the dialogue apart.
 inline constexpr const char *dashed_rule =
     "-------------------------------------------------------------------------------";
 
-// Prints to the console.
+// Prints to the console. The format is the program's own words; a text that is put in (%s) may come
+// from anywhere, so that it is printed as_shown.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
+
+// Prints a text whose line feeds and tabs are its layout: a text of several lines that is the
+// program's own or has gone through as_shown, or one of the distribution.
+void print_lines(std::string_view text);
+
+// Returns a name, answer or other text from outside as the console shows it: without_controls at a
+// terminal, as it is anywhere else.
+std::string as_shown(std::string_view text);
+
+// Returns the text with a "?" for each control character but those in `kept`: nothing in it can
+// hide, move or rewrite what a terminal shows. What is valid UTF-8 and no control character stays.
+std::string without_controls(std::string_view text, std::string_view kept = "");
 
 // Prints the "." that stands for one file copied or removed. Flushed at once at a terminal.
 void print_dot();

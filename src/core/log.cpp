@@ -96,6 +96,16 @@ path_text generation(int number) {
                        : path.format("%s%c%s%d.log", ".", '/', state.logname.c_str(), number);
 }
 
+// Prints a message and a line feed. Returns the message for the log, which takes what is put in as
+// it is.
+std::string print_message(const char *msg, std::va_list arguments) {
+    const path_text shown(vformatted(msg, arguments, as_shown));
+    print_lines(shown.view());
+    print("\n");
+    const path_text logged(vformatted(msg, arguments));
+    return format_without_arguments(logged.view());
+}
+
 } // namespace
 
 int inilog(const char *path, const char *s) {
@@ -223,19 +233,14 @@ int rotate_logs() {
 void print_emsg(const char *msg, ...) {
     std::va_list arguments;
     va_start(arguments, msg);
-    path_text text;
-    text.vformat(msg, arguments);
+    print("Error: ");
+    emsg("%s", print_message(msg, arguments).c_str());
     va_end(arguments);
-    print("Error: %s\n", text.c_str());
-    emsg("%s", format_without_arguments(text.view()).c_str());
 }
 
 void print_imsg(const char *msg, ...) {
     std::va_list arguments;
     va_start(arguments, msg);
-    path_text text;
-    text.vformat(msg, arguments);
+    imsg("%s", print_message(msg, arguments).c_str());
     va_end(arguments);
-    print("%s\n", text.c_str());
-    imsg("%s", format_without_arguments(text.view()).c_str());
 }

@@ -102,7 +102,9 @@ int help(const char *label) {
         print_emsg("Help file not found\n");
         return 0;
     }
-    print("\n%s\n", help_get(&topics, label));
+    print("\n");
+    print_lines(help_get(&topics, label));
+    print("\n");
     print("For more information, e-mail: %s\n", support_email.c_str());
     help_clear(&topics);
     return 1;

@@ -51,12 +51,20 @@ bool may_be_empty(question_number quest_num) {
     return quest_num == C_SCRMESS_Q || quest_num == C_SCRURL_Q || quest_num == C_BODY_ADD_Q;
 }
 
+// Line feeds belong to the notes, and to no name or answer.
+std::string shown_argument(std::string_view text) {
+    const bool is_note = text == keeps_templates_note || text == keeps_users_note;
+    return is_note ? std::string(text) : as_shown(text);
+}
+
 // Shows the prompt and reads the reply, an empty one giving way to what is offered.
 void read_reply(const asked_question &asked) {
+    print("\n");
+    print_lines(asked.text);
     if (*asked.offered == '\0') {
-        print("\n%s? ", asked.text);
+        print("? ");
     } else {
-        print("\n%s[%s]? ", asked.text, asked.offered);
+        print("[%s]? ", asked.offered);
     }
     if (!answers_from().read_reply(asked, reply.buffer())) {
         answers_from().quit();
@@ -93,10 +101,9 @@ bool accept_directory(int dir_action) {
 
 const char *question(question_number quest_num, const char *dflt, ...) {
     const QUESTIONS &row = quest_pool[static_cast<std::size_t>(quest_num)];
-    path_text text;
     std::va_list arguments;
     va_start(arguments, dflt);
-    text.vformat(row.ask, arguments);
+    const path_text text(vformatted(row.ask, arguments, shown_argument));
     va_end(arguments);
     const path_text offered = prepare_default(dflt);
     const asked_question asked = {row, text.c_str(), offered.c_str(), is_yes_or_no(offered)};

@@ -6,6 +6,12 @@
 
 #include "dialogue/questions.h"
 
+// What the text of a question may end with, given as its last argument.
+inline constexpr const char *keeps_templates_note =
+    "\n(This will not overwrite any templates already in this directory) ";
+inline constexpr const char *keeps_users_note =
+    "\n(This will not include any user information directories) ";
+
 // Asks question `quest_num` until its answer is accepted.
 //
 // `dflt` is the suggested answer; null or "" means none. TRUE and FALSE are shown as YES and NO and

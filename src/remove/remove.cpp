@@ -119,7 +119,7 @@ const char *users_note(const setup_job &job) {
     const char *templates = job.answer(D_TEMPLATES);
     const bool are_kept = job.answer(D_DEL_USERS) == nullptr &&
                           s_strncmp(job.answer(D_WORKAREA), templates, s_strlen(templates)) == 0;
-    return are_kept ? "\n(This will not include any user information directories) " : "";
+    return are_kept ? keeps_users_note : "";
 }
 
 void remove_templates(setup_job &job) {

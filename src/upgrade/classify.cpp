@@ -74,7 +74,8 @@ bool is_in(const TMPLT_INFO &entry, int category) {
 
 void print_section(const section &shown, std::span<const TMPLT_INFO> templates) {
     bool is_empty = true;
-    print("\n%s\n%s", rule_of_77, shown.title);
+    print("\n%s\n", rule_of_77);
+    print_lines(shown.title);
     for (const TMPLT_INFO &entry : templates) {
         if (is_in(entry, shown.category)) {
             print("%-14.14s     Current template set: %s version %s\n", entry.name.c_str(),

@@ -114,10 +114,7 @@ void print_advice() {
 // Offers a copy of the distribution's templates. Returns false if its directory could not be
 // created.
 bool offer_originals(const setup_job &job, int overwrite) {
-    const char *note = overwrite != 0
-                           ? ""
-                           : "\n(This will not overwrite any templates already in this directory) ";
-    if (!wants_originals(job, note)) {
+    if (!wants_originals(job, overwrite != 0 ? "" : keeps_templates_note)) {
         return true;
     }
     const std::string originals = job.below_install_dir("originals");

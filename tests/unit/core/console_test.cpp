@@ -11,6 +11,44 @@ TEST(Print, ShowsTheFormattedTextHoweverLong) {
     EXPECT_EQ(console_of([&] { print("%s %d\n", text.c_str(), 7); }), text + " 7\n");
 }
 
+TEST(PrintLines, ShowsATextAsItIs) {
+    EXPECT_EQ(console_of([] { print_lines("100%\n\ttext\n"); }), "100%\n\ttext\n");
+}
+
+TEST(WithoutControls, EachControlCharacterOfAsciiIsAQuestionMark) {
+    using namespace std::string_literals;
+    EXPECT_EQ(without_controls("a\x1b[2Jb\r\n\t\x7f"), "a?[2Jb????");
+    EXPECT_EQ(without_controls("\0\x01\x1f ~"s), "??? ~");
+    EXPECT_EQ(without_controls(""), "");
+}
+
+TEST(WithoutControls, SoIsEachBehindThemInUtf8AndAsASingleByte) {
+    EXPECT_EQ(without_controls("\xC2\x80|\xC2\x9B|\xC2\x9F"), "?|?|?");
+    EXPECT_EQ(without_controls("\x80|\x9B|\x9F"), "?|?|?");
+}
+
+TEST(WithoutControls, Utf8Stays) {
+    const std::string text = "\xC2\xA0 \xC3\x9B \xDF\xBF \xE0\xA0\x80 \xE2\x82\xAC "
+                             "\xED\x9F\xBF \xEE\x80\x80 \xF0\x90\x80\x9B \xF4\x8F\xBF\xBF";
+    EXPECT_EQ(without_controls(text), text);
+}
+
+// Too long a form of a control character, surrogates, too large a number, a sequence cut short.
+TEST(WithoutControls, BytesOfNoSequenceCountOneByOne) {
+    EXPECT_EQ(without_controls("\xC0\x9B"), "\xC0?");
+    EXPECT_EQ(without_controls("\xE0\x80\x9B"), "\xE0??");
+    EXPECT_EQ(without_controls("\xED\xA0\x80"), "\xED\xA0?");
+    EXPECT_EQ(without_controls("\xF4\x90\x80\x80"), "\xF4???");
+    EXPECT_EQ(without_controls("\xE2\x9B"), "\xE2?");
+    EXPECT_EQ(without_controls("\xF0\x9F\x98"), "\xF0??");
+    EXPECT_EQ(without_controls("\xE2\x9B\x1b"), "\xE2??");
+    EXPECT_EQ(without_controls("caf\xE9"), "caf\xE9");
+}
+
+TEST(WithoutControls, WhatIsKeptStays) {
+    EXPECT_EQ(without_controls("a\n\tb\r\x1b", "\n\t"), "a\n\tb??");
+}
+
 TEST(PrintDot, ShowsOneDot) {
     EXPECT_EQ(console_of([] { print_dot(); }), ".");
 }

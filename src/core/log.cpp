@@ -188,6 +188,7 @@ int filemsg(const char *format, ...) {
 }
 
 int logit(const char *output, std::size_t len) {
+    // Required: the limit is tested without the time stamp, which the count includes.
     if (state.logged_bytes + len > rotation_limit && !state.rotating) {
         rotate_logs();
     }
@@ -204,7 +205,8 @@ int logit(const char *output, std::size_t len) {
 }
 
 int rotate_logs() {
-    // Messages logged during a rotation do not rotate.
+    // Messages logged during a rotation do not rotate. Required: it happens in the current
+    // directory, wherever the log was opened.
     state.rotating = true;
     bool ok = true;
 

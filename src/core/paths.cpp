@@ -101,6 +101,7 @@ char *attach_path(const char *work_path, const char *file) {
     } else if (name.starts_with('/')) {
         directory.assign(directory.view().substr(0, directory.view().size() - 1));
     }
+    // Required: a name like x:name follows the directory without a "/".
     if (name.size() > 1 && name[1] == ':') {
         directory.assign(directory.view().substr(0, directory.view().size() - 1));
     }
@@ -125,6 +126,7 @@ char *strip_ext(const char *in) {
     result.assign(in);
     const std::string_view text = result.view();
     const std::size_t dot = text.rfind('.');
+    // Required: the dot of a directory counts too, and "..", "a." and "a.." keep theirs.
     if (dot != std::string_view::npos) {
         const bool is_final = dot + 1 == text.size();
         if (!is_final || (dot > 1 && text[dot - 1] != '.')) {

@@ -33,20 +33,16 @@ const char *clean_up_root(const char *text);
 // Returns what follows the last "/" of `path`; `path` itself if it holds none.
 const char *strip_directory(const char *path);
 
-// Return a copy of `path` (511 characters at most) without one trailing "/", and with one "/" at
-// its end. Null counts as
-// "".
+// Returns a copy of `path`, 511 characters at most, without one trailing "/". Null counts as "".
 char *rmv_end_sep(const char *path);
-char *add_end_sep(const char *path);
 
-// Returns what follows the last "/", without its extension if `rm_extend` is set.
+// Returns what follows the last "/", without its extension (strip_ext) if `rm_extend` is set.
 char *strip_path(const char *in, int rm_extend);
 
-// Cuts at the last "." of the whole text, directories included. A trailing dot is dropped unless it
-// is among the first two characters or follows another dot.
-char *strip_ext(const char *in);
-
 // --- Part of the fixed interface; the program itself does not call these ---
+
+// As rmv_end_sep, with one "/" at the end.
+char *add_end_sep(const char *path);
 
 // Keeps the letters, digits and . _ * - # : / @ % of `file`, turns a blank into "_" and drops the
 // rest. Looks at the first 511 characters at most.
@@ -58,6 +54,10 @@ char *attach_path(const char *work_path, const char *file);
 
 // Adds an extension, with a "." between if `ext` has none.
 char *attach_ext(const char *path_file, const char *ext);
+
+// Cuts at the last "." of the whole text, directories included. A trailing dot is dropped unless it
+// is among the first two characters or follows another dot.
+char *strip_ext(const char *in);
 
 // Returns the directory with its "/"; null if there is none.
 char *strip_filename(const char *in);

@@ -1,6 +1,7 @@
 // The words for what the system refuses, call by call; and what is left in place then. (That every
 // flow bears every call's failure is in system_calls_test.cpp.)
 
+#include "support/rows.h"
 #include "support/system_calls.h"
 #include "support/tree.h"
 #include "wizard/releases.h"
@@ -72,6 +73,9 @@ system_call find_call(host_maker make, const session_script &script, std::string
     return {};
 }
 
+struct refusal;
+struct stamping_refusal;
+
 class RefusedWords : public testing::Test {
   protected:
     void SetUp() override {
@@ -92,6 +96,10 @@ class RefusedWords : public testing::Test {
         EXPECT_EQ(refused.run.status, 0);
         return refused.run;
     }
+
+    // The tests of the rows below.
+    void check(const refusal &one);
+    void check(const stamping_refusal &one);
 
     const world host{"kestrel"};
 };
@@ -116,10 +124,6 @@ struct refusal {
     host_maker make = leave_as_unpacked;
 };
 
-void PrintTo(const refusal &shown, std::ostream *stream) {
-    *stream << shown.name;
-}
-
 std::string write_refused(const std::string &path, const std::string &reason) {
     return rule + "Error: Can't write to \"" + path + "\": " + reason + "\n\n";
 }
@@ -141,49 +145,48 @@ void add_old_ini(const world & /*host*/) {
 const std::string index_template = "0660 ./spool/kestrel/index.tpl \"index template\"\n";
 
 const std::vector<refusal> refusals = {
-    {"ASourceThatCannotBeLookedAt", "newfstatat", "\"./tpl/head.tpl\"", "EIO",
+    {"RefusedWords.ASourceThatCannotBeLookedAt", "newfstatat", "\"./tpl/head.tpl\"", "EIO",
      "Error: Can't copy ./tpl/head.tpl: Input/output error\n", "unsuccessful", index_template,
      "spool/kestrel/head.tpl"},
-    {"ASourceThatCannotBeOpened", "openat", "\"./tpl/head.tpl\"", "EMFILE",
+    {"RefusedWords.ASourceThatCannotBeOpened", "openat", "\"./tpl/head.tpl\"", "EMFILE",
      "Error: Can't copy ./tpl/head.tpl: Too many open files\n", "unsuccessful", index_template},
-    {"ASourceThatCannotBeRead", "read", "<@/dist/menu.js>", "EIO",
+    {"RefusedWords.ASourceThatCannotBeRead", "read", "<@/dist/menu.js>", "EIO",
      "Error: Can't copy menu.js: Input/output error\n"},
-    {"ADestinationThatCannotBeOpened", "openat", "\"@/spool/kestrel/head.tpl\"", "EDQUOT",
-     write_refused("@/spool/kestrel/head.tpl", "Disk quota exceeded")},
-    {"ADestinationThatCannotBeEmptied", "ftruncate", "<@/html/vlimg/logo.gif>", "EIO",
+    {"RefusedWords.ADestinationThatCannotBeOpened", "openat", "\"@/spool/kestrel/head.tpl\"",
+     "EDQUOT", write_refused("@/spool/kestrel/head.tpl", "Disk quota exceeded")},
+    {"RefusedWords.ADestinationThatCannotBeEmptied", "ftruncate", "<@/html/vlimg/logo.gif>", "EIO",
      write_refused("@/html/vlimg/logo.gif", "Input/output error"), "unsuccessful",
      "html/vlimg/logo.gif \"old picture\"", "", add_old_pictures},
-    {"ADestinationThatCannotBeWritten", "write", "<@/cgi-bin/kestrel.cgi>", "EDQUOT",
+    {"RefusedWords.ADestinationThatCannotBeWritten", "write", "<@/cgi-bin/kestrel.cgi>", "EDQUOT",
      program_failed("Disk quota exceeded")},
-    {"ADestinationThatCannotBeClosed", "close", "<@/cgi-bin/kestrel.cgi>", "EIO",
+    {"RefusedWords.ADestinationThatCannotBeClosed", "close", "<@/cgi-bin/kestrel.cgi>", "EIO",
      program_failed("Input/output error")},
-    {"AModeThatCannotBeGivenToAProgramFailsNothing", "chmod", "\"@/cgi-bin/kestrel.cgi\"", "EPERM",
+    {"RefusedWords.AModeThatCannotBeGivenToAProgramFailsNothing", "chmod",
+     "\"@/cgi-bin/kestrel.cgi\"", "EPERM",
      "Error: @/cgi-bin/kestrel.cgi mode not changed, Operation not permitted\n", "successful"},
-    {"ADirectoryThatCannotBeMadeFailsTheCopiesIntoIt", "mkdir", "\"@/html/vlimg\"", "EROFS",
+    {"RefusedWords.ADirectoryThatCannotBeMadeFailsTheCopiesIntoIt", "mkdir", "\"@/html/vlimg\"",
+     "EROFS",
      "\nCopying VBS and JS files" +
          write_refused("@/html/vlimg/menu.vbs", "No such file or directory") +
          write_refused("@/html/vlimg/menu.js", "No such file or directory"),
      "unsuccessful", index_template},
-    {"AWorkingDirectoryThatCannotBeReadToItsEnd", "getdents64", "<@/dist>", "EIO",
+    {"RefusedWords.AWorkingDirectoryThatCannotBeReadToItsEnd", "getdents64", "<@/dist>", "EIO",
      "Could not read directory file: Input/output error\n", ""},
-    {"AnswersThatCannotBeWrittenOut", "write", "\"# file written by gxsetup", "ENOSPC",
+    {"RefusedWords.AnswersThatCannotBeWrittenOut", "write", "\"# file written by gxsetup", "ENOSPC",
      "Error: Can't write \"gxsetup.dat\": No space left on device\n", "", "", "dist/gxsetup.dat"},
-    {"AnswersThatCannotBePutInPlace", "rename", "\"gxsetup.dat\"", "EROFS",
+    {"RefusedWords.AnswersThatCannotBePutInPlace", "rename", "\"gxsetup.dat\"", "EROFS",
      "Error: INI: file {gxsetup.dat} could not be written: Read-only file system\n"
      "Error: Can't write \"gxsetup.dat\": Read-only file system\n",
      "", "", "dist/gxsetup.dat"},
-    {"AnIniThatCannotBeClosed", "close", "<@/cgi-bin/gxsetup.", "EDQUOT",
+    {"RefusedWords.AnIniThatCannotBeClosed", "close", "<@/cgi-bin/gxsetup.", "EDQUOT",
      "\nCreating kestrel.ini fileError: Can't write @/cgi-bin/kestrel.ini: Disk quota exceeded\n",
      "unsuccessful", "", "cgi-bin/kestrel.ini"},
-    {"AnIniWhoseModeCannotBeFoundOutStays", "newfstatat", "\"@/cgi-bin/kestrel.ini\"", "EIO",
-     "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
+    {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat", "\"@/cgi-bin/kestrel.ini\"",
+     "EIO", "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
      "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini},
 };
 
-class RefusedInstall : public RefusedWords, public testing::WithParamInterface<refusal> {};
-
-TEST_P(RefusedInstall, IsTold) {
-    const refusal &one = GetParam();
+void RefusedWords::check(const refusal &one) {
     const wizard_run run = refuse(one.make, flat_install, one.call, one.part, one.error);
     EXPECT_THAT(run.transcript + run.errors + shown_log(host, "dist/gxsetup.log"),
                 HasSubstr(one.shown));
@@ -192,7 +195,7 @@ TEST_P(RefusedInstall, IsTold) {
     EXPECT_TRUE(one.gone.empty() || !is_there(one.gone)) << one.gone;
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, RefusedInstall, testing::ValuesIn(refusals), name_of<refusal>);
+const int refusals_registered = register_rows<RefusedWords>(refusals);
 
 TEST_F(RefusedWords, AnOwnerThatCannotBeGivenIsNotToldAndFailsNothing) {
     const wizard_run run =
@@ -283,10 +286,6 @@ struct stamping_refusal {
     int passed_over = 0;
 };
 
-void PrintTo(const stamping_refusal &shown, std::ostream *stream) {
-    *stream << shown.name;
-}
-
 // What the log says when one step of stamping failed, and when its scratch file went then.
 std::string stamping_failed(const std::string &what, const std::string &reason) {
     return "Error: " + what + ", " + reason + "\nError: can't remove @/dist/tpl/temp.tpl, " +
@@ -294,30 +293,26 @@ std::string stamping_failed(const std::string &what, const std::string &reason) 
 }
 
 const std::vector<stamping_refusal> stamping_refusals = {
-    {"ATemplateThatCannotBeOpened", "openat", "\"@/dist/tpl/index.tpl\"", "EMFILE",
+    {"RefusedWords.ATemplateThatCannotBeOpened", "openat", "\"@/dist/tpl/index.tpl\"", "EMFILE",
      "Error: can't open @/dist/tpl/index.tpl, Too many open files\n"
      "Error: Can't open @/dist/tpl/index.tpl, Too many open files\n"},
-    {"ATemplateThatCannotBeRead", "read", "<@/dist/tpl/index.tpl>", "EIO",
+    {"RefusedWords.ATemplateThatCannotBeRead", "read", "<@/dist/tpl/index.tpl>", "EIO",
      stamping_failed("Can't open @/dist/tpl/index.tpl", "Input/output error")},
-    {"AStampedTemplateThatCannotBeMade", "openat", "\"@/dist/tpl/temp.tpl\"", "EROFS",
+    {"RefusedWords.AStampedTemplateThatCannotBeMade", "openat", "\"@/dist/tpl/temp.tpl\"", "EROFS",
      "Error: Can't open @/dist/tpl/temp.tpl, Read-only file system\n"},
-    {"AStampedTemplateThatCannotBeWritten", "write", "<@/dist/tpl/temp.tpl>", "EDQUOT",
+    {"RefusedWords.AStampedTemplateThatCannotBeWritten", "write", "<@/dist/tpl/temp.tpl>", "EDQUOT",
      stamping_failed("Can't write @/dist/tpl/temp.tpl", "Disk quota exceeded")},
-    {"AStampedTemplateThatCannotBeClosed", "close", "<@/dist/tpl/temp.tpl>", "EIO",
+    {"RefusedWords.AStampedTemplateThatCannotBeClosed", "close", "<@/dist/tpl/temp.tpl>", "EIO",
      stamping_failed("Can't write @/dist/tpl/temp.tpl", "Input/output error")},
-    {"AStampedTemplateThatCannotBePutInPlace", "rename", "\"@/dist/tpl/temp.tpl\"", "EIO",
-     stamping_failed("can't remove @/dist/tpl/index.tpl", "Input/output error")},
-    {"ATemplateWhoseModeCannotBeFoundOut", "newfstatat", "<@/dist/tpl/index.tpl>", "EIO",
-     stamping_failed("Can't write @/dist/tpl/temp.tpl", "Input/output error"), 1},
-    {"AStampedTemplateThatCannotHaveItsMode", "fchmod", "<@/dist/tpl/temp.tpl>", "EPERM",
-     stamping_failed("Can't write @/dist/tpl/temp.tpl", "Operation not permitted")},
+    {"RefusedWords.AStampedTemplateThatCannotBePutInPlace", "rename", "\"@/dist/tpl/temp.tpl\"",
+     "EIO", stamping_failed("can't remove @/dist/tpl/index.tpl", "Input/output error")},
+    {"RefusedWords.ATemplateWhoseModeCannotBeFoundOut", "newfstatat", "<@/dist/tpl/index.tpl>",
+     "EIO", stamping_failed("Can't write @/dist/tpl/temp.tpl", "Input/output error"), 1},
+    {"RefusedWords.AStampedTemplateThatCannotHaveItsMode", "fchmod", "<@/dist/tpl/temp.tpl>",
+     "EPERM", stamping_failed("Can't write @/dist/tpl/temp.tpl", "Operation not permitted")},
 };
 
-class RefusedStamping : public RefusedWords,
-                        public testing::WithParamInterface<stamping_refusal> {};
-
-TEST_P(RefusedStamping, IsLoggedAndTheTemplateStays) {
-    const stamping_refusal &one = GetParam();
+void RefusedWords::check(const stamping_refusal &one) {
     const wizard_run run =
         refuse(leave_one_template, stamping, one.call, one.part, one.error, one.passed_over);
     EXPECT_EQ(run.transcript, "\nDirectory for templates [./tpl]? "
@@ -328,8 +323,7 @@ TEST_P(RefusedStamping, IsLoggedAndTheTemplateStays) {
     EXPECT_EQ(tree_of(host, "dist/tpl"), "0640 dist/tpl/index.tpl \"abc\"\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, RefusedStamping, testing::ValuesIn(stamping_refusals),
-                         name_of<stamping_refusal>);
+const int stampings_registered = register_rows<RefusedWords>(stamping_refusals);
 
 // --- Classifying ---
 

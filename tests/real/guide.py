@@ -29,7 +29,7 @@ def example(name, language):
 
 def commands(name, heading, prompt="#"):
     """What is typed at a shell prompt in the section."""
-    found = re.findall(rf"^    {re.escape(prompt)} (.+)$", section(name, heading), re.M)
+    found = re.findall(rf"^ {{4,}}{re.escape(prompt)} (.+)$", section(name, heading), re.M)
     assert found, f"{name}: no command under {heading}"
     return found
 

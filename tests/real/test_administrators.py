@@ -54,7 +54,12 @@ def unblock_images(site):
 def tree_of(*directories):
     """Owner, group, mode and content of every file below."""
     return {
-        path: (path.owner(), path.group(), oct(path.stat().st_mode), path.read_bytes() if path.is_file() else b"")
+        path: (
+            path.owner(),
+            path.group(),
+            oct(path.stat().st_mode),
+            path.read_bytes() if path.is_file() else b"",
+        )
         for directory in directories
         for path in directory.rglob("*")
     }
@@ -78,7 +83,10 @@ def test_in_the_templates_directory_the_menu_suggests_removal(kestrel):
     shown = converse(templates, {"What do you want to do [3]": ["1", "2", "4"]})
     assert shown.count("This function cannot be run from within the templates directory") == 2
     begun = converse(templates, {"Where are the cgi files": None})
-    assert "Where are the cgi files\n(this will be a scripts or cgi directory setup for the webserver)\n" in begun
+    assert (
+        "Where are the cgi files\n(this will be a scripts or cgi directory setup for the webserver)\n"
+        in begun
+    )
 
 
 # Answering
@@ -86,7 +94,16 @@ def test_in_the_templates_directory_the_menu_suggests_removal(kestrel):
 
 @pytest.mark.parametrize(
     "typed, taken",
-    [("y", True), ("Y", True), ("yes", True), ("yEs", True), ("n", False), ("no", False), ("NO", False), ("N", None)],
+    [
+        ("y", True),
+        ("Y", True),
+        ("yes", True),
+        ("yEs", True),
+        ("n", False),
+        ("no", False),
+        ("NO", False),
+        ("N", None),
+    ],
 )
 def test_yes_and_no(kestrel, typed, taken):
     replies = {"merlin cgi": [typed, None] if taken is None else typed, "any of your answers": None}
@@ -94,7 +111,11 @@ def test_yes_and_no(kestrel, typed, taken):
         del replies["any of your answers"]
     shown = converse(kestrel.stage("3.1").directory, replies)
     assert ('Please enter either "YES" or "NO"' in shown) == (taken is None)
-    again = converse(kestrel.place / "kestrel-3.1", {"merlin cgi": typed, "any of your answers": ["yes", None]}) if taken else ""
+    again = (
+        converse(kestrel.place / "kestrel-3.1", {"merlin cgi": typed, "any of your answers": ["yes", None]})
+        if taken
+        else ""
+    )
     assert ("merlin cgi [YES]" in again) == bool(taken)
 
 
@@ -108,7 +129,9 @@ def test_quitting_saves_nothing(kestrel, typed):
 
 
 def test_a_blank_before_an_answer_belongs_to_it(kestrel):
-    shown = converse(kestrel.stage("3.1").directory, {"domain name": " example.org", "any of your answers": None})
+    shown = converse(
+        kestrel.stage("3.1").directory, {"domain name": " example.org", "any of your answers": None}
+    )
     assert "domain name:          example.org\n" in shown
 
 
@@ -116,12 +139,16 @@ def test_a_no_for_a_directory_comes_back_until_its_line_is_deleted(kestrel):
     distribution = kestrel.stage("3.1").directory
     failed = converse(distribution, {"Directory for templates": "no"})
     assert outcome(failed) == ["install unsuccessful"]
-    again = converse(distribution, {"What do you want to do": "1", "Directory for templates [NO]": ["/tmp", None]})
+    again = converse(
+        distribution, {"What do you want to do": "1", "Directory for templates [NO]": ["/tmp", None]}
+    )
     assert 'Please enter either "YES" or "NO"' in again
 
     saved = distribution / "gxsetup.dat"
     assert "templates FALSE" in lines_of(saved, "templates")
-    saved.write_text("".join(line for line in saved.read_text().splitlines(True) if not line.endswith(" FALSE\n")))
+    saved.write_text(
+        "".join(line for line in saved.read_text().splitlines(True) if not line.endswith(" FALSE\n"))
+    )
     shown = converse(distribution, {"What do you want to do": "1", "Directory for templates [/": None})
     assert "Directory for templates [/var/spool/kestrel]? " in shown
 
@@ -130,7 +157,9 @@ def test_a_slash_as_url_swallows_the_next_setting(kestrel):
     distribution = kestrel.stage("3.1").directory
     converse(distribution, {"Relative URL": "/", **KEEP})
     assert lines_of(distribution / "gxsetup.dat", "vlimg", "pophost") == ["vlimg /", "pophost mail.localhost"]
-    converse(distribution, {**REPEAT, "any of your answers": None, "original templates": [], "temporary files": []})
+    converse(
+        distribution, {**REPEAT, "any of your answers": None, "original templates": [], "temporary files": []}
+    )
     converse(distribution, {**REPEAT, "domain name": "example.org"})
     saved = (distribution / "gxsetup.dat").read_text()
     assert "\npophost mail.localhost\n" not in saved
@@ -145,7 +174,11 @@ def test_the_dot_behind_the_url_is_progress(kestrel):
 
 
 def test_the_questions_come_in_the_order_of_the_table(place):
-    rows = [line.split("|")[1].strip() for line in section(GUIDE, "Installing").splitlines() if line.startswith("| ")]
+    rows = [
+        line.split("|")[1].strip()
+        for line in section(GUIDE, "Installing").splitlines()
+        if line.startswith("| ")
+    ]
     table = rows[1 : rows.index("Shall I delete the temporary files") + 1]
     shown = converse(Site(place, "tanager").stage("3.1").directory, KEEP)
     position = 0
@@ -157,7 +190,9 @@ def test_the_questions_come_in_the_order_of_the_table(place):
 
 
 def test_what_is_offered_for_hosts_and_url(kestrel):
-    shown = converse(kestrel.stage("3.1").directory, {"domain name": "example.org", "pop host": "pop.example.org", **KEEP})
+    shown = converse(
+        kestrel.stage("3.1").directory, {"domain name": "example.org", "pop host": "pop.example.org", **KEEP}
+    )
     assert "What is the name of your pop host [mail.example.org]? " in shown
     assert "What is the name of your smtp host [pop.example.org]? " in shown
     assert derived_images_url(shown) == "/vlimg"
@@ -193,15 +228,30 @@ def test_what_is_where_afterwards(kestrel):
         pytest.skip("only root gives files to nobody")
     os.umask(0o022)
     kestrel.stage("3.1", "--wml").run_wizard(DEFAULTS)
-    script, templates, images = (kestrel.directory / name for name in ("cgi-bin", "spool/kestrel", "html/vlimg"))
+    script, templates, images = (
+        kestrel.directory / name for name in ("cgi-bin", "spool/kestrel", "html/vlimg")
+    )
     modes = {path: oct(path.stat().st_mode)[-4:] for path in kestrel.directory.rglob("*")}
-    programs = [script / "kestrel.cgi", script / "merlin.cgi", templates / "kestrel.cgi", templates / "gxsetup"]
+    programs = [
+        script / "kestrel.cgi",
+        script / "merlin.cgi",
+        templates / "kestrel.cgi",
+        templates / "gxsetup",
+    ]
     assert {modes[path] for path in programs} == {"0770"}
     assert {modes[script / "kestrel.ini"], modes[script / "merlin.ini"]} == {"0644"}
     for name in ("index.tpl", "gxsetup.dat", "gxsetup.log", "kestrel.ini", "vsetup.hlp"):
         assert modes[templates / name] == "0660", name
-    assert (modes[templates / "originals"], modes[images], modes[images / "kestrel.gif"]) == ("0770", "0755", "0660")
-    created = [path for path in modes if path not in (script, kestrel.directory / "html", kestrel.directory / "spool")]
+    assert (modes[templates / "originals"], modes[images], modes[images / "kestrel.gif"]) == (
+        "0770",
+        "0755",
+        "0660",
+    )
+    created = [
+        path
+        for path in modes
+        if path not in (script, kestrel.directory / "html", kestrel.directory / "spool")
+    ]
     assert {path.owner() for path in created} == {"nobody"}
 
 
@@ -232,7 +282,13 @@ def test_a_question_mark_helps_at_every_question(place, product):
         assert "No specific help" not in helped, question
         for words, start in SHARED_HELP.items():
             assert words not in question or f"\n{start}" in helped, question
-        session.type("1" if "want to do" in question else "no" if "switch" in question or "temporary" in question else "")
+        session.type(
+            "1"
+            if "want to do" in question
+            else "no"
+            if "switch" in question or "temporary" in question
+            else ""
+        )
     session.close()
     assert asked > 10
     assert has_all_success_lines(session.transcript, "installation")
@@ -245,8 +301,13 @@ def test_hosts_and_url_are_never_offered_again(kestrel):
     distribution = kestrel.stage("3.1").directory
     own = {"domain name": "example.org", "pop host": "pop.example.net", "smtp host": "smtp.example.net"}
     converse(distribution, {**own, "Relative URL": "/pictures", **KEEP})
-    assert lines_of(distribution / "gxsetup.dat", "pophost", "vlimg") == ["vlimg /pictures", "pophost pop.example.net"]
-    shown = converse(distribution, {**REPEAT, "any of your answers": None, "original templates": [], "temporary files": []})
+    assert lines_of(distribution / "gxsetup.dat", "pophost", "vlimg") == [
+        "vlimg /pictures",
+        "pophost pop.example.net",
+    ]
+    shown = converse(
+        distribution, {**REPEAT, "any of your answers": None, "original templates": [], "temporary files": []}
+    )
     assert "What is your domain name [example.org]? " in shown
     assert "pop host [mail.example.org]? " in shown
     assert "smtp host [mail.example.org]? " in shown
@@ -289,20 +350,46 @@ def test_what_upgrades_repeat(place):
 
 
 def page_of(site):
-    environment = {"PATH": "/usr/bin:/bin", "GATEWAY_INTERFACE": "CGI/1.1", "SCRIPT_NAME": "/cgi-bin/x", "QUERY_STRING": "page=compose"}
+    environment = {
+        "PATH": "/usr/bin:/bin",
+        "GATEWAY_INTERFACE": "CGI/1.1",
+        "SCRIPT_NAME": "/cgi-bin/x",
+        "QUERY_STRING": "page=compose",
+    }
     return run(site.directory / "cgi-bin" / f"{site.product}.cgi", env=environment)
 
 
 def test_the_look_is_changed_in_the_settings(kestrel):
     kestrel.stage("3.1").run_wizard(DEFAULTS)
     settings = kestrel.directory / "cgi-bin" / "kestrel.ini"
-    printed = [line[4:] for line in section(GUIDE, "Changing the look").splitlines() if line.startswith("    ")]
+    printed = [
+        line[4:] for line in section(GUIDE, "Changing the look").splitlines() if line.startswith("    ")
+    ]
     assert printed == lines_of(settings, "set", "body_add")
     settings.write_text(
-        settings.read_text().replace("set logo kestrel.gif", "set logo new.gif").replace("Sent with Kestrel", "Sent from the weir")
+        settings.read_text()
+        .replace("set logo kestrel.gif", "set logo new.gif")
+        .replace("Sent with Kestrel", "Sent from the weir")
     )
     assert "/vlimg/new.gif" in images_of(page_of(kestrel))
     assert "Sent from the weir" in page_of(kestrel)
+
+
+def test_the_format_of_the_answers(kestrel):
+    """What gxsetup.dat(5) says of lines, seen in what is offered and in what is saved."""
+    distribution = kestrel.stage("3.1").directory
+    answers = distribution / "gxsetup.dat"
+    answers.write_text(
+        (distribution / "gxdflt.dat").read_text()
+        + "# domain comment.example\nDomain case.example\ndomain first.example\ndomain last.example\r\ndomain \n"
+        + "nothing\nunknown kept  as\tit is\ncontinued a /\n \t b\n"
+    )
+    shown = converse(distribution, KEEP)
+    assert "What is your domain name [last.example]? " in shown
+    saved = answers.read_text()
+    for line in ("Domain case.example", "domain last.example", "unknown kept  as\tit is", "continued ab"):
+        assert f"\n{line}\n" in saved, line
+    assert "nothing" not in saved and "comment.example" not in saved and "first.example" not in saved
 
 
 # Upgrading
@@ -310,7 +397,7 @@ def test_the_look_is_changed_in_the_settings(kestrel):
 
 @pytest.fixture
 def upgraded(kestrel):
-    """A site with an edited template, and what is typed before an upgrade; the new distribution waits."""
+    """A site with version 3.1, to be upgraded."""
     kestrel.stage("3.1").run_wizard(DEFAULTS)
     return kestrel
 
@@ -396,7 +483,10 @@ def test_an_edited_template_is_merged_and_not_listed_again(upgraded, place):
     assert merged.startswith("||header: modified=false tpl_set=kst_s2 ")
     assert "page=folders" in merged
     if os.getuid() == 0:
-        assert ((templates / "menu.tpl").owner(), oct((templates / "menu.tpl").stat().st_mode)[-3:]) == ("nobody", "660")
+        assert ((templates / "menu.tpl").owner(), oct((templates / "menu.tpl").stat().st_mode)[-3:]) == (
+            "nobody",
+            "660",
+        )
 
     shown = upgrade(site)
     assert listed(site) == {"welcome.tpl": "1"}
@@ -427,7 +517,9 @@ def test_an_upgrade_of_sets_overwrites_templates_without_being_told_to(place):
     assert (templates / "originals" / "tpl" / "marble" / "index.tpl").exists()
     shown = converse(new, {"replace the old": "no", "temporary files": "no"})
     assert "No files found in " in shown
-    assert (templates / "marble" / "index.tpl").read_bytes() == (new / "tpl" / "marble" / "index.tpl").read_bytes()
+    assert (templates / "marble" / "index.tpl").read_bytes() == (
+        new / "tpl" / "marble" / "index.tpl"
+    ).read_bytes()
     assert (templates / "marble" / "menu.tpl").read_text() == "ours\n"
     assert (templates / "common" / "menu.tpl").exists()
     assert (templates / "originals" / "marble" / "index.tpl").exists()
@@ -443,7 +535,32 @@ def test_the_old_settings_stay_and_the_new_ones_lie_beside(upgraded):
     site.stage("3.2")
     upgrade(site)
     assert settings.read_bytes() == before
-    assert (site.directory / "cgi-bin" / "kestrel.new").read_bytes() == (site.directory / "spool" / "kestrel" / "kestrel.new").read_bytes()
+    assert (site.directory / "cgi-bin" / "kestrel.new").read_bytes() == (
+        site.directory / "spool" / "kestrel" / "kestrel.new"
+    ).read_bytes()
+
+
+# Removing
+
+
+def test_a_removal_beside_an_emptied_distribution(kestrel):
+    distribution = kestrel.stage("3.1").directory
+    templates = kestrel.directory / "spool" / "kestrel"
+    converse(distribution, {"original templates": "no"})
+    saved = (distribution / "gxsetup.dat").read_bytes()
+    (templates / "u_ada").mkdir()
+    shown = converse(
+        distribution,
+        {
+            "What version of kestrel": "3.1", "What do you want to do": "3",
+            "Remove all graphics and wav": "yes", "Remove all user information": "yes",
+        },
+    )  # fmt: skip
+    assert has_all_success_lines(shown, "removal")
+    assert errors_in(shown) == [f"Cannot remove {kestrel.images}: Directory not empty"]
+    assert {path.suffix for path in kestrel.images.iterdir()} == {".js", ".vbs"}
+    assert not templates.exists()
+    assert (distribution / "gxsetup.dat").read_bytes() == saved
 
 
 # Answers from a file
@@ -453,7 +570,9 @@ def test_the_exit_status_does_not_tell(kestrel):
     distribution = kestrel.stage("3.1").directory
 
     def status(*arguments):
-        return subprocess.run(["./gxsetup", *arguments], cwd=distribution, input=b"", capture_output=True).returncode
+        return subprocess.run(
+            ["./gxsetup", *arguments], cwd=distribution, input=b"", capture_output=True
+        ).returncode
 
     assert (status(), status("-wrong"), status("-debug", "-make"), status("help")) == (0, 1, 0, 0)
 
@@ -472,7 +591,9 @@ def test_the_answers_stand_in_the_order_of_the_tables(place, product):
     }  # fmt: skip
 
     def answers(heading):
-        table = section(GUIDE, "Answers from a file").partition(f"| {heading} | answers")[2].partition("\n\n")[0]
+        table = (
+            section(GUIDE, "Answers from a file").partition(f"| {heading} | answers")[2].partition("\n\n")[0]
+        )
         row = [line for line in table.splitlines() if product in line.split("|")[1]]
         given = row[0].split("|")[2].replace("(view, safe, empty,) ", "").replace(",)", ",")
         parts = given.replace("`1`", "1").replace("`2`", "2").replace("`no`", "no").split(",")
@@ -485,7 +606,9 @@ def test_the_answers_stand_in_the_order_of_the_tables(place, product):
     assert lines_of(installed, "domain", host, "smtphost") == [
         "domain example.org", f"{host} {'in' if has_sets else 'pop'}.example.org", "smtphost out.example.org"
     ]  # fmt: skip
-    assert lines_of(installed, "allow_host_login") == (["allow_host_login in.example.org"] if has_sets else [])
+    assert lines_of(installed, "allow_host_login") == (
+        ["allow_host_login in.example.org"] if has_sets else []
+    )
     assert (site.directory / "cgi-bin" / "merlin.ini").exists()
 
     new = site.stage("3.2")
@@ -500,7 +623,9 @@ def test_a_removal_by_its_list(kestrel):
     distribution.run_wizard([""] * 11 + ["no", ""])
     user = kestrel.directory / "spool" / "kestrel" / "u_ada"
     user.mkdir()
-    given = [line[4:] for line in section(GUIDE, "Answers from a file").splitlines() if line.startswith("    3,")][0]
+    given = [
+        line[4:] for line in section(GUIDE, "Answers from a file").splitlines() if line.startswith("    3,")
+    ][0]
     own = {
         "script directory": kestrel.directory / "cgi-bin", "images": kestrel.images, "empty": "",
         "work area": kestrel.directory / "spool" / "kestrel", "templates": kestrel.directory / "spool" / "kestrel",
@@ -539,7 +664,12 @@ def test_success_is_told_only_by_both_lines(kestrel):
 def test_a_failed_installation_is_repeated_as_told(kestrel):
     distribution = kestrel.stage("3.1").directory
     block_images(kestrel)
-    own = {"domain name": "example.org", "pop host": "pop.example.net", "smtp host": "smtp.example.net", "Relative URL": "/pictures"}
+    own = {
+        "domain name": "example.org",
+        "pop host": "pop.example.net",
+        "smtp host": "smtp.example.net",
+        "Relative URL": "/pictures",
+    }
     failed = converse(distribution, {**own, **KEEP})
     assert outcome(failed) == ["Installation unsuccessful.", "install unsuccessful"]
     assert not has_all_success_lines(failed, "installation")
@@ -549,7 +679,9 @@ def test_a_failed_installation_is_repeated_as_told(kestrel):
 
     unblock_images(kestrel)
     del own["domain name"]
-    repeated = converse(distribution, {**REPEAT, "What do you want to do [2]": "1", **own} | {"What do you want to do": []})
+    repeated = converse(
+        distribution, {**REPEAT, "What do you want to do [2]": "1", **own} | {"What do you want to do": []}
+    )
     assert has_all_success_lines(repeated, "installation") and errors_in(repeated) == []
     assert lines_of(kestrel.directory / "cgi-bin" / "kestrel.ini", "domain", "pophost", "smtphost", "vlimg") == [
         "domain example.org", "pophost pop.example.net", "smtphost smtp.example.net", "vlimg /pictures"
@@ -573,25 +705,63 @@ def test_a_deleted_distribution_is_unpacked_again_over_its_answers(place, kestre
 def test_the_debug_log_tells_every_step(kestrel):
     distribution = kestrel.stage("3.1").directory
     converse(distribution, {"What do you want to do": "4"}, "-debug")
-    assert "Debug: Getting version from [./kestrel.cgi -version >ver.txt]\n" in (distribution / "gxsetup.log").read_text()
+    assert (
+        "Debug: Getting version from [./kestrel.cgi -version >ver.txt]\n"
+        in (distribution / "gxsetup.log").read_text()
+    )
 
 
-def symptom(text):
-    """Sees that the guide's table has the symptom."""
-    rows = [line for line in section(GUIDE, "When something fails").splitlines() if line.startswith("| ")]
-    assert any(text in row.split("|")[1] for row in rows), text
-
-
-def test_the_symptoms_within_the_wizard(kestrel):
+def test_without_help_texts_and_without_a_version(kestrel):
     distribution = kestrel.stage("3.1").directory
-    symptom("No help on `?`")
     (distribution / "vsetup.hlp").unlink()
     assert "Error: Help file not found\n" in converse(distribution, {"What do you want to do": ["?", "4"]})
-
-    symptom("The version is asked for")
     (distribution / "kestrel.cgi").write_text("#!/bin/sh\necho 3.1\n")
-    assert "What version of kestrel is it? " in converse(distribution, {"What version": "3.1", "What do you want to do": "4"})
+    shown = converse(distribution, {"What version": "3.1", "What do you want to do": "4"})
+    assert "What version of kestrel is it? " in shown
 
+
+def test_a_wrong_url_leaves_the_page_without_pictures(kestrel):
+    converse(kestrel.stage("3.1").directory, {"Relative URL": "/wrong", **KEEP})
+
+    def pictures():
+        return [
+            (kestrel.directory / "html" / image.lstrip("/")).exists() for image in images_of(page_of(kestrel))
+        ]
+
+    assert pictures() and not any(pictures())
+    settings = kestrel.directory / "cgi-bin" / "kestrel.ini"
+    settings.write_text(settings.read_text().replace("vlimg /wrong", "vlimg /vlimg"))
+    assert all(pictures())
+
+
+def test_old_answers_are_found_beside_the_wizard_or_where_the_distribution_looks(kestrel):
+    other = kestrel.directory / "spool" / "other"
+    converse(kestrel.stage("3.1").directory, {"Directory for templates": str(other), **KEEP})
+    new = kestrel.stage("3.2").directory
+    assert "What do you want to do [1]? " in converse(new, {"What do you want to do": "4"})
+    shutil.copy(other / "gxsetup.dat", new)
+    assert "What do you want to do [2]? " in converse(new, {"What do you want to do": "4"})
+
+
+# The rows of the table of symptoms, and the tests that show them. The servers' are in test_web_servers.
+SYMPTOMS = {
+    "The URL gives 404": "test_the_dot_behind_the_url_is_progress",
+    "The URL gives 403, 500 or 502": None,
+    "The page has no pictures": "test_a_wrong_url_leaves_the_page_without_pictures",
+    "No help on `?`": "test_without_help_texts_and_without_a_version",
+    "The version is asked for": "test_without_help_texts_and_without_a_version",
+    "The menu offers 3": "test_in_the_templates_directory_the_menu_suggests_removal",
+    "A directory question offers `[NO]`": "test_a_no_for_a_directory_comes_back_until_its_line_is_deleted",
+    "Old answers are not offered": "test_old_answers_are_found_beside_the_wizard_or_where_the_distribution_looks",
+    "Files arrive in the old templates directory": "test_install_dir_sends_the_files_to_the_old_directory",
+    "The program cannot be replaced (*Text file busy*)": "test_a_program_that_is_being_run_cannot_be_replaced",
+}
+
+
+def test_every_symptom_of_the_table_is_shown_by_a_test():
+    table = section(GUIDE, "When something fails").partition("| symptom |")[2]
+    assert [line.split("|")[1].strip() for line in table.splitlines()[2:] if line] == list(SYMPTOMS)
+    assert all(name is None or name in globals() for name in SYMPTOMS.values())
 
 
 def test_a_program_that_is_being_run_cannot_be_replaced(upgraded):

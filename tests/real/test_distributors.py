@@ -17,7 +17,11 @@ def dialogues(text):
     """The indented blocks that show the wizard, each from the command that starts it."""
     blocks = re.findall(r"(?:^(?:    .*)?\n)+", text, re.M)
     shown = ["\n".join(line[4:].rstrip() for line in block.strip("\n").splitlines()) for block in blocks]
-    return [block.partition("\n")[2].strip("\n") for block in shown if re.match(r"\$ \./gxsetup -|\$ cd /tmp/demo", block)]
+    return [
+        block.partition("\n")[2].strip("\n")
+        for block in shown
+        if re.match(r"\$ \./gxsetup -|\$ cd /tmp/demo", block)
+    ]
 
 
 def plain(transcript):
@@ -50,7 +54,11 @@ def test_the_stamping_as_it_is_shown(place, kestrel):
     transcript = converse(kestrel, replies, "-header")
     assert plain(transcript) == shown.replace(printed, str(templates))
 
-    header, _, checksum = [line[4:] for line in section(GUIDE, "Stamping the templates").splitlines() if line.startswith("    ||") or line == "    ..."]
+    header, _, checksum = [
+        line[4:]
+        for line in section(GUIDE, "Stamping the templates").splitlines()
+        if line.startswith("    ||") or line == "    ..."
+    ]
     stamped = (templates / "index.tpl").read_text().splitlines()
     assert stamped[0] == header
     assert re.sub(r"-?\d+", "N", stamped[-1]) == re.sub(r"\d+", "N", checksum)
@@ -68,22 +76,55 @@ def test_the_offered_directory_is_refused_and_temp_tpl_is_lost(place, kestrel):
 def test_the_defaults_as_they_are_made(kestrel):
     shown = dialogues(section(GUIDE, "Defaults"))[0]
     (kestrel / "gxdflt.dat").unlink()
-    prompts = ["Version", "Product Name", "Operating System", "Do you want to change the default suggested .ini", "Enter file"]
+    prompts = [
+        "Version",
+        "Product Name",
+        "Operating System",
+        "Do you want to change the default suggested .ini",
+        "Enter file",
+    ]
     transcript = converse(kestrel, typed_in(shown, *prompts), "-make")
     assert plain(transcript) == shown
     assert "\nprod_name kestrel\n" in (kestrel / "gxdflt.dat").read_text()
+
+
+@pytest.mark.parametrize(
+    "mode, replies, shared",
+    [
+        ("-make", {"Enter file": "x"}, {"Version": "Version ", "Operating System": "Operating system "}),
+        ("-header", {}, {"templates set": "Template set ", "templates version": "Template version "}),
+    ],
+)
+def test_a_question_mark_helps_at_the_questions_of_the_modes(place, kestrel, mode, replies, shared):
+    asked = {question: ["?", "UNIX"] for question in shared}
+    if mode == "-header":
+        replies = {"Directory for templates": [str(place)] * 2}
+    shown = converse(kestrel, replies | asked, mode)
+    for question, start in shared.items():
+        helped = shown.partition(question)[2].partition("For more information")[0]
+        assert f"\n{start}" in helped, question
 
 
 def test_the_version_follows_the_first_small_v(kestrel):
     for line, version in (("Version: KESTREL v3.1", "3.1"), ("Version: Plover v3.1", "er v3.1")):
         assert line in section(GUIDE, "What goes in")
         (kestrel / "kestrel.cgi").write_text(f"#!/bin/sh\necho '{line}'\n")
-        assert f" 1 Install kestrel, version {version}\n" in converse(kestrel, {"What do you want to do": "4"})
+        assert f" 1 Install kestrel, version {version}\n" in converse(
+            kestrel, {"What do you want to do": "4"}
+        )
 
 
 def test_what_a_template_without_a_header_counts_as(place):
-    table = [line.split("|")[1:4] for line in section(GUIDE, "Stamping the templates").splitlines() if "`" in line and line.startswith("  |")]
-    named = {product.strip(): (old.strip(" `"), new.strip(" `")) for names, old, new in table for product in names.split(",")}
+    table = [
+        line.split("|")[1:4]
+        for line in section(GUIDE, "Stamping the templates").splitlines()
+        if "`" in line and line.startswith("  |")
+    ]
+    named = {
+        product.strip(): (old.strip(" `"), new.strip(" `"))
+        for names, old, new in table
+        for product in names.split(",")
+    }
     assert set(named) == {"kestrel", "tanager", "plover", "osprey"}
     for product in ("kestrel", "plover"):
         site = Site(place, product)
@@ -106,7 +147,16 @@ def test_packing_and_checking(place):
     Site(place, "kestrel").stage("3.1")
     (place / "keys").mkdir(mode=0o700)
     environment = {"PATH": os.environ["PATH"], "GNUPGHOME": str(place / "keys"), "LC_ALL": "C"}
-    key = ["gpg", "--batch", "--passphrase", "", "--quick-generate-key", "distributor@example.com", "ed25519", "sign"]
+    key = [
+        "gpg",
+        "--batch",
+        "--passphrase",
+        "",
+        "--quick-generate-key",
+        "distributor@example.com",
+        "ed25519",
+        "sign",
+    ]
     try:
         run(*key, env=environment)
         for command in commands(GUIDE, "Packing", "$"):
@@ -125,7 +175,12 @@ def test_packing_and_checking(place):
         with (place / "kestrel-3.1.tar.gz").open("ab") as packed:
             packed.write(b"changed")
         for command in checks[0]:
-            assert subprocess.run(["sh", "-c", command], cwd=place, env=environment, capture_output=True).returncode != 0
+            assert (
+                subprocess.run(
+                    ["sh", "-c", command], cwd=place, env=environment, capture_output=True
+                ).returncode
+                != 0
+            )
     finally:
         subprocess.run(["gpgconf", "--kill", "all"], env=environment, check=False)
 
@@ -146,7 +201,9 @@ def test_install_is_one_page_and_leads_to_the_guides(place, product):
 
 
 def test_the_table_of_contents_is_that_of_the_sample(place):
-    rows = [line.split("|")[1:4] for line in section(GUIDE, "What goes in").splitlines() if line.startswith("| `")]
+    rows = [
+        line.split("|")[1:4] for line in section(GUIDE, "What goes in").splitlines() if line.startswith("| `")
+    ]
     for product, column in (("kestrel", 1), ("tanager", 2)):
         wanted = {
             name.strip("/").replace("PRODUCT", product)
@@ -155,7 +212,9 @@ def test_the_table_of_contents_is_that_of_the_sample(place):
         distribution = Site(place, product).stage("3.1").directory
         found = {path.name for path in distribution.iterdir()} - {"LICENSE"}
         patterns = {name for name in wanted if name.startswith("*")}
-        assert {name for name in found if not any(name.endswith(pattern[1:]) for pattern in patterns)} == wanted - patterns
+        assert {
+            name for name in found if not any(name.endswith(pattern[1:]) for pattern in patterns)
+        } == wanted - patterns
         for pattern in patterns:
             assert list(distribution.glob(pattern)), pattern
 
@@ -168,7 +227,10 @@ def test_paths_exist_in_a_checkout_or_in_the_package(place):
     for file in (ROOT / "man").iterdir():
         for path in re.findall(r"(/usr/share/[\w./-]+\w)", file.read_text()):
             assert (place / path.lstrip("/")).exists(), f"{file.name}: {path}"
-    for path in re.findall(r"`((?:examples|src|tests|tools|share|man|packaging|fuzz|bench|docs)(?:/[\w./-]+)?)`", (ROOT / "README.md").read_text()):
+    for path in re.findall(
+        r"`((?:examples|src|tests|tools|share|man|packaging|fuzz|bench|docs)(?:/[\w./-]+)?)`",
+        (ROOT / "README.md").read_text(),
+    ):
         assert (ROOT / path).exists(), path
     staged = place / "kestrel"
     run(place / "usr/share/gxsetup/examples/stage", "--site", place / "site", "kestrel", staged)

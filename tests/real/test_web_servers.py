@@ -125,7 +125,9 @@ class Server:
 
     def get(self, path, secure=True):
         """Status, headers and content of a path on the host."""
-        with socket.create_connection(("127.0.0.1", self.https if secure else self.http), timeout=20) as plain:
+        with socket.create_connection(
+            ("127.0.0.1", self.https if secure else self.http), timeout=20
+        ) as plain:
             connection = http.client.HTTPConnection(HOST)
             connection.sock = plain
             if secure:
@@ -174,7 +176,9 @@ class Apache(Server):
         modules = "".join(
             f"LoadModule {name}_module /usr/lib/apache2/modules/mod_{name}.so\n" for name in enabled
         )
-        return modules + f"""
+        return (
+            modules
+            + f"""
             ServerRoot {self.place}
             ServerName localhost
             PidFile {self.place}/pid
@@ -194,6 +198,7 @@ class Apache(Server):
             </Directory>
             Include example
         """
+        )
 
     def enabled(self):
         """The modules that the guide enables."""
@@ -287,3 +292,19 @@ def test_a_product_that_is_installed_already_is_handed_over(place, machine):
             command = put(command, {"/home/httpd": site.directory, "/var/spool": site.directory / "spool"})
         machine.run(command)
     assert machine.run(try_it) == "Version: KESTREL v3.1\n"
+
+
+def test_another_user_is_asked_for_only_where_there_is_no_nobody(place, machine):
+    machine.run("sed -i '/^nobody:/d' /etc/passwd; sed -i 's/^passwd:.*/passwd: files/' /etc/nsswitch.conf")
+    distribution = Site(place, "kestrel").stage("3.1").directory
+    answers = ["1", *[""] * 8, "no", "?", "www-data", *DEFAULTS]
+    shown = machine.run(f"cd {distribution} && ./gxsetup", input="\n".join(answers))
+    assert "User nobody is not in the passwd file. \n" in shown
+    assert "\nUser name " in shown
+    assert (place / "site" / "cgi-bin" / "kestrel.cgi").owner() == "www-data"
+
+
+def test_programs_of_the_product_are_run_as_their_owner(place, machine):
+    site = install(machine, place)
+    command = [line for line in commands("security.md", "What you must do") if "runuser" in line]
+    assert machine.run(put(command[0], {"/home/httpd": site.directory})) == "Version: KESTREL v3.1\n"

@@ -1,17 +1,15 @@
 #include "setup/version.h"
 
 #include "core/log.h"
+#include "core/process.h"
 #include "core/stream.h"
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <spawn.h>
 #include <string>
 #include <string_view>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -19,58 +17,21 @@ namespace {
 constexpr const char *output_file = "ver.txt";
 constexpr std::size_t line_size = 511; // 510 characters and a NUL
 
-// How a program is started: standard input closed, standard output in a file, and no signal
-// ignored that this program ignores (POSIX posix_spawn).
-class spawn_plan {
-  public:
-    explicit spawn_plan(int output) {
-        ::posix_spawn_file_actions_init(&actions_);
-        ::posix_spawn_file_actions_addclose(&actions_, STDIN_FILENO);
-        ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-        ::posix_spawnattr_init(&attributes_);
-        sigset_t signals;
-        ::sigemptyset(&signals);
-        ::sigaddset(&signals, SIGPIPE);
-        ::sigaddset(&signals, SIGXFSZ);
-        ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-        ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
-    }
-    ~spawn_plan() {
-        ::posix_spawnattr_destroy(&attributes_);
-        ::posix_spawn_file_actions_destroy(&actions_);
-    }
-    spawn_plan(const spawn_plan &) = delete;
-    spawn_plan &operator=(const spawn_plan &) = delete;
-
-    // The error of starting `program`, 0 for none. Waits until it has ended.
-    int run(std::string program) {
-        std::string option = "-version";
-        const std::array<char *, 3> arguments = {program.data(), option.data(), nullptr};
-        ::pid_t child = 0;
-        const int error = ::posix_spawn(&child, program.c_str(), &actions_, &attributes_,
-                                        arguments.data(), environ);
-        if (error == 0) {
-            int status = 0;
-            while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-            }
-        }
-        return error;
-    }
-
-  private:
-    posix_spawn_file_actions_t actions_{};
-    posix_spawnattr_t attributes_{};
-};
-
-// The error of starting the program, 0 for none or when its output has nowhere to go. One that is
-// not there costs no process.
+// Returns the error of starting the program, or 0. Returns 0 too if its output cannot be kept. A
+// program that does not exist costs no process.
 int run_into_output_file(const std::string &program) {
     const stream_handle output = open_to_write(output_file);
     if (!output) {
         return 0;
     }
-    return ::access(program.c_str(), F_OK) == 0 ? spawn_plan(::fileno(output.get())).run(program)
-                                                : errno;
+    if (::access(program.c_str(), F_OK) != 0) {
+        return errno;
+    }
+    const started_program started = start_program({program, "-version"}, ::fileno(output.get()));
+    if (started.error == 0) {
+        wait_for(started.child);
+    }
+    return started.error;
 }
 
 // Whether no process could be had at all, as against a program that could not be started.

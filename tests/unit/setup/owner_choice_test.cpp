@@ -1,56 +1,77 @@
 #include "setup/owner_choice.h"
 
-#include "unit/user_database.h"
-
+#include "unit/account_files.h"
 #include "unit/files/file_world.h"
 
 namespace {
 
-using GetUid = FileWorld;
+class GetUid : public FileWorld {
+  protected:
+    // What is shown while the owner is chosen.
+    static std::string choice() {
+        return console_of([] { choose_owner(test_accounts); });
+    }
+};
 
 constexpr const char *username_prompt =
     "\nWhat username shall I use for the files and directories I create\n";
+constexpr const char *nobody = "nobody:x:11:12::/:\n";
+constexpr const char *www = "www:x:21:22::/:\n";
 
 } // namespace
 
 TEST_F(GetUid, TakesNobodyWithoutAQuestion) {
-    const user_database users({{"nobody", {11, 12}}}, {});
-    EXPECT_EQ(shown(1, get_uid), "");
+    write_accounts(nobody, "");
+    EXPECT_EQ(choice(), "");
     EXPECT_EQ(gx_user, 11U);
     EXPECT_EQ(gx_group, 12U);
 }
 
 TEST_F(GetUid, TheGroupNobodyWinsOverTheUsersOwn) {
-    const user_database users({{"nobody", {11, 12}}, {"www", {21, 22}}}, {{"nobody", 99}});
-    EXPECT_EQ(get_uid(), 1);
+    write_accounts(std::string(nobody) + www, "nobody:x:99:\n");
+    EXPECT_EQ(choice(), "");
     EXPECT_EQ(gx_user, 11U);
     EXPECT_EQ(gx_group, 99U);
 }
 
 TEST_F(GetUid, AsksUntilTheSystemKnowsTheUser) {
-    const user_database users({{"www", {21, 22}}}, {});
+    write_accounts(www, "");
     feed_console("wwww\n\nwww\n");
-    EXPECT_EQ(shown(1, get_uid),
-              std::string("\nUser nobody is not in the passwd file. \n") + username_prompt +
-                  "[nobody]? \nUser wwww is not in the passwd file. \n" + username_prompt +
-                  "[wwww]? \nUser wwww is not in the passwd file. \n" + username_prompt +
-                  "[wwww]? ");
+    EXPECT_EQ(choice(), std::string("\nUser nobody is not in the passwd file. \n") +
+                            username_prompt +
+                            "[nobody]? \nUser wwww is not in the passwd file. \n" +
+                            username_prompt + "[wwww]? \nUser wwww is not in the passwd file. \n" +
+                            username_prompt + "[wwww]? ");
     EXPECT_EQ(gx_user, 21U);
     EXPECT_EQ(gx_group, 22U);
 }
 
 TEST_F(GetUid, TheGroupNobodyWinsForAChosenUserToo) {
-    const user_database users({{"www", {21, 22}}}, {{"nobody", 99}});
+    write_accounts(www, "nobody:x:99:\n");
     feed_console("www\n");
-    console_of([] { get_uid(); });
+    choice();
     EXPECT_EQ(gx_user, 21U);
     EXPECT_EQ(gx_group, 99U);
 }
 
+TEST_F(GetUid, TakesUsersThatAreInNoFile) {
+    write_accounts("", "");
+    write_getent("[ \"$1\" = passwd ] && echo nobody:x:61:62:::\n");
+    EXPECT_EQ(choice(), "");
+    EXPECT_EQ(gx_user, 61U);
+    EXPECT_EQ(gx_group, 62U);
+    EXPECT_EQ(asked_of_getent(), "[passwd][nobody][group][nobody]");
+}
+
 TEST_F(GetUid, BearsANameOf511Characters) {
     const std::string name(511, 'u');
-    const user_database users({{name, {31, 32}}}, {});
+    write_accounts(name + ":x:31:32::/:\n", "");
     feed_console(name + "\n");
-    console_of([] { get_uid(); });
+    choice();
     EXPECT_EQ(gx_user, 31U);
+}
+
+TEST_F(GetUid, KnowsTheUsersOfTheSystem) {
+    feed_console("root\n");
+    EXPECT_EQ(get_uid(), 1);
 }

@@ -1,9 +1,6 @@
 #include "upgrade/upgrade.h"
 
 #include "unit/upgrade/upgrade_world.h"
-#include "unit/user_database.h"
-
-#include <unistd.h>
 
 namespace {
 
@@ -41,8 +38,6 @@ class Gxupgrade : public UpgradeWorld {
         }
         return values;
     }
-
-    user_database users{{{"nobody", {::geteuid(), ::getegid()}}}, {}};
 };
 
 constexpr const char *no_templates_found = "No files found in ";

@@ -1,0 +1,102 @@
+#include "core/process.h"
+
+#include "support/scratch_test.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t limit = 100;
+
+class Process : public scratch_test {
+  protected:
+    // What a shell's program prints.
+    static std::string printed(const std::string &program, std::size_t most = limit) {
+        return output_of({"/bin/sh", "-c", program}, most).value_or("(not started)");
+    }
+};
+
+} // namespace
+
+TEST_F(Process, OutputIsWhatAProgramPrints) {
+    EXPECT_EQ(printed("echo one; echo two"), "one\ntwo\n");
+}
+
+TEST_F(Process, WordsArriveAsTheyAreWithoutAShell) {
+    EXPECT_EQ(output_of({"/bin/echo", "$HOME; a  b", "*", ""}, limit), "$HOME; a  b * \n");
+}
+
+TEST_F(Process, AProgramThatCannotBeStartedLeavesTheReason) {
+    EXPECT_EQ(output_of({"./missing"}, limit), std::nullopt);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(Process, WithoutADescriptorThereIsNoOutput) {
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const std::optional<std::string> output = output_of({"/bin/echo"}, limit);
+    const int error = errno;
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(output, std::nullopt);
+    EXPECT_EQ(error, EMFILE);
+}
+
+TEST_F(Process, AProgramThatFailsHasNoOutput) {
+    EXPECT_EQ(printed("echo half; exit 1"), "");
+}
+
+TEST_F(Process, AProgramThatASignalEndsHasNoOutput) {
+    EXPECT_EQ(printed("echo half; kill -9 $$"), "");
+}
+
+TEST_F(Process, OutputOfTheLimitIsTaken) {
+    EXPECT_EQ(printed("printf %0100d 0"), std::string(100, '0'));
+}
+
+TEST_F(Process, OutputBeyondTheLimitIsNone) {
+    EXPECT_EQ(printed("printf %0101d 0"), "");
+}
+
+TEST_F(Process, OutputOfSeveralBlocksIsWhole) {
+    EXPECT_EQ(printed("printf %010000d 0; sleep 0.01; printf 1", 20000),
+              std::string(10000, '0') + "1");
+}
+
+// The program ends by the signal of a pipe that nobody reads, which this program ignores.
+TEST_F(Process, AProgramThatPrintsForEverIsEnded) {
+    EXPECT_EQ(printed("while :; do echo more; done"), "");
+}
+
+TEST_F(Process, StandardInputIsClosed) {
+    EXPECT_EQ(printed("if read -r line; then echo read; else echo closed; fi 2>/dev/null"),
+              "closed\n");
+}
+
+TEST_F(Process, AStartedProgramWritesIntoTheDescriptor) {
+    const int file = ::open("said", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const started_program program = start_program({"/bin/echo", "hello"}, file);
+    ::close(file);
+    ASSERT_EQ(program.error, 0);
+    EXPECT_EQ(wait_for(program.child), 0);
+    EXPECT_EQ(read_file("said"), "hello\n");
+}
+
+TEST_F(Process, TheErrorOfStartingIsTold) {
+    EXPECT_EQ(start_program({"./missing"}, STDOUT_FILENO).error, ENOENT);
+}
+
+TEST_F(Process, WaitingGivesTheStatus) {
+    const started_program program = start_program({"/bin/sh", "-c", "exit 3"}, STDOUT_FILENO);
+    ASSERT_EQ(program.error, 0);
+    const int status = wait_for(program.child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+    EXPECT_EQ(wait_for(program.child), -1) << "it has ended already";
+}

@@ -1,6 +1,7 @@
 """The packages: well made, and installed, run and removed in a fresh Debian."""
 
 import os
+import platform
 import re
 import shutil
 import subprocess
@@ -9,14 +10,13 @@ import tarfile
 import pytest
 from world import DEFAULTS, ROOT, errors_in, need, run
 
-BUILD = ROOT / "build" / "release"
 
 
 @pytest.fixture(scope="module")
 def packages(tmp_path_factory):
     need("dpkg-shlibdeps")
     directory = tmp_path_factory.mktemp("packages")
-    run("cpack", "-B", directory, cwd=BUILD)
+    run(ROOT / "tools" / "release", directory, platform.machine())
     return directory
 
 

@@ -6,7 +6,7 @@ import time
 import pytest
 
 from world import (
-    DEFAULTS, ROOT, Server, Site, derived_images_url, errors_in, fetch, free_port, images_of, need, printed_url,
+    DEFAULTS, ROOT, Server, Site, derived_images_url, errors_in, fetch, free_port, images_of, need, printed_url, run,
     take_picture,
 )  # fmt: skip
 
@@ -100,6 +100,13 @@ def test_the_page_as_a_browser_shows_it(place, artefacts, product):
     url = printed_url(site.stage("3.1").run_wizard(DEFAULTS))
     with Server(site) as server:
         take_picture(server.local(url), artefacts / f"{product}.png")
+
+
+def test_the_demo_installs_the_product_and_says_that_it_builds():
+    said = run(ROOT / "demo", "plover", stdin=subprocess.DEVNULL, timeout=300)
+    assert said.startswith("Building the wizard; this takes a minute the first time ...\n")
+    assert "\ninstall successful\n" in said
+    assert "\nInstalled below " in said
 
 
 def test_the_demo_serves_the_page_that_it_names(artefacts):

@@ -26,6 +26,12 @@ def one(directory, pattern):
     return found[0]
 
 
+def test_each_package_has_a_synopsis_of_its_own(packages):
+    descriptions = [run("dpkg-deb", "--field", package, "Description") for package in packages.glob("*.deb")]
+    synopses = {description.splitlines()[0] for description in descriptions}
+    assert len(synopses) == len(descriptions) > 1
+
+
 def test_lintian_has_nothing_to_say(packages):
     lintian = need("lintian")
     for package in packages.glob("*.deb"):

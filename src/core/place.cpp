@@ -25,14 +25,6 @@ void report_refusal(const char *format, const std::string &path) {
     }
 }
 
-bool is_of_ours(uid_t user) {
-    return user == 0 || user == ::geteuid();
-}
-
-bool is_ours(const struct stat &directory) {
-    return is_of_ours(directory.st_uid) && (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-}
-
 // A link of ours that another user gave a second name leads where that user wants.
 bool may_follow(const place &directory, const struct stat &link) {
     return !directory.is_shared() || (is_of_ours(link.st_uid) && link.st_nlink == 1);
@@ -192,6 +184,14 @@ std::string scratch_file_name() {
 }
 
 } // namespace
+
+bool is_of_ours(uid_t user) {
+    return user == 0 || user == ::geteuid();
+}
+
+bool is_ours(const struct stat &directory) {
+    return is_of_ours(directory.st_uid) && (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
 
 // Goes from directory to directory.
 class walker {

@@ -93,6 +93,11 @@ inline bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+// Whether `user` is root or the one who runs the program; whether such a user owns a file or
+// directory and nobody else may write it.
+bool is_of_ours(uid_t user);
+bool is_ours(const struct stat &entry);
+
 class place {
   public:
     // A directory that is not open, because of `error` (as errno).

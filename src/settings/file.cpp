@@ -82,12 +82,22 @@ std::vector<std::string> logical_lines(std::FILE *file) {
 
 } // namespace
 
+open_file open_settings(const named_place &where) {
+    return where.directory.open_plain(where.name.c_str(), settings_limit);
+}
+
 int ini_load(pINI_SETTINGS ini, const char *filename) {
+    return ini_load_opened(ini, filename, open_settings(locate(filename)));
+}
+
+int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened) {
+    const int error = errno;
     // A null store has no message function and gives 0.
     if (ini_dmsg(ini, "Opening {%s}", filename) == 0) {
         return 0;
     }
-    const stream_handle file = open_to_read(filename);
+    errno = error;
+    const stream_handle file = stream_of(opened.descriptor.release(), "r");
     if (!file) {
         return log_failure(ini, filename, opening);
     }

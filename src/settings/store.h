@@ -11,6 +11,7 @@
 
 #include "core/format.h"
 #include "core/list.h"
+#include "core/place.h"
 #include "core/text.h"
 
 inline constexpr const char *ini_library = "INI v1.3c";
@@ -133,6 +134,12 @@ int ini_true_num(pINI_SETTINGS ini, int id);
 // added. If the file cannot be opened or read to its end, logs that, changes nothing and returns 0
 // with errno set.
 int ini_load(pINI_SETTINGS ini, const char *filename);
+
+// Opens a settings file to read it, by the rules of place::open_to_read; more than 16 MiB cannot be
+// opened. And ini_load for the file that was opened so; `filename` names it in messages. A caller
+// that must know whose file it is looks at it between the two.
+open_file open_settings(const named_place &where);
+int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened);
 
 // Writes the store, after a comment that names `written_by`. Returns 1 plus the number of settings
 // written. If the file cannot be created or written, logs that, leaves an older file as it was and

@@ -1,6 +1,7 @@
 #include "setup/installed.h"
 
 #include "core/paths.h"
+#include "setup/answer_loading.h"
 
 std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
     const char *directory = ini_value_num(ini, D_CGI_PATH);
@@ -8,9 +9,9 @@ std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extens
 }
 
 bool load_installed_ini(pINI_SETTINGS ini) {
-    return ini_load(ini, cgi_file(ini, D_CGI_NAME, "ini").c_str()) != 0;
+    return load_answers(ini, cgi_file(ini, D_CGI_NAME, "ini").c_str()) != 0;
 }
 
 bool load_installed_answers(pINI_SETTINGS ini) {
-    return ini_load(ini, path_in(ini_value_num(ini, D_TEMPLATES), answers_file).c_str()) != 0;
+    return load_answers(ini, path_in(ini_value_num(ini, D_TEMPLATES), answers_file).c_str()) != 0;
 }

@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "dialogue/question.h"
+#include "setup/answer_loading.h"
 #include "setup/distribution.h"
 #include "templates/sets.h"
 
@@ -25,6 +26,9 @@ void print_questions_banner(pINI_SETTINGS ini, const char *verb) {
 
 const char *ask_answer(pINI_SETTINGS ini, answer_position position, question_number quest_num) {
     set_answer(ini, position, question(quest_num, ini_value_num(ini, position)));
+    if (quest_pool[static_cast<std::size_t>(quest_num)].dir_action != 0) {
+        mark_typed(position);
+    }
     return ini_value_num(ini, position);
 }
 

@@ -14,6 +14,7 @@
 #include "install/install.h"
 #include "products/product.h"
 #include "remove/remove.h"
+#include "setup/answer_loading.h"
 #include "setup/answer_store.h"
 #include "setup/distribution.h"
 #include "setup/installed.h"
@@ -75,7 +76,7 @@ void load_saved_answers() {
         name = answers_file;
     }
     dmsg("Loading gxvalues from default file");
-    if (ini_load(answers(), name) == 0) {
+    if (load_answers(answers(), name) == 0) {
         print_emsg("Can't open file \"%s\": %s", name, std::strerror(errno));
     }
 }

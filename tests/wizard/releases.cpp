@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -82,6 +84,11 @@ std::string template_text(const std::string &path) {
 
 void edit_by_hand(const std::string &path, std::string_view line) {
     std::ofstream(path, std::ios::app | std::ios::binary) << line << '\n';
+}
+
+void make_own(const std::string &path) {
+    EXPECT_EQ(::chown(path.c_str(), ::geteuid(), ::getegid()), 0);
+    EXPECT_EQ(::chmod(path.c_str(), 0644), 0);
 }
 
 void unpack_31(const world &host) {

@@ -301,6 +301,7 @@ TEST(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
 TEST(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
     const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "install_dir nowhere");
+    make_own("cgi-bin/kestrel.ini");
     const wizard_run run = run_wizard(host, {}, {{"replace the old templates", "yes"}});
     expect_kept("end", end_of_upgrade(run));
     EXPECT_EQ(run.status, 0);

@@ -87,6 +87,7 @@ TEST(UpgradeTanager, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
 TEST(UpgradeTanager, AManualsDirectoryThatCannotBeMadeEndsIt) {
     const upgrade_world host("tanager");
     edit_by_hand("cgi-bin/tanager.ini", "manual no/root");
+    make_own("cgi-bin/tanager.ini");
     const wizard_run run = run_wizard(host, {}, images);
     expect_kept("screen", run.transcript);
     EXPECT_FALSE(is_there("cgi-bin/tanager.new"));

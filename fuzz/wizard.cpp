@@ -9,6 +9,7 @@
 #include "counters.h"
 #include "products/product.h"
 #include "support.h"
+#include "support/distribution.h"
 
 #include <algorithm>
 #include <array>
@@ -58,29 +59,12 @@ report *shared = nullptr;
 struct world_file {
     const char *path; // PRODUCT stands for the product's name, WORLD for the world's folder
     const char *content;
-    mode_t mode = 0644;
 };
 
-constexpr world_file distribution[] = {
-    {"dist/PRODUCT.cgi", "#!/bin/sh\necho 'Version: v3.2'\n", 0755},
-    {"dist/PRODUCT.ini", "# sample\ntemplates x\nvlimg y\nset a\n"},
-    {"dist/merlin.ini", "# sample\ntemplates x\n"},
+constexpr world_file defaults_and_site[] = {
     {"dist/gxdflt.dat", "cgi_path WORLD/site/cgi-bin\nvlimg_dir WORLD/site/html/vlimg\n"
                         "templates WORLD/site/spool/PRODUCT\ndomain example.com\n"},
-    {"dist/vsetup.hlp", "[S_DIR_HELP]\nEnter a path.\n\n[NO_HELP]\nNone.\n"},
-    {"dist/script.vbs", "script"},
-    {"dist/script.js", "script"},
     {"dist/tpl/index.tpl", "||header: modified=false tpl_set=kst_s2 tpl_version=2.0b||\n<p>\n"},
-    {"dist/tpl/new.tpl", "new\n"},
-    {"dist/tpl/logo.gif", "GIF89a"},
-    {"dist/tpl/marble/index.tpl", "||header: modified=false tpl_set=tan_s2 tpl_version=2.0b||\n"},
-    {"dist/tpl/blue/index.tpl", "blue\n"},
-    {"dist/tpl/common/words.dat", "words\n"},
-    {"dist/img/marble/logo.gif", "GIF89a"},
-    {"dist/img/common/sound.wav", "RIFF"},
-    {"dist/wap/wml/index.tpl", "wml\n"},
-    {"dist/wap/common/deck.tpl", "deck\n"},
-    {"dist/manuals/index.htm", "manual\n"},
     {"site/cgi-bin/other.cgi", "other"},
     {"site/html/index.html", "html"},
     {"site/spool/kept", "kept"},
@@ -114,14 +98,18 @@ void lay_down(std::span<const world_file> files, std::string_view product) {
         const fs::path path = fs::path(world) / filled(file.path, "PRODUCT", product);
         fs::create_directories(path.parent_path());
         std::ofstream(path) << filled(filled(file.content, "PRODUCT", product), "WORLD", world);
-        fs::permissions(path, static_cast<fs::perms>(file.mode));
     }
 }
 
 void make_world(unsigned choice) {
     constexpr std::string_view products[] = {"kestrel", "plover", "tanager", "osprey"};
     const std::string_view product = products[choice & 3];
-    lay_down(distribution, product);
+    fs::current_path(world);
+    unpack_release(std::string(product), {.version = "3.2",
+                                          .mark = "new",
+                                          .settings = "# sample\ntemplates x\nvlimg y\nset a\n",
+                                          .merlin_settings = "# sample\ntemplates x\n"});
+    lay_down(defaults_and_site, product);
     if ((choice & 4) != 0) {
         lay_down(old_installation, product);
     }

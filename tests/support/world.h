@@ -3,6 +3,7 @@
 // leads outside. The tests that run the program or a whole flow work in one.
 #pragma once
 
+#include "support/distribution.h"
 #include "support/scratch_directory.h"
 
 #include <string>
@@ -12,9 +13,7 @@
 // Below the root, which is the working directory of the test while the world lives: dist/ (the
 // distribution), cgi-bin/, html/ and spool/ (the site, empty).
 //
-// kestrel and plover have their templates and images in tpl/; tanager and osprey have the sets
-// "blue" and "marble" beside "common" in tpl/ and img/, and manuals/. All have the WML set "wml"
-// beside "common" in wap/. gxdflt.dat offers cgi-bin, html/vlimg and spool/PRODUCT; for tanager and
+// gxdflt.dat offers cgi-bin, html/vlimg and spool/PRODUCT; for tanager and
 // osprey the session overwrites the images directory, so every script for them names it.
 class world {
   public:
@@ -35,18 +34,8 @@ class world {
     std::string product_;
 };
 
-// Makes a file and the directories above it.
-void add_file(const std::string &path, std::string_view content);
-
 // Makes a file of answers or settings, in which "@" is the root.
 void add_answers(const world &host, const std::string &path, std::string_view lines);
-
-// Makes `path` a program of shell commands.
-void add_script(const std::string &path, std::string_view commands);
-
-// Makes `path` a program that prints `output`, which ends in a line feed, when it is called with
-// -version.
-void add_program(const std::string &path, std::string_view output);
 
 // The names in `directory` in the order in which the system lists them.
 std::vector<std::string> listed_names(const std::string &directory);

@@ -429,7 +429,7 @@ TEST(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
     // The log and the answers lie in place already: no dots stand for their copies.
     expect_kept("screen", run.transcript);
     EXPECT_TRUE(is_there("dist/tpl/index.tpl"));
-    EXPECT_EQ(read_file("dist/index.tpl"), "index template\n");
+    EXPECT_EQ(read_file("dist/index.tpl"), "new tpl/index.tpl");
     EXPECT_EQ(read_file("dist/kestrel.ini"), read_file("cgi-bin/kestrel.ini"));
     EXPECT_FALSE(read_file("dist/gxsetup.dat").empty());
 }

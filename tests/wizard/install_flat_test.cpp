@@ -50,8 +50,8 @@ TEST(InstallKestrel, ModesDoNotDependOnTheUmask) {
     EXPECT_THAT(tree_of(host, "html"), StartsWith("0755 html/vlimg/\n"));
     EXPECT_THAT(tree_of(host, "spool"), StartsWith("0770 spool/kestrel/\n"));
     EXPECT_EQ(tree_of(host, "spool/kestrel/originals"),
-              "0660 spool/kestrel/originals/head.tpl \"head template\"\n"
-              "0660 spool/kestrel/originals/index.tpl \"index template\"\n");
+              "0660 spool/kestrel/originals/head.tpl \"new tpl/head.tpl\"\n"
+              "0660 spool/kestrel/originals/index.tpl \"new tpl/index.tpl\"\n");
     EXPECT_EQ(tree_of(host, "cgi-bin"), "0770 cgi-bin/kestrel.cgi\n"
                                         "0600 cgi-bin/kestrel.ini\n");
 }

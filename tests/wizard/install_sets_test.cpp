@@ -49,8 +49,8 @@ TEST(InstallTanager, WmlPartPointsAtItsOwnSet) {
     const set_numbers numbers("dist/tpl");
     expect_kept_run(host, run_wizard(host, {}, with_wml + no_to_both), {"cgi-bin"});
     EXPECT_EQ(tree_of(host, "spool/tanager/wml"),
-              "0660 spool/tanager/wml/index.tpl \"deck\"\n"
-              "0660 spool/tanager/wml/words.dat \"deck words\"\n");
+              "0660 spool/tanager/wml/index.tpl \"new wap/wml/index.tpl\"\n"
+              "0660 spool/tanager/wml/words.dat \"new wap/common/words.dat\"\n");
     EXPECT_TRUE(is_there("spool/tanager/marble/merlin.ini"));
     expect_kept("merlin.ini", shown_file(host, "cgi-bin/merlin.ini"));
     expect_kept("gxsetup.dat", numbers.named(shown_file(host, "dist/gxsetup.dat")));

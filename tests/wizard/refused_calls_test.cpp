@@ -142,7 +142,7 @@ void add_old_ini(const world & /*host*/) {
     ::chmod("cgi-bin/kestrel.ini", 0600);
 }
 
-const std::string index_template = "0660 ./spool/kestrel/index.tpl \"index template\"\n";
+const std::string index_template = "0660 ./spool/kestrel/index.tpl \"new tpl/index.tpl\"\n";
 
 const std::vector<refusal> refusals = {
     {"RefusedWords.ASourceThatCannotBeLookedAt", "newfstatat", "\"./tpl/head.tpl\"", "EIO",

@@ -10,47 +10,13 @@
 
 namespace {
 
-struct release {
-    std::string number; // in the texts of its files
-    std::string version;
-    std::vector<stamped_template> templates; // of a flat product
-};
-
-bool has_sets(const world &host) {
-    return host.product() == "tanager" || host.product() == "osprey";
-}
-
-void add_flat_files(const world &host, const release &unpacked) {
-    add_templates(host, "dist/tpl", unpacked.templates);
-    for (const char *name : {"words.dat", "logo.gif", "back.jpg", "bell.wav"}) {
-        add_file(std::string("dist/tpl/") + name, unpacked.number + " " + name);
-    }
-}
-
-void add_sets(const release &unpacked) {
-    for (const char *name : {"tpl/marble/index.tpl", "tpl/blue/index.tpl", "tpl/common/head.tpl",
-                             "tpl/common/words.dat", "img/marble/logo.gif", "img/blue/logo.gif",
-                             "img/common/bell.wav", "manuals/index.html"}) {
-        add_file(std::string("dist/") + name, unpacked.number + " " + name);
-    }
-}
-
-void unpack(const world &host, const release &unpacked) {
-    for (const char *directory : {"tpl", "img", "manuals", "wap"}) {
-        std::filesystem::remove_all(std::string("dist/") + directory);
-    }
-    add_program("dist/" + host.product() + ".cgi", "Version: release v" + unpacked.version + "\n");
-    add_file("dist/" + host.product() + ".ini", "timeout " + unpacked.number + "\n");
-    add_file("dist/merlin.ini", "deck " + unpacked.number + "\n");
-    add_file("dist/menu.js", unpacked.number + " menu.js");
-    add_file("dist/menu.vbs", unpacked.number + " menu.vbs");
-    add_file("dist/wap/wml/index.tpl", unpacked.number + " deck");
-    add_file("dist/wap/common/words.dat", unpacked.number + " deck words");
-    if (has_sets(host)) {
-        add_sets(unpacked);
-    } else {
-        add_flat_files(host, unpacked);
-    }
+// The release of this number, whose .ini files tell it, too.
+sample_release release_of(const std::string &number, const std::string &version) {
+    return {.version = version,
+            .mark = number,
+            .settings = "timeout " + number + "\n",
+            .merlin_settings = "deck " + number + "\n",
+            .has_plain_templates = false};
 }
 
 std::string family(const world &host) {
@@ -92,42 +58,46 @@ void make_own(const std::string &path) {
 }
 
 void unpack_31(const world &host) {
-    const std::string set = family(host);
-    unpack(host, {"31",
-                  "3.1a",
-                  {{"clean.tpl", set, "2.0a", "old clean"},
-                   {"edited.tpl", set, "2.0a", "old edited"},
-                   {"moved.tpl", set, "2.0a", "old moved"},
-                   {"same.tpl", set, "2.1", "old same"},
-                   {"dropped.tpl", set, "2.5", "old dropped"}}});
+    unpack_release(host.product(), release_of("31", "3.1a"));
+    if (!has_sets(host.product())) {
+        const std::string set = family(host);
+        add_templates(host, "dist/tpl",
+                      {{"clean.tpl", set, "2.0a", "old clean"},
+                       {"edited.tpl", set, "2.0a", "old edited"},
+                       {"moved.tpl", set, "2.0a", "old moved"},
+                       {"same.tpl", set, "2.1", "old same"},
+                       {"dropped.tpl", set, "2.5", "old dropped"}});
+    }
 }
 
 void unpack_32(const world &host) {
+    unpack_release(host.product(), release_of("32", "3.2a"));
+    if (has_sets(host.product())) {
+        add_file("dist/tpl/slate/index.tpl", "32 tpl/slate/index.tpl");
+        add_file("dist/img/slate/logo.gif", "32 img/slate/logo.gif");
+        add_file("dist/img/common/words.dat", "32 img/common/words.dat");
+        return;
+    }
     const std::string set = family(host);
-    unpack(host, {"32",
-                  "3.2a",
+    add_templates(host, "dist/tpl",
                   {{"clean.tpl", set, "2.1", "new clean"},
                    {"edited.tpl", set, "2.1", "new edited"},
                    {"moved.tpl", "pad_s1", "1.0", "new moved"},
                    {"same.tpl", set, "2.1", "new same"},
-                   {"brandnew.tpl", set, "2.1", "brand new"}}});
-    if (has_sets(host)) {
-        add_file("dist/tpl/slate/index.tpl", "32 tpl/slate/index.tpl");
-        add_file("dist/img/slate/logo.gif", "32 img/slate/logo.gif");
-        add_file("dist/img/common/words.dat", "32 img/common/words.dat");
-    } else {
-        add_file("dist/tpl/extra.gif", "32 extra.gif");
-    }
+                   {"brandnew.tpl", set, "2.1", "brand new"}});
+    add_file("dist/tpl/extra.gif", "32 tpl/extra.gif");
 }
 
 void install_31_and_unpack_32(const world &host, const std::string &wml) {
     unpack_31(host);
     const console_script answers = {{"merlin cgi", wml}, {"original templates", "no"}};
-    const wizard_run run = run_wizard(host, {}, has_sets(host) ? images_here + answers : answers);
+    const wizard_run run =
+        run_wizard(host, {}, has_sets(host.product()) ? images_here + answers : answers);
     EXPECT_TRUE(
         run.transcript.ends_with("install successful\n\n.\nPlease press enter to quit...\n"))
         << run.transcript;
-    edit_by_hand("spool/" + host.product() + (has_sets(host) ? "/marble/index.tpl" : "/edited.tpl"),
+    edit_by_hand("spool/" + host.product() +
+                     (has_sets(host.product()) ? "/marble/index.tpl" : "/edited.tpl"),
                  " by hand");
     unpack_32(host);
 }

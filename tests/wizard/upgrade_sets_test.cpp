@@ -142,7 +142,7 @@ TEST(UpgradeOsprey, AnOldWmlIniStaysAndSoDoTheTemplateSets) {
 TEST(UpgradeOsprey, WithoutReplacingTheWmlSetsAreNotCopied) {
     const upgrade_world host("osprey", "yes");
     expect_kept("screen", run_wizard(host, {}, images + no_to_both).transcript);
-    EXPECT_EQ(read_file("spool/osprey/wml/index.tpl"), "31 deck");
+    EXPECT_EQ(read_file("spool/osprey/wml/index.tpl"), "31 wap/wml/index.tpl");
     EXPECT_EQ(read_file("spool/osprey/marble/index.tpl"), "32 tpl/marble/index.tpl");
 }
 

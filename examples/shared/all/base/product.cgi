@@ -2,11 +2,11 @@
 # @TITLE@, a sample web-mail program. It answers -version, and called by a web server it shows a
 # mailbox of made-up mail, built from its installed templates.
 #
-# Its settings stand in the .ini file beside it that has its own name, so one program serves under
+# Its settings are in the .ini file of its own name beside it, so one program serves under
 # several names (the WML copy has an .ini of its own). It keeps nothing and sends nothing.
 
 if [ "${1-}" = -version ] && [ -z "${GATEWAY_INTERFACE-}" ]; then
-    # What follows the first lower-case v is taken as the version: the name stands in capitals.
+    # What follows the first lower-case v is taken as the version: the name is in capitals.
     printf 'Version: %s v%s\n' '@NAME@' '@VERSION@'
     exit 0
 fi

@@ -23,6 +23,12 @@ std::string_view last_paragraph(std::string_view shown) {
     return empty_line == std::string_view::npos ? shown : shown.substr(empty_line + 2);
 }
 
+// Whether enter would accept one of the built-in directories, which are real ones.
+bool offers_real_directory(std::string_view prompt) {
+    return prompt.find("[/home/") != std::string_view::npos ||
+           prompt.find("[/var/") != std::string_view::npos;
+}
+
 } // namespace
 
 console_script in_order(std::vector<prompt_answer> answers) {
@@ -51,9 +57,14 @@ std::optional<std::string> prompt_reader::answer(std::string_view shown) {
         return std::nullopt;
     }
     prompts_++;
-    const std::string_view prompt = last_paragraph(shown.substr(answered_));
+    const std::string prompt(last_paragraph(shown.substr(answered_)));
     answered_ = shown.size();
-    return answer_to(prompt) + "\n";
+    const std::string typed = answer_to(prompt);
+    if (typed.empty() && offers_real_directory(prompt)) {
+        ADD_FAILURE() << "not accepted: " << prompt;
+        return "q\n";
+    }
+    return typed + "\n";
 }
 
 std::string prompt_reader::answer_to(std::string_view prompt) {

@@ -51,7 +51,8 @@ class prompt_reader {
     explicit prompt_reader(console_script script);
 
     // What is to be typed, line feed included, when the program waits behind all that it has
-    // `shown`; nothing while it does not, and after too many prompts, which is_stuck() tells.
+    // `shown`; nothing while it does not, and after too many prompts, which is_stuck() tells. Where
+    // enter would accept a directory outside the world, the test fails and "q" is typed.
     std::optional<std::string> answer(std::string_view shown);
 
     [[nodiscard]] bool is_stuck() const;

@@ -6,8 +6,8 @@ import time
 import pytest
 
 from world import (
-    DEFAULTS, ROOT, Server, Site, derived_images_url, errors_in, fetch, free_port, images_of, need, printed_url, run,
-    take_picture,
+    DEFAULTS, GONE, ROOT, UPGRADE_FLAT, UPGRADE_SETS, Server, Site, derived_images_url, errors_in, fetch,
+    free_port, images_of, need, printed_url, removal_answers, run, take_picture,
 )  # fmt: skip
 
 
@@ -32,25 +32,6 @@ def see_wml_page(server, url):
     status, kind, content = server.fetch(url)
     assert (status, kind) == (200, "text/vnd.wap.wml")
     assert b'<card id="inbox"' in content
-
-
-# Menu, replace templates?, the directories and the URL, WML?, change? and what an upgrade may ask of
-# templates take their defaults; then no copy of the originals, and the distribution is kept.
-UPGRADE_FLAT = [""] * 11 + ["no", "no", ""]
-UPGRADE_SETS = [""] * 8 + ["no", "no", ""]
-
-
-def removal_answers(site):
-    """Every part goes. The images directory is named, since a real one is offered for some products."""
-    return ["3", "", "yes", "yes", str(site.images), "yes", "", "yes", "", "yes", ""]
-
-
-# 3.2 has no welcome.tpl, so the installed one cannot be replaced.
-GONE = [
-    "Can't copy ./tpl/welcome.tpl: No such file or directory",
-    "Can't copy ./tpl/welcome.tpl",
-    "Can't do safe save",
-]
 
 
 @pytest.mark.parametrize(

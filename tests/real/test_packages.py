@@ -2,12 +2,12 @@
 
 import os
 import platform
-import re
 import shutil
 import subprocess
 import tarfile
 
 import pytest
+from debian import Debian, release_here
 from world import DEFAULTS, ROOT, errors_in, need, run
 
 
@@ -76,41 +76,23 @@ def test_the_packages_hold_what_they_should(packages):
     assert not {name for name in program if "examples" in name}
 
 
-class Debian:
-    """A fresh Debian in a directory. What debootstrap made is kept packed in build/real."""
-
-    def __init__(self, directory, artefacts):
-        self.directory = directory
-        packed = artefacts / "debian.tar"
-        if not packed.exists():
-            self.bootstrap()
-            run("tar", "-C", directory, "-cf", packed, ".", timeout=120)
-        else:
-            run("tar", "-C", directory, "-xf", packed, timeout=120)
-
-    def bootstrap(self):
-        debootstrap = need("debootstrap")
-        sites = run("apt-get", "indextargets", "--format", "$(SITE)").split()
-        release = re.search("VERSION_CODENAME=(.*)", open("/etc/os-release").read()).group(1)
-        command = [debootstrap, "--variant=minbase", release, str(self.directory), *sites[:1]]
-        made = subprocess.run(command, capture_output=True, text=True, timeout=600)
-        if made.returncode != 0:
-            pytest.skip("debootstrap cannot have its packages: " + made.stdout[-200:])
-
-    def run(self, *command, **options):
-        environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "HOME": "/root"}
-        return run("chroot", self.directory, *command, env=environment, **options)
-
-    def files(self):
-        return {str(path.relative_to(self.directory)) for path in self.directory.rglob("*")}
+def test_the_same_sources_give_the_same_bytes_elsewhere(packages, place):
+    """Programs, packages and archives: all of them are in the sums."""
+    sources = place / "of another name" / "sources"
+    shutil.copytree(ROOT, sources, ignore=shutil.ignore_patterns("build", ".git", "__pycache__"))
+    run(
+        sources / "tools" / "release", place / "again", platform.machine(),
+        env={"PATH": os.environ["PATH"], "TZ": "Asia/Kolkata", "LC_ALL": "C.UTF-8"}, umask=0o077, timeout=600,
+    )  # fmt: skip
+    assert (place / "again" / "SHA256SUMS").read_text() == (packages / "SHA256SUMS").read_text()
+    run("sha256sum", "--check", "SHA256SUMS", cwd=packages)
 
 
 def test_installs_runs_and_is_removed_in_a_fresh_debian(packages, place, artefacts):
     if os.getuid() != 0:
         pytest.skip("a fresh Debian needs root")
     root = place / "debian"
-    root.mkdir()
-    debian = Debian(root, artefacts)
+    debian = Debian(root, artefacts, release_here())
     for package in packages.glob("*.deb"):
         shutil.copy(package, root / "root")
     before = debian.files()

@@ -25,6 +25,24 @@ ARTEFACTS = ROOT / "build" / "real"
 # More empty lines than any flow has questions; what is left over is not read.
 DEFAULTS = [""] * 60
 
+# Menu, replace templates?, the directories and the URL, WML?, change? and what an upgrade may ask of
+# templates take their defaults; then no copy of the originals, and the distribution is kept.
+UPGRADE_FLAT = [""] * 11 + ["no", "no", ""]
+UPGRADE_SETS = [""] * 8 + ["no", "no", ""]
+
+
+def removal_answers(site):
+    """Every part goes. The images directory is named, since a real one is offered for some products."""
+    return ["3", "", "yes", "yes", str(site.images), "yes", "", "yes", "", "yes", ""]
+
+
+# 3.2 has no welcome.tpl, so the installed one cannot be replaced.
+GONE = [
+    "Can't copy ./tpl/welcome.tpl: No such file or directory",
+    "Can't copy ./tpl/welcome.tpl",
+    "Can't do safe save",
+]
+
 
 def need(tool):
     """The path of a tool; without it the test is skipped and the tool is named."""

@@ -33,6 +33,18 @@ def place():
 
 
 @pytest.fixture
+def memory(place):
+    """A directory in memory where that may be had: a whole system takes long to write to a disk."""
+    directory = place / "memory"
+    directory.mkdir()
+    mount = ["mount", "-t", "tmpfs", "-o", "mode=0755,size=1g", "gxsetup-real", directory]
+    mounted = os.getuid() == 0 and subprocess.run(mount, capture_output=True, check=False).returncode == 0
+    yield directory
+    if mounted:
+        subprocess.run(["umount", "--lazy", directory], check=True)
+
+
+@pytest.fixture
 def artefacts():
     """Where pictures and packages are kept for whoever wants to look at them."""
     ARTEFACTS.mkdir(parents=True, exist_ok=True)

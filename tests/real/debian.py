@@ -29,12 +29,12 @@ class Debian:
     def bootstrap(self, suite, packages):
         debootstrap = need("debootstrap")
         sites = run("apt-get", "indextargets", "--format", "$(SITE)").split()
-        command = [debootstrap, "--variant=minbase", "--include=" + ",".join(packages), suite]
-        made = subprocess.run(
-            [*command, str(self.directory), *sites[:1]], capture_output=True, text=True, timeout=600
-        )
+        options = ["--variant=minbase", *(f"--include={name}" for name in packages)]
+        command = [debootstrap, *options, suite, str(self.directory), *sites[:1]]
+        made = subprocess.run(command, capture_output=True, text=True, timeout=600)
         if made.returncode != 0:
-            pytest.skip(f"debootstrap cannot have the packages of {suite}: " + made.stdout[-200:].strip())
+            why = (made.stdout + made.stderr).strip().splitlines()[-1]
+            pytest.skip(f"debootstrap cannot have the packages of {suite}: {why}")
 
     def run(self, *command, **options):
         environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "HOME": "/root"}

@@ -88,10 +88,10 @@ def test_the_same_sources_give_the_same_bytes_elsewhere(packages, place):
     run("sha256sum", "--check", "SHA256SUMS", cwd=packages)
 
 
-def test_installs_runs_and_is_removed_in_a_fresh_debian(packages, place, artefacts):
+def test_installs_runs_and_is_removed_in_a_fresh_debian(packages, memory, artefacts):
     if os.getuid() != 0:
         pytest.skip("a fresh Debian needs root")
-    root = place / "debian"
+    root = memory / "debian"
     debian = Debian(root, artefacts, release_here())
     for package in packages.glob("*.deb"):
         shutil.copy(package, root / "root")

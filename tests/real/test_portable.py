@@ -194,9 +194,9 @@ def test_runs_on_a_musl_system(place, native):
 
 # The oldest systems that there may be packages for, and the C library that they have.
 @pytest.mark.parametrize("suite", ["bullseye", "jammy"], ids=["Debian 11", "Ubuntu 22.04"])
-def test_runs_on_an_old_system(place, artefacts, reference, native, suite):
+def test_runs_on_an_old_system(memory, artefacts, reference, native, suite):
     sample, seen = reference
-    root = place / "root"
+    root = memory / "root"
     shown = Debian(root, artefacts, suite, "libnss-extrausers").run("getconf", "GNU_LIBC_VERSION")
     assert float(shown.split()[1]) < 2.36, shown
     assert sample.run(root, native) == seen

@@ -1,6 +1,7 @@
 #include "settings/store.h"
 
 #include "support/console_capture.h"
+#include "support/rows.h"
 #include "unit/failing_memory.h"
 #include "unit/settings/recording_store.h"
 
@@ -8,6 +9,9 @@
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -53,6 +57,73 @@ class Store : public testing::Test, public recording_store {
         list_clear(&list);
         return all;
     }
+
+    // Makes a call, "NAME ARGUMENT VALUE"; gives its result as a text, nothing for one without.
+    std::string call(const std::string &text) {
+        std::istringstream words(text);
+        std::string name;
+        std::string argument;
+        std::string value;
+        words >> name >> argument >> value;
+        const char *first = argument == "-" ? nullptr : argument.c_str();
+        const char *second = value == "-" ? nullptr : value.c_str();
+        const auto shown = [](const char *found) { return found != nullptr ? found : "-"; };
+        const auto update = [&] {
+            const heap_text old = ini_update(&ini, first);
+            return std::string(shown(old.get()));
+        };
+        const std::map<std::string, std::function<std::string()>> calls = {
+            {"add", [&] { return std::to_string(ini_add(&ini, first, second)); }},
+            {"remove", [&] { return std::to_string(ini_remove(&ini, first)); }},
+            {"remove_all", [&] { return ini_remove_all(&ini, first), ""; }},
+            {"number", [&] { return std::to_string(ini_number(&ini)); }},
+            {"start", [&] { return std::to_string(ini_start(&ini)); }},
+            {"get", [&] { return shown(ini_get(&ini)); }},
+            {"update", update},
+            {"value", [&] { return shown(ini_value(&ini, first, 0)); }},
+            {"value+", [&] { return shown(ini_value(&ini, first, 1)); }},
+            {"next", [&] { return shown(ini_next_value(&ini, first)); }},
+            {"true", [&] { return std::to_string(ini_true(&ini, first)); }},
+        };
+        return calls.at(name)();
+    }
+
+    // The test of a row of the table below.
+    template <typename Row>
+    void check(const Row &row) {
+        const std::string calls = row.calls;
+        std::optional<failing_memory> memory;
+        texts results;
+        for (std::size_t from = 0; from < calls.size(); from = calls.find("; ", from) + 2) {
+            const std::string text = calls.substr(from, calls.find("; ", from) - from);
+            if (text.starts_with("only ")) {
+                memory.reset();
+                memory.emplace(text.substr(5, 5) == "texts" ? memory_of::texts : memory_of::nodes,
+                               text.back() - '0');
+            } else {
+                errors.clear();
+                debug_messages.clear();
+                results.push_back(call(text));
+            }
+            if (calls.find("; ", from) == std::string::npos) {
+                break;
+            }
+        }
+        memory.reset();
+        std::erase(results, "");
+        EXPECT_EQ(joined(results, " "), row.results);
+        const std::string told = joined(errors, "\n") + joined(debug_messages, "\n");
+        EXPECT_TRUE(*row.told == '\0' || told == row.told) << told;
+        EXPECT_EQ(joined(settings(), " "), row.settings);
+    }
+
+    static std::string joined(const texts &all, const char *between) {
+        std::string text;
+        for (const std::string &one : all) {
+            text += (text.empty() || text.back() == '\n' ? "" : between) + one;
+        }
+        return text;
+    }
 };
 
 using IniInit = Store;
@@ -60,15 +131,153 @@ using IniSetup = Store;
 using IniDefault = Store;
 using IniClear = Store;
 using IniAdd = Store;
-using IniRemove = Store;
-using IniUpdate = Store;
-using IniGet = Store;
 using IniValue = Store;
-using IniNextValue = Store;
 using IniMultiValue = Store;
 using IniNum = Store;
 using IniTrue = Store;
 using IniMessages = Store;
+
+// --- Calls ---
+
+// Calls on an empty store, divided by "; ", and what each gives; then the settings and what the
+// last call told. "-" is null, a "+" takes associations, and from "only texts 1" on there is memory
+// for one text more.
+struct store_calls {
+    const char *name;
+    const char *calls;
+    const char *results;
+    const char *settings;
+    const char *told = "";
+};
+
+// clang-format off
+const std::vector<store_calls> rows = {
+    {"IniAdd.ASingleValuedNameKeepsItsPlaceWithTheSecondValue",
+     "add cgi_name kestrel; add templates /tpl; add cgi_name plover; number", "1 1 1 4",
+     "cgi_name=plover templates=/tpl"},
+    {"IniAdd.TellsOfAChange", "add cgi_name kestrel; add cgi_name plover", "1 1",
+     "cgi_name=plover", "INI: ini settings changed {cgi_name=plover}"},
+    {"IniAdd.TheLastSettingIsReplacedInPlaceToo",
+     "add templates /tpl; add cgi_name kestrel; add cgi_name plover", "1 1 1",
+     "templates=/tpl cgi_name=plover"},
+    {"IniAdd.AMultiValuedNameGainsAFurtherEntry",
+     "add tpl_set a; add cgi_name kestrel; add tpl_set a; add tpl_set b", "1 1 1 1",
+     "tpl_set=a cgi_name=kestrel tpl_set=a tpl_set=b", "INI: ini settings changed {tpl_set=b}"},
+    {"IniAdd.AnEmptyValueChangesNothingAndCountsAsDone",
+     "add cgi_name kestrel; add cgi_name", "1 1", "cgi_name=kestrel",
+     "INI: Blank INI Setting for {cgi_name} not added"},
+    {"IniAdd.ANullValueChangesNothingAndCountsAsDone", "add templates -", "1", "",
+     "INI: Blank INI Setting for {templates} not added"},
+    {"IniAdd.ANullNameGivesZero", "add - value; number", "0 0", ""},
+    {"IniAdd.UnknownNamesAreAcceptedAsSingleValued",
+     "add unheard_of 1; add unheard_of 2", "1 1", "unheard_of=2"},
+    {"IniAdd.NamesMatchCaseSensitively", "add cgi_name kestrel; add Cgi_name plover", "1 1",
+     "cgi_name=kestrel Cgi_name=plover"},
+    {"IniAdd.AnAssociatedNameIsNotReplaced", "add templates /tpl; add workarea /work", "1 1",
+     "templates=/tpl workarea=/work"},
+    {"IniAdd.APasswordIsMaskedWithFiveLetters", "add secret one", "1", "secret=one",
+     "INI: ini settings changed {secret=xxxxx}"},
+    {"IniAdd.AnotherPasswordIsMaskedWithFiveLetters", "add secret one; add secret two", "1 1",
+     "secret=two", "INI: ini settings changed {secret=xxxxx}"},
+    {"IniAdd.WithoutMemoryForTheNameIsAnError", "only texts 0; add cgi_name kestrel", "0", "",
+     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+    {"IniAdd.WithoutMemoryForTheValueLeavesNoLoneName",
+     "only texts 1; add cgi_name kestrel", "0", "",
+     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+    {"IniAdd.WithoutMemoryForANewValueKeepsTheOldOne",
+     "add cgi_name kestrel; only texts 0; add cgi_name plover", "1 0", "cgi_name=kestrel",
+     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+    {"IniAdd.ANameThatCannotBeAppendedIsAnError", "only nodes 0; add cgi_name kestrel", "0", "",
+     "LIST: Error - add item to list failed\n"
+     "INI: 'name' failed to be added to ini settings {cgi_name}"},
+    {"IniAdd.AValueThatCannotBeAppendedTakesItsNameAlong",
+     "add templates /tpl; only nodes 1; add cgi_name kestrel", "1 0", "templates=/tpl",
+     "LIST: Error - add item to list failed\n"
+     "INI: 'cgi_name' value failed to be added to ini settings {kestrel}"},
+    {"IniAdd.AValueThatCouldNotBeAppendedIsAddedWhenThereIsMemory",
+     "only nodes 1; add cgi_name kestrel; only nodes 9; value cgi_name; add cgi_name plover",
+     "0 - 1", "cgi_name=plover"},
+    {"IniAdd.APasswordThatCannotBeAppendedIsMaskedWithSixLetters",
+     "only nodes 1; add secret word", "0", "",
+     "LIST: Error - add item to list failed\n"
+     "INI: 'secret' value failed to be added to ini settings {xxxxxx}"},
+    {"IniAdd.AReplacementThatCannotBeInsertedRemovesTheSetting",
+     "add templates /tpl; add cgi_name kestrel; add other 1; only nodes 0; add cgi_name plover",
+     "1 1 1 0", "templates=/tpl other=1",
+     "LIST: Error - add item to list failed\n"
+     "INI: Adding {cgi_name=plover} to settings failed removed setting."},
+    {"IniAdd.WhatWasRemovedIsNotFound",
+     "add cgi_name kestrel; only nodes 0; add cgi_name plover; value cgi_name", "1 0 -", ""},
+    {"IniAdd.APasswordThatCannotBeInsertedIsMaskedWithFiveLetters",
+     "add secret old; only nodes 0; add secret new", "1 0", "",
+     "LIST: Error - add item to list failed\n"
+     "INI: Adding {secret=xxxxx} to settings failed removed setting."},
+    {"IniAdd.MovesTheIterationPointToTheEnd",
+     "add cgi_name kestrel; start; add templates /tpl; get", "1 1 1 -",
+     "cgi_name=kestrel templates=/tpl"},
+    {"IniRemove.TakesTheFirstSettingOfTheName",
+     "add tpl_set a; add cgi_name kestrel; add tpl_set b; remove tpl_set; value tpl_set",
+     "1 1 1 1 b", "cgi_name=kestrel tpl_set=b"},
+    {"IniRemove.TakesTheLastSettingOfTheName",
+     "add cgi_name kestrel; add tpl_set b; remove tpl_set; remove tpl_set", "1 1 1 0",
+     "cgi_name=kestrel"},
+    {"IniRemove.WithoutSuchANameGivesZero",
+     "add cgi_name kestrel; remove Cgi_name; remove -", "1 0 0", "cgi_name=kestrel"},
+    {"IniRemove.UsesNoAssociations", "add templates /tpl; remove workarea", "1 0",
+     "templates=/tpl"},
+    // The reverse of every other masked message.
+    {"IniRemove.TheMessageShowsAPassword", "add secret word; remove secret", "1 1", "",
+     "INI: ini setting removed {secret=word}"},
+    {"IniRemove.TheMessageMasksEverythingElse", "add cgi_name kestrel; remove cgi_name", "1 1", "",
+     "INI: ini setting removed {cgi_name=xxxxx}"},
+    {"IniRemove.AllTakesEverySettingOfTheName",
+     "add tpl_set a; add cgi_name kestrel; add tpl_set b; remove_all tpl_set; remove_all missing",
+     "1 1 1", "cgi_name=kestrel"},
+    {"IniGet.GivesNamesAndValuesInTurnAndNullAtTheEnd",
+     "add cgi_name kestrel; add templates /tpl; start; get; get; get; get; get",
+     "1 1 1 cgi_name kestrel templates /tpl -", "cgi_name=kestrel templates=/tpl"},
+    {"IniUpdate.ReplacesTheValueThatTheIterationGaveLast",
+     "add cgi_name kestrel; add templates /tpl; value cgi_name; update plover; value templates; "
+     "update /spool",
+     "1 1 kestrel kestrel /tpl /tpl", "cgi_name=plover templates=/spool"},
+    {"IniUpdate.GoesOnWithTheIteration",
+     "add tpl_set a; add tpl_set b; value tpl_set; update c; next tpl_set; value tpl_set",
+     "1 1 a a b c", "tpl_set=c tpl_set=b"},
+    {"IniUpdate.ANullValueOrNoValueGivenLastChangesNothing",
+     "update x; add cgi_name kestrel; start; update x; get; update x; get; update -",
+     "- 1 1 - cgi_name - kestrel -", "cgi_name=kestrel"},
+    {"IniUpdate.WithoutMemoryKeepsTheValueAndLogsTheName",
+     "add cgi_name kestrel; value cgi_name; only texts 0; update plover", "1 kestrel -",
+     "cgi_name=kestrel", "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+    {"IniValue.GivesTheFirstValueOfTheExactName",
+     "add tpl_set a; add tpl_set b; value tpl_set; value Tpl_set; value+ -", "1 1 a - -",
+     "tpl_set=a tpl_set=b"},
+    {"IniValue.LeavesTheIterationJustBehindTheValue",
+     "add cgi_name kestrel; add templates /tpl; value cgi_name; get", "1 1 kestrel templates",
+     "cgi_name=kestrel templates=/tpl"},
+    {"IniValue.WithoutAMatchLeavesTheIterationAtTheEnd",
+     "add cgi_name kestrel; value missing; get", "1 - -", "cgi_name=kestrel"},
+    {"IniValue.AnAssociationReplacesAMissingName", "add templates /tpl; value+ workarea", "1 /tpl",
+     "templates=/tpl", "INI: replace located {workarea}={templates}"},
+    {"IniValue.AnAssociationDoesNotReplaceAnOwnValue",
+     "add templates /tpl; value workarea; add workarea /work; value+ workarea", "1 - 1 /work",
+     "templates=/tpl workarea=/work"},
+    {"IniValue.AssociationsChain", "add templates /tpl; value+ wml_tpl", "1 /tpl",
+     "templates=/tpl",
+     "INI: replace located {wml_tpl}={workarea}\nINI: replace located {workarea}={templates}"},
+    {"IniValue.AssociationsThatGoInACircleEnd",
+     "value+ self; value+ ping; add self 1; value+ self", "- - 1 1", "self=1"},
+    {"IniNextValue.GoesOnFromTheIterationPoint",
+     "add tpl_set a; add cgi_name kestrel; add tpl_set b; value tpl_set; next tpl_set; "
+     "next tpl_set; start; next cgi_name; next cgi_name",
+     "1 1 1 a b - 1 kestrel -", "tpl_set=a cgi_name=kestrel tpl_set=b"},
+    {"IniNextValue.UsesNoAssociations", "add templates /tpl; start; next workarea", "1 1 -",
+     "templates=/tpl"},
+    {"IniTrue.UsesAssociations", "add templates yes; true workarea", "1 1", "templates=yes"},
+};
+// clang-format on
+
+const int registered = register_rows<Store>(rows);
 
 } // namespace
 
@@ -188,63 +397,6 @@ TEST_F(IniClear, EmptiesTheStoreWhichCanBeFilledAgain) {
 
 // --- Adding ---
 
-TEST_F(IniAdd, ASingleValuedNameKeepsItsPlaceWithTheSecondValue) {
-    add("cgi_name", "kestrel");
-    add("templates", "/tpl");
-    EXPECT_EQ(ini_add(&ini, "cgi_name", "plover"), 1);
-    EXPECT_EQ(settings(), (texts{"cgi_name=plover", "templates=/tpl"}));
-    EXPECT_EQ(ini_number(&ini), 4);
-    EXPECT_EQ(debug_messages, texts{"INI: ini settings changed {cgi_name=plover}"});
-}
-
-TEST_F(IniAdd, TheLastSettingIsReplacedInPlaceToo) {
-    add("templates", "/tpl");
-    add("cgi_name", "kestrel");
-    add("cgi_name", "plover");
-    EXPECT_EQ(settings(), (texts{"templates=/tpl", "cgi_name=plover"}));
-}
-
-TEST_F(IniAdd, AMultiValuedNameGainsAFurtherEntry) {
-    add("tpl_set", "a");
-    add("cgi_name", "kestrel");
-    EXPECT_EQ(ini_add(&ini, "tpl_set", "b"), 1);
-    EXPECT_EQ(ini_add(&ini, "tpl_set", "a"), 1);
-    EXPECT_EQ(settings(), (texts{"tpl_set=a", "cgi_name=kestrel", "tpl_set=b", "tpl_set=a"}));
-    EXPECT_EQ(debug_messages.front(), "INI: ini settings changed {tpl_set=b}");
-}
-
-TEST_F(IniAdd, AnEmptyValueChangesNothingAndCountsAsDone) {
-    add("cgi_name", "kestrel");
-    EXPECT_EQ(ini_add(&ini, "cgi_name", ""), 1);
-    EXPECT_EQ(ini_add(&ini, "templates", nullptr), 1);
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-    EXPECT_EQ(debug_messages, (texts{"INI: Blank INI Setting for {cgi_name} not added",
-                                     "INI: Blank INI Setting for {templates} not added"}));
-}
-
-TEST_F(IniAdd, ANullNameGivesZero) {
-    EXPECT_EQ(ini_add(&ini, nullptr, "value"), 0);
-    EXPECT_EQ(ini_number(&ini), 0);
-}
-
-TEST_F(IniAdd, UnknownNamesAreAcceptedAsSingleValued) {
-    add("unheard_of", "1");
-    add("unheard_of", "2");
-    EXPECT_EQ(settings(), texts{"unheard_of=2"});
-}
-
-TEST_F(IniAdd, NamesMatchCaseSensitively) {
-    add("cgi_name", "kestrel");
-    add("Cgi_name", "plover");
-    EXPECT_EQ(settings(), (texts{"cgi_name=kestrel", "Cgi_name=plover"}));
-}
-
-TEST_F(IniAdd, AnAssociatedNameIsNotReplaced) {
-    add("templates", "/tpl");
-    add("workarea", "/work");
-    EXPECT_EQ(settings(), (texts{"templates=/tpl", "workarea=/work"}));
-}
-
 TEST_F(IniAdd, KeepsCopies) {
     char name[] = "cgi_name";
     char text[] = "kestrel";
@@ -259,93 +411,6 @@ TEST_F(IniAdd, TakesAValueOfTheStoreItself) {
     EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
 }
 
-TEST_F(IniAdd, APasswordIsMaskedWithFiveLetters) {
-    ini_add(&ini, "secret", "one");
-    ini_add(&ini, "secret", "two");
-    EXPECT_EQ(debug_messages, texts(2, "INI: ini settings changed {secret=xxxxx}"));
-    EXPECT_EQ(settings(), texts{"secret=two"});
-}
-
-TEST_F(IniAdd, WithoutMemoryForTheNameIsAnError) {
-    const failing_memory none(memory_of::texts, 0);
-    EXPECT_EQ(ini_add(&ini, "cgi_name", "kestrel"), 0);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
-    EXPECT_EQ(ini_number(&ini), 0);
-}
-
-TEST_F(IniAdd, WithoutMemoryForTheValueLeavesNoLoneName) {
-    const failing_memory one(memory_of::texts, 1);
-    EXPECT_EQ(ini_add(&ini, "cgi_name", "kestrel"), 0);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
-    EXPECT_EQ(ini_number(&ini), 0);
-}
-
-TEST_F(IniAdd, WithoutMemoryForANewValueKeepsTheOldOne) {
-    add("cgi_name", "kestrel");
-    const failing_memory none(memory_of::texts, 0);
-    EXPECT_EQ(ini_add(&ini, "cgi_name", "plover"), 0);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-}
-
-TEST_F(IniAdd, ANameThatCannotBeAppendedIsAnError) {
-    const failing_memory none(memory_of::nodes, 0);
-    EXPECT_EQ(ini_add(&ini, "cgi_name", "kestrel"), 0);
-    EXPECT_EQ(errors, (texts{"LIST: Error - add item to list failed\n",
-                             "INI: 'name' failed to be added to ini settings {cgi_name}"}));
-    EXPECT_EQ(ini_number(&ini), 0);
-}
-
-TEST_F(IniAdd, AValueThatCannotBeAppendedTakesItsNameAlong) {
-    add("templates", "/tpl");
-    {
-        const failing_memory one(memory_of::nodes, 1);
-        EXPECT_EQ(ini_add(&ini, "cgi_name", "kestrel"), 0);
-    }
-    EXPECT_EQ(errors,
-              (texts{"LIST: Error - add item to list failed\n",
-                     "INI: 'cgi_name' value failed to be added to ini settings {kestrel}"}));
-    EXPECT_EQ(settings(), texts{"templates=/tpl"});
-    EXPECT_EQ(value("cgi_name"), "(none)");
-    add("cgi_name", "plover");
-    EXPECT_EQ(settings(), (texts{"templates=/tpl", "cgi_name=plover"}));
-}
-
-TEST_F(IniAdd, APasswordThatCannotBeAppendedIsMaskedWithSixLetters) {
-    const failing_memory one(memory_of::nodes, 1);
-    EXPECT_EQ(ini_add(&ini, "secret", "word"), 0);
-    EXPECT_EQ(errors.back(), "INI: 'secret' value failed to be added to ini settings {xxxxxx}");
-}
-
-TEST_F(IniAdd, AReplacementThatCannotBeInsertedRemovesTheSetting) {
-    add("templates", "/tpl");
-    add("cgi_name", "kestrel");
-    add("other", "1");
-    {
-        const failing_memory none(memory_of::nodes, 0);
-        EXPECT_EQ(ini_add(&ini, "cgi_name", "plover"), 0);
-    }
-    EXPECT_EQ(errors, (texts{"LIST: Error - add item to list failed\n",
-                             "INI: Adding {cgi_name=plover} to settings failed removed setting."}));
-    EXPECT_EQ(settings(), (texts{"templates=/tpl", "other=1"}));
-    EXPECT_EQ(value("cgi_name"), "(none)");
-}
-
-TEST_F(IniAdd, APasswordThatCannotBeInsertedIsMaskedWithFiveLetters) {
-    add("secret", "old");
-    const failing_memory none(memory_of::nodes, 0);
-    EXPECT_EQ(ini_add(&ini, "secret", "new"), 0);
-    EXPECT_EQ(errors.back(), "INI: Adding {secret=xxxxx} to settings failed removed setting.");
-    EXPECT_EQ(ini_number(&ini), 0);
-}
-
-TEST_F(IniAdd, MovesTheIterationPointToTheEnd) {
-    add("cgi_name", "kestrel");
-    ini_start(&ini);
-    add("templates", "/tpl");
-    EXPECT_EQ(ini_get(&ini), nullptr);
-}
-
 TEST_F(IniAdd, ManySettingsStayQuick) {
     for (int number = 0; number < 100000; number++) {
         ini_add(&ini, std::to_string(number).c_str(), "value");
@@ -357,151 +422,7 @@ TEST_F(IniAdd, ManySettingsStayQuick) {
 
 // --- Removing ---
 
-TEST_F(IniRemove, TakesTheFirstSettingOfTheName) {
-    add("tpl_set", "a");
-    add("cgi_name", "kestrel");
-    add("tpl_set", "b");
-    EXPECT_EQ(ini_remove(&ini, "tpl_set"), 1);
-    EXPECT_EQ(settings(), (texts{"cgi_name=kestrel", "tpl_set=b"}));
-    EXPECT_EQ(value("tpl_set"), "b");
-    EXPECT_EQ(ini_remove(&ini, "tpl_set"), 1);
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-    EXPECT_EQ(ini_remove(&ini, "tpl_set"), 0);
-}
-
-TEST_F(IniRemove, WithoutSuchANameGivesZero) {
-    add("cgi_name", "kestrel");
-    EXPECT_EQ(ini_remove(&ini, "Cgi_name"), 0);
-    EXPECT_EQ(ini_remove(&ini, nullptr), 0);
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-}
-
-TEST_F(IniRemove, UsesNoAssociations) {
-    add("templates", "/tpl");
-    EXPECT_EQ(ini_remove(&ini, "workarea"), 0);
-    EXPECT_EQ(settings(), texts{"templates=/tpl"});
-}
-
-// The reverse of every other masked message.
-TEST_F(IniRemove, TheMessageShowsAPasswordAndMasksEverythingElse) {
-    add("secret", "word");
-    add("cgi_name", "kestrel");
-    ini_remove(&ini, "secret");
-    ini_remove(&ini, "cgi_name");
-    EXPECT_EQ(debug_messages, (texts{"INI: ini setting removed {secret=word}",
-                                     "INI: ini setting removed {cgi_name=xxxxx}"}));
-}
-
-TEST_F(IniRemove, AllTakesEverySettingOfTheName) {
-    add("tpl_set", "a");
-    add("cgi_name", "kestrel");
-    add("tpl_set", "b");
-    ini_remove_all(&ini, "tpl_set");
-    ini_remove_all(&ini, "missing");
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-}
-
-// --- Iteration ---
-
-TEST_F(IniGet, GivesNamesAndValuesInTurnAndNullAtTheEnd) {
-    add("cgi_name", "kestrel");
-    add("templates", "/tpl");
-    EXPECT_EQ(ini_start(&ini), 1);
-    EXPECT_STREQ(ini_get(&ini), "cgi_name");
-    EXPECT_STREQ(ini_get(&ini), "kestrel");
-    EXPECT_STREQ(ini_get(&ini), "templates");
-    EXPECT_STREQ(ini_get(&ini), "/tpl");
-    EXPECT_EQ(ini_get(&ini), nullptr);
-}
-
-TEST_F(IniUpdate, ReplacesTheValueThatTheIterationGaveLast) {
-    add("cgi_name", "kestrel");
-    add("templates", "/tpl");
-    ini_value(&ini, "cgi_name", 0);
-    heap_text old = ini_update(&ini, "plover");
-    EXPECT_STREQ(old.get(), "kestrel");
-    EXPECT_EQ(settings(), (texts{"cgi_name=plover", "templates=/tpl"}));
-    ini_value(&ini, "templates", 0);
-    old = ini_update(&ini, "/spool");
-    EXPECT_STREQ(old.get(), "/tpl");
-    EXPECT_EQ(settings(), (texts{"cgi_name=plover", "templates=/spool"}));
-}
-
-TEST_F(IniUpdate, GoesOnWithTheIteration) {
-    add("tpl_set", "a");
-    add("tpl_set", "b");
-    ini_value(&ini, "tpl_set", 0);
-    ini_update(&ini, "c");
-    EXPECT_EQ(next_value("tpl_set"), "b");
-    EXPECT_EQ(value("tpl_set"), "c");
-}
-
-TEST_F(IniUpdate, ANullValueOrNoValueGivenLastChangesNothing) {
-    EXPECT_EQ(ini_update(&ini, "x"), nullptr);
-    add("cgi_name", "kestrel");
-    ini_start(&ini);
-    EXPECT_EQ(ini_update(&ini, "x"), nullptr);
-    ini_get(&ini); // a name
-    EXPECT_EQ(ini_update(&ini, "x"), nullptr);
-    ini_get(&ini);
-    EXPECT_EQ(ini_update(&ini, nullptr), nullptr);
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-}
-
-TEST_F(IniUpdate, WithoutMemoryKeepsTheValueAndLogsTheName) {
-    add("cgi_name", "kestrel");
-    ini_value(&ini, "cgi_name", 0);
-    const failing_memory none(memory_of::texts, 0);
-    EXPECT_EQ(ini_update(&ini, "plover"), nullptr);
-    EXPECT_EQ(errors, texts{"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"});
-    EXPECT_EQ(settings(), texts{"cgi_name=kestrel"});
-}
-
 // --- Lookups ---
-
-TEST_F(IniValue, GivesTheFirstValueOfTheExactName) {
-    add("tpl_set", "a");
-    add("tpl_set", "b");
-    EXPECT_EQ(value("tpl_set"), "a");
-    EXPECT_EQ(value("Tpl_set"), "(none)");
-    EXPECT_EQ(value(nullptr, 1), "(none)");
-}
-
-TEST_F(IniValue, LeavesTheIterationJustBehindTheValue) {
-    add("cgi_name", "kestrel");
-    add("templates", "/tpl");
-    value("cgi_name");
-    EXPECT_STREQ(ini_get(&ini), "templates");
-}
-
-TEST_F(IniValue, WithoutAMatchLeavesTheIterationAtTheEnd) {
-    add("cgi_name", "kestrel");
-    value("missing");
-    EXPECT_EQ(ini_get(&ini), nullptr);
-}
-
-TEST_F(IniValue, AnAssociationReplacesAMissingName) {
-    add("templates", "/tpl");
-    EXPECT_EQ(value("workarea", 1), "/tpl");
-    EXPECT_EQ(debug_messages, texts{"INI: replace located {workarea}={templates}"});
-    EXPECT_EQ(value("workarea", 0), "(none)");
-    add("workarea", "/work");
-    EXPECT_EQ(value("workarea", 1), "/work");
-}
-
-TEST_F(IniValue, AssociationsChain) {
-    add("templates", "/tpl");
-    EXPECT_EQ(value("wml_tpl", 1), "/tpl");
-    EXPECT_EQ(debug_messages, (texts{"INI: replace located {wml_tpl}={workarea}",
-                                     "INI: replace located {workarea}={templates}"}));
-}
-
-TEST_F(IniValue, AssociationsThatGoInACircleEnd) {
-    EXPECT_EQ(value("self", 1), "(none)");
-    EXPECT_EQ(value("ping", 1), "(none)");
-    add("self", "1");
-    EXPECT_EQ(value("self", 1), "1");
-}
 
 TEST_F(IniValue, AChainAsLongAsTheTableIsFollowedToItsEnd) {
     constexpr const char *chain[] = {"c", "d", "b", "c", "a", "b", nullptr};
@@ -533,24 +454,6 @@ TEST_F(IniValue, TheFormsEndingInTwoGiveAnEmptyTextForNull) {
     add("cgi_name", "kestrel");
     EXPECT_STREQ(ini_value2(&ini, "cgi_name", 0), "kestrel");
     EXPECT_STREQ(ini_value2_num(&ini, 0), "kestrel");
-}
-
-TEST_F(IniNextValue, GoesOnFromTheIterationPoint) {
-    add("tpl_set", "a");
-    add("cgi_name", "kestrel");
-    add("tpl_set", "b");
-    EXPECT_EQ(value("tpl_set"), "a");
-    EXPECT_EQ(next_value("tpl_set"), "b");
-    EXPECT_EQ(next_value("tpl_set"), "(none)");
-    ini_start(&ini);
-    EXPECT_EQ(next_value("cgi_name"), "kestrel");
-    EXPECT_EQ(next_value("cgi_name"), "(none)");
-}
-
-TEST_F(IniNextValue, UsesNoAssociations) {
-    add("templates", "/tpl");
-    ini_start(&ini);
-    EXPECT_EQ(next_value("workarea"), "(none)");
 }
 
 TEST_F(IniMultiValue, GivesAllValuesInOrderAsTheStoresOwnTexts) {
@@ -609,11 +512,6 @@ TEST_F(IniTrue, IsMinusOneForAnythingElseAndForNothing) {
     }
     EXPECT_EQ(ini_true(&ini, "missing"), -1);
     EXPECT_EQ(ini_true(&ini, nullptr), -1);
-}
-
-TEST_F(IniTrue, UsesAssociations) {
-    add("templates", "yes");
-    EXPECT_EQ(ini_true(&ini, "workarea"), 1);
 }
 
 // --- Messages ---

@@ -97,7 +97,9 @@ std::optional<std::string> output_of(std::vector<std::string> words, std::size_t
     }
     std::string text = read_up_to(from_program.number(), limit);
     from_program.close(); // a program that prints on must not be waited for
-    if (wait_for(program.child) != 0 || text.size() > limit) {
+    // Where signals of children are ignored, a child leaves no status.
+    const int status = wait_for(program.child);
+    if (status > 0 || text.size() > limit) {
         text.clear();
     }
     return text;

@@ -3,6 +3,7 @@
 #include "support/scratch_test.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <string>
 #include <sys/resource.h>
@@ -72,6 +73,13 @@ TEST_F(Process, OutputOfSeveralBlocksIsWhole) {
 // The program ends by the signal of a pipe that nobody reads, which this program ignores.
 TEST_F(Process, AProgramThatPrintsForEverIsEnded) {
     EXPECT_EQ(printed("while :; do echo more; done"), "");
+}
+
+TEST_F(Process, OutputIsTakenWhereChildrenLeaveNoStatus) {
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    const std::string output = printed("echo one");
+    std::signal(SIGCHLD, before);
+    EXPECT_EQ(output, "one\n");
 }
 
 TEST_F(Process, StandardInputIsClosed) {

@@ -153,6 +153,9 @@ standing_file find_standing(settled_name &target, int how) {
 file_descriptor open_or_make(const place &directory, const char *name, int how) {
     settled_name target(directory, name);
     file_descriptor made;
+    if (!directory.is_usable()) {
+        return made;
+    }
     for (int tries = 0; tries < most_tries; tries++) {
         standing_file found = find_standing(target, how);
         if (!found.is_foreign && (found.error != 0 || found.status)) {
@@ -267,7 +270,7 @@ class walker {
 
 place::place(file_descriptor directory, std::string path)
     : directory_(std::move(directory)), path_(std::move(path)) {
-    if (!look_at_open(directory_.number(), status_)) {
+    if (!directory_.is_open() || !look_at_open(directory_.number(), status_)) {
         error_ = errno;
         directory_ = file_descriptor();
         return;
@@ -285,6 +288,16 @@ place::place(std::string_view path) {
     walk.go(path);
     *this = walk.end();
     path_ = whole;
+}
+
+place::place(const char *path)
+    : place(path != nullptr ? place(std::string_view(path)) : place(EFAULT)) {}
+
+bool place::is_usable() const {
+    if (!is_open()) {
+        errno = error_;
+    }
+    return is_open();
 }
 
 std::string place::path_of(std::string_view name) const {
@@ -317,7 +330,7 @@ place place::make(const char *name, mode_t mode) const {
     constexpr mode_t only_ours = S_IRUSR; // which no other directory has that could be slipped in
     constexpr mode_t rights = S_IRWXU | S_IRWXG | S_IRWXO;
     const mode_t mask = ::umask(0);
-    const bool is_made = ::mkdirat(number(), name, only_ours) == 0;
+    const bool is_made = is_usable() && ::mkdirat(number(), name, only_ours) == 0;
     ::umask(mask);
     if (!is_made) {
         return place(errno);
@@ -338,9 +351,22 @@ bool place::give(uid_t user, gid_t group) const {
     return ::fchownat(number(), "", user, group, AT_EMPTY_PATH) == 0;
 }
 
+// Upwards ".." leads wherever the system says: only numbers are compared.
+bool place::is_within(const struct stat &directory) const {
+    struct stat here = status_;
+    file_descriptor above(::openat(number(), ".", directory_flags));
+    while (above.is_open() && !is_same_file(directory, here)) {
+        const struct stat below = here;
+        above = file_descriptor(::openat(above.number(), "..", directory_flags));
+        if (!look_at_open(above.number(), here) || is_same_file(below, here)) {
+            return false;
+        }
+    }
+    return above.is_open();
+}
+
 directory_handle place::list() const {
-    if (!is_open()) {
-        errno = error_;
+    if (!is_usable()) {
         return nullptr;
     }
     file_descriptor directory(::openat(number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -355,15 +381,18 @@ directory_handle place::list() const {
 }
 
 bool place::look(const char *name, struct stat &entry) const {
-    return ::fstatat(number(), name, &entry, 0) == 0;
+    return is_usable() && ::fstatat(number(), name, &entry, 0) == 0;
 }
 
 bool place::look_at_name(const char *name, struct stat &entry) const {
-    return ::fstatat(number(), name, &entry, AT_SYMLINK_NOFOLLOW) == 0;
+    return is_usable() && ::fstatat(number(), name, &entry, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 open_file place::open_to_read(const char *name) const {
     open_file file;
+    if (!is_usable()) {
+        return file;
+    }
     settled_name target(*this, name);
     do {
         file.descriptor = file_descriptor(
@@ -449,20 +478,27 @@ file_descriptor place::create_anew(const char *name) const {
 }
 
 bool place::remove(const char *name) const {
-    return ::unlinkat(number(), name, 0) == 0;
+    return is_usable() && ::unlinkat(number(), name, 0) == 0;
 }
 
 bool place::remove_directory(const char *name) const {
-    return ::unlinkat(number(), name, AT_REMOVEDIR) == 0;
+    return is_usable() && ::unlinkat(number(), name, AT_REMOVEDIR) == 0;
 }
 
 bool place::rename(const char *from, const char *to) const {
-    return ::renameat(number(), from, number(), to) == 0;
+    return is_usable() && ::renameat(number(), from, number(), to) == 0;
 }
 
 named_place locate(std::string_view path) {
     auto [directory, name] = split(path);
     return {place(directory.empty() ? "." : directory), std::string(name)};
+}
+
+named_place locate_directory(std::string_view path) {
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.remove_suffix(1);
+    }
+    return locate(path);
 }
 
 bool settled_name::follow() {
@@ -522,7 +558,7 @@ void new_file::find_old(when_missing how) {
 new_file::~new_file() {
     if (!scratch_.empty()) {
         const int error = errno;
-        directory().remove(scratch_.c_str());
+        scratch_place_->remove(scratch_.c_str());
         errno = error;
     }
 }
@@ -540,12 +576,13 @@ bool new_file::start(const char *scratch_name) {
 
 bool new_file::make_beside(const char *scratch_name) {
     const mode_t mode = old_ ? S_IRUSR | S_IWUSR : mode_;
-    if (scratch_name != nullptr) {
-        directory().remove(scratch_name);
+    scratch_place_ = scratch_name != nullptr ? &target_.first_directory() : &directory();
+    if (scratch_name != nullptr && !scratch_place_->remove(scratch_name) && errno != ENOENT) {
+        return false;
     }
     for (int tries = 0; tries < most_tries && !file_.is_open(); tries++) {
         scratch_ = scratch_name != nullptr ? scratch_name : scratch_file_name();
-        file_ = make_file(directory(), scratch_.c_str(), mode);
+        file_ = make_file(*scratch_place_, scratch_.c_str(), mode);
         if (!file_.is_open() && errno != EEXIST) {
             break;
         }
@@ -562,7 +599,7 @@ bool new_file::make_beside(const char *scratch_name) {
     }
     const int error = is_owned ? errno : EPERM;
     file_ = file_descriptor();
-    directory().remove(scratch_.c_str());
+    scratch_place_->remove(scratch_.c_str());
     scratch_.clear();
     errno = error;
     return false;
@@ -584,7 +621,8 @@ bool new_file::put_in_place() {
     if (scratch_.empty()) {
         return true;
     }
-    if (!directory().rename(scratch_.c_str(), target_.name())) {
+    if (::renameat(scratch_place_->number(), scratch_.c_str(), directory().number(),
+                   target_.name()) != 0) {
         return false;
     }
     scratch_.clear();

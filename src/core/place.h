@@ -103,14 +103,19 @@ class place {
     // A directory that is not open, because of `error` (as errno).
     explicit place(int error = 0) : error_(error) {}
 
-    // Walks to the directory `path`, from the root or the current directory.
+    // Walks to the directory `path`, from the root or the current directory. There is none at a
+    // null path (EFAULT).
     explicit place(std::string_view path);
+    explicit place(const char *path);
 
     [[nodiscard]] bool is_open() const { return directory_.is_open(); }
 
     // Why it is not open (as errno), and whether that is because of something foreign.
     [[nodiscard]] int error() const { return error_; }
     [[nodiscard]] bool is_refused() const { return is_refused_; }
+
+    // Whether it is open, with errno set if it is not.
+    [[nodiscard]] bool is_usable() const;
 
     [[nodiscard]] bool is_shared() const { return is_shared_; }
     [[nodiscard]] const struct stat &status() const { return status_; }
@@ -132,6 +137,9 @@ class place {
 
     // Gives the directory away. Only root may; false, with errno set, if it stays whose it was.
     [[nodiscard]] bool give(uid_t user, gid_t group) const;
+
+    // Whether it is this directory, or stands in it at any depth.
+    [[nodiscard]] bool is_within(const struct stat &directory) const;
 
     // Opens the directory to list it; null with errno set on failure.
     [[nodiscard]] directory_handle list() const;
@@ -191,6 +199,9 @@ struct named_place {
 // that ends in "/" gives the name ".".
 named_place locate(std::string_view path);
 
+// The same for the path of a directory: a "/" at its end is left out.
+named_place locate_directory(std::string_view path);
+
 // A name and the directory it stands in, after the links that may be followed.
 class settled_name {
   public:
@@ -198,6 +209,9 @@ class settled_name {
 
     [[nodiscard]] const place &directory() const { return elsewhere_ ? *elsewhere_ : *given_; }
     [[nodiscard]] const char *name() const { return name_.c_str(); }
+
+    // The directory that the name was first looked for in.
+    [[nodiscard]] const place &first_directory() const { return *given_; }
 
     // Goes on to what the link of this name leads to. False, with errno set, if that cannot be
     // reached; `is_refused` says whether the link is foreign.
@@ -240,7 +254,8 @@ class new_file {
     [[nodiscard]] bool is_special() const { return old_ && !S_ISREG(old_->st_mode); }
 
     // Opens the file that is written. The one beside an old one has its owner and mode, and a name
-    // that nothing has, or the given one: a file of that name goes. False, with errno set, on
+    // that nothing has. A given name is used in the directory itself, even if the file to replace
+    // stands elsewhere behind a link, and a file of that name goes. False, with errno set, on
     // failure.
     bool start(const char *scratch_name = nullptr);
 
@@ -262,7 +277,8 @@ class new_file {
     std::optional<struct stat> old_;
     file_descriptor old_file_;
     file_descriptor file_;
-    std::string scratch_; // empty if no file beside is written
+    std::string scratch_;                  // empty if no file beside is written
+    const place *scratch_place_ = nullptr; // where it stands
     int error_ = 0;
 };
 

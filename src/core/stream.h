@@ -48,28 +48,29 @@ std::string_view read_piece(std::FILE *file, std::span<char> buffer);
 // The same as a text: the piece ends at the first NUL the file holds. Null at the end of the file.
 const char *read_text_piece(std::FILE *file, std::span<char> buffer);
 
-// A file written beside the one it replaces and put in its place by `commit`, so that a failure
-// leaves the old file whole. Owner and mode of a file that is replaced are kept. What is there but
-// is no plain file (a device, a pipe, a link that leads to nothing yet) is written directly. The
-// scratch file is removed unless `commit` succeeded.
+// A stream whose file is written beside the one it replaces and put in its place by `commit`, so
+// that a failure leaves the old file whole (see new_file). Owner and mode of a file that is
+// replaced are kept. The scratch file is removed unless `commit` succeeded.
 class replacement_file {
   public:
     // Starts replacing `path`, of 511 characters at most; on failure `stream` is null and errno
-    // says why. The scratch file gets a name that nothing has, or the given one: a file of that
-    // name goes.
-    explicit replacement_file(const char *path, const char *scratch_name = nullptr);
-    ~replacement_file();
+    // says why. The scratch file gets a name that nothing has, or the last component of the given
+    // path: a file of that name goes.
+    explicit replacement_file(const char *path, const char *scratch_path = nullptr);
     replacement_file(const replacement_file &) = delete;
     replacement_file &operator=(const replacement_file &) = delete;
 
-    [[nodiscard]] std::FILE *stream() const { return file_.get(); }
+    [[nodiscard]] std::FILE *stream() const { return stream_.get(); }
 
-    // Writes out, closes and puts the file in place. False, with errno set, when a write, the
-    // flush, the close or the rename failed.
+    // Gives the file to another owner. Only root may; for anyone else it stays.
+    void give(uid_t user, gid_t group);
+
+    // Writes out, closes and puts the file in place. False, with errno set, if a write, the flush,
+    // the close or the rename failed.
     bool commit();
 
   private:
-    std::string target_;
-    std::string scratch_; // empty when the target itself is written
-    stream_handle file_;
+    named_place place_;
+    new_file file_;
+    stream_handle stream_;
 };

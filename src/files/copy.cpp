@@ -3,7 +3,7 @@
 #include "core/console.h"
 #include "core/log.h"
 #include "core/paths.h"
-#include "core/stream.h"
+#include "core/place.h"
 #include "files/search.h"
 #include "products/product.h"
 
@@ -11,7 +11,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -21,7 +20,22 @@ namespace {
 
 constexpr std::size_t block_size = std::size_t{128} * 1024;
 
-// A directory that is being copied, within the one that was being copied before it.
+// What is copied: a name in an open directory, and its path as it is shown.
+struct copy_source {
+    const place &directory;
+    const char *name;
+    const char *path;
+    bool is_plain; // known to be a plain file
+};
+
+// Where it is copied to.
+struct copy_target {
+    const place &directory;
+    const char *name;
+    const char *path;
+};
+
+// The directories that are being copied, innermost first.
 struct tree_level {
     const struct stat &directory;
     const tree_level *above;
@@ -44,10 +58,20 @@ int write_failed(const char *destination, int error) {
     return 0;
 }
 
-// Whether an entry that was looked at already stands at `path`.
-bool stands_at(const struct stat &entry, const char *path) {
-    struct stat there {};
-    return ::stat(path, &there) == 0 && is_same_file(entry, there);
+int mode_failed(const char *destination, int error) {
+    print_emsg("%s mode not changed, %s", destination, std::strerror(error));
+    return 1;
+}
+
+// Gives what is open to the owner. Only root may give files away; for anyone else it stays.
+void give_to_owner(int file) {
+    [[maybe_unused]] const int result = ::fchown(file, gx_user, gx_group);
+}
+
+// The name in a path of a file, or of the directory itself if the path ends in "/".
+const char *name_in(const char *path) {
+    const char *name = strip_directory(path);
+    return *name != '\0' ? name : ".";
 }
 
 bool write_all(int file, const char *bytes, std::size_t count) {
@@ -80,81 +104,109 @@ move_result move_bytes(int from, int to) {
     }
 }
 
-// Copies a regular file that was looked at already.
-int copy_file(const char *src, const struct stat &source, const char *destination, int overwrite) {
-    constexpr int flags = O_NONBLOCK | O_CLOEXEC;
-    // What cannot be opened may be in place already: nobody may write into a program that runs.
-    const auto fail_unless_in_place = [&](int (*failed)(const char *, int), const char *path) {
-        const int error = errno;
-        return stands_at(source, destination) ? 1 : failed(path, error);
-    };
-    const file_descriptor from(::open(src, O_RDONLY | flags));
-    if (!from.is_open()) {
-        return fail_unless_in_place(copy_failed, src);
+// Whether the source is in place already, under whatever name.
+bool is_in_place(const copy_source &from, const copy_target &to) {
+    struct stat source {};
+    struct stat there {};
+    return from.directory.look(from.name, source) && to.directory.look(to.name, there) &&
+           is_same_file(source, there);
+}
+
+enum class copy_result { failed, left, copied };
+
+// What is in place already need not be opened: a program that is being run cannot be.
+copy_result fail_unless_in_place(const copy_source &from, const copy_target &to,
+                                 int (*failed)(const char *, int), const char *path, int error) {
+    if (is_in_place(from, to)) {
+        return copy_result::left;
     }
-    if (overwrite == 0 && file_exists(destination) == 1) {
-        return 1;
+    failed(path, error);
+    return copy_result::failed;
+}
+
+// Moves the bytes and puts the file in place: on failure what was written.
+bool fill(new_file &file, int source, const copy_source &from, const copy_target &to) {
+    const move_result result = move_bytes(source, file.number());
+    const int error = errno;
+    if (result == move_result::done) {
+        return true;
     }
-    // Not truncated yet: it may be the source by another name.
-    file_descriptor to(::open(destination, O_WRONLY | O_CREAT | flags, file_mode));
-    struct stat old {};
-    if (!to.is_open() || ::fstat(to.number(), &old) != 0) {
-        return fail_unless_in_place(open_failed, destination);
+    file.put_in_place();
+    if (result == move_result::read_failed) {
+        copy_failed(from.path, error);
+    } else {
+        write_failed(to.path, error);
     }
-    if (is_same_file(source, old)) {
-        return 1;
+    return false;
+}
+
+// Gives the copy its mode and owner, which the file it replaces may have had. Returns 0 or the
+// error of the change of mode.
+int set_mode_and_owner(const new_file &file, mode_t mode) {
+    constexpr mode_t all_bits = 07777;
+    const struct stat *old = file.old();
+    if (old == nullptr || old->st_uid != gx_user || old->st_gid != gx_group) {
+        give_to_owner(file.number());
     }
-    if (old.st_size > 0 && ::ftruncate(to.number(), 0) != 0) {
-        return open_failed(destination, errno);
+    const bool has_mode = old != nullptr && (old->st_mode & all_bits) == mode;
+    return has_mode || ::fchmod(file.number(), mode) == 0 ? 0 : errno;
+}
+
+// Copies a plain file. The mode of a program is told if it cannot be set.
+copy_result copy_file(const copy_source &from, const copy_target &to, int overwrite, mode_t mode) {
+    const open_file source = from.directory.open_plain(from.name);
+    if (!source.is_open()) {
+        return fail_unless_in_place(from, to, copy_failed, from.path, errno);
     }
-    switch (move_bytes(from.number(), to.number())) {
-    case move_result::read_failed:
-        return copy_failed(src, errno);
-    case move_result::write_failed:
-        return write_failed(destination, errno);
-    case move_result::done:
-        break;
+    if (overwrite == 0 && to.directory.can_be_read(to.name)) {
+        return copy_result::left;
     }
-    // A device or a pipe that stands in the file's place stays whose it is.
-    if (S_ISREG(old.st_mode)) {
-        ::fchmod(to.number(), file_mode);
-        [[maybe_unused]] const int result = ::fchown(to.number(), gx_user, gx_group);
+    new_file file(to.directory, to.name, new_file::when_missing::in_place, file_mode);
+    if (file.error() != 0) {
+        return fail_unless_in_place(from, to, open_failed, to.path, file.error());
     }
-    if (!to.close()) {
-        return write_failed(destination, errno);
+    if (file.old() != nullptr && is_same_file(source.status, *file.old())) {
+        return copy_result::left;
+    }
+    if (!file.start()) {
+        open_failed(to.path, errno);
+        return copy_result::failed;
+    }
+    if (!fill(file, source.descriptor.number(), from, to)) {
+        return copy_result::failed;
+    }
+    // A device or a pipe stays whose it is.
+    const int mode_error = file.is_special() ? 0 : set_mode_and_owner(file, mode);
+    if (!file.put_in_place()) {
+        write_failed(to.path, errno);
+        return copy_result::failed;
     }
     print_dot();
-    return 1;
+    if (mode_error != 0 && mode == program_mode) {
+        mode_failed(to.path, mode_error);
+    }
+    return copy_result::copied;
 }
 
-// The nearest directory above `place`, or `place` itself, that exists.
-std::string existing_part(std::string place) {
-    struct stat here {};
-    while (::stat(place.c_str(), &here) != 0 && place.size() > 1) {
-        const std::size_t separator = place.find_last_of('/');
-        place = separator == std::string::npos
-                    ? "."
-                    : place.substr(0, std::max<std::size_t>(separator, 1));
+// Looks at what is copied, unless it is known to be a plain file. Returns 0 or the error.
+int look_at_source(const copy_source &from, struct stat &source) {
+    source.st_mode = S_IFREG;
+    if (from.is_plain || from.directory.look(from.name, source)) {
+        return 0;
     }
-    return place;
+    return from.directory.is_open() ? errno : from.directory.error();
 }
 
-// Whether the directory is `place` or stands somewhere above it.
-bool holds(const struct stat &directory, const char *place) {
-    std::string path = existing_part(place);
-    struct stat here {};
-    struct stat parent {};
-    if (::stat(path.c_str(), &here) != 0) {
-        return false;
+// The nearest directory above `path`, or `path` itself, that exists.
+place existing_part(std::string path) {
+    place here(path);
+    while (!here.is_open() && path.size() > 1) {
+        const std::size_t separator = path.find_last_of('/');
+        path = separator == std::string::npos ? "."
+                                              : path.substr(0, std::max<std::size_t>(separator, 1));
+        here = place(path);
     }
-    while (!is_same_file(directory, here)) {
-        path.append("/..");
-        if (::stat(path.c_str(), &parent) != 0 || is_same_file(parent, here)) {
-            return false;
-        }
-        here = parent;
-    }
-    return true;
+    return here;
 }
 
 bool is_being_copied(const struct stat &directory, const tree_level *level) {
@@ -164,94 +216,148 @@ bool is_being_copied(const struct stat &directory, const tree_level *level) {
     return level != nullptr;
 }
 
-int copy_into(const char *src, const char *xdst, int overwrite, const tree_level *above);
+int copy_into(const copy_source &from, const place &destination, const char *xdst, int overwrite,
+              const tree_level *above);
 
-int copy_directory(const char *src, const tree_level &level, const char *destination) {
-    if (make_owned_dir(destination, directory_mode) == 0) {
-        print_emsg("\nError creating template set directory %s.\n", src);
+int copy_directory(const copy_source &from, const tree_level &level, const char *destination) {
+    const place directory = from.directory.enter(from.name);
+    if (!directory.is_open()) {
+        return copy_failed(from.path, directory.error());
+    }
+    const made_directory to = make_owned_directory(destination, directory_mode);
+    if (to.result == 0) {
+        print_emsg("\nError creating template set directory %s.\n", from.path);
         return 0;
     }
-    dmsg("Find all files in [%s]", src);
+    dmsg("Find all files in [%s]", from.path);
     found_names names;
-    const int count = wild_find2(src, "*", names);
-    for_each_name(names, count, [&](const char *name) {
-        const std::string entry = path_in(src, name);
-        if (copy_into(entry.c_str(), destination, 1, &level) == 0) {
+    plain_files plain{};
+    const int count = wild_find2(directory, from.path, "*", names, plain);
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        const std::string entry = path_in(from.path, name);
+        const copy_source source = {directory, name, entry.c_str(), is_plain};
+        if (copy_into(source, to.directory, destination, 1, &level) == 0) {
             print_emsg("Error copying %s->%s", entry.c_str(), destination);
         }
     });
     return 1;
 }
 
-int copy_into(const char *src, const char *xdst, int overwrite, const tree_level *above) {
-    const char *name = strip_directory(src);
+// Whether a tree may be copied: not into itself, and not round in a circle. Returns 0 or the error.
+int error_of_tree(const struct stat &source, const place &destination, const char *xdst,
+                  const tree_level *above) {
+    const bool is_inside = destination.is_open() ? destination.is_within(source)
+                                                 : existing_part(xdst).is_within(source);
+    if (is_inside) {
+        return EINVAL;
+    }
+    return is_being_copied(source, above) ? ELOOP : 0;
+}
+
+int copy_into(const copy_source &from, const place &destination, const char *xdst, int overwrite,
+              const tree_level *above) {
+    const char *name = strip_directory(from.path);
     if (is_dot_entry(name)) {
         return 1;
     }
-    const std::string destination = path_in(xdst, name);
-    dmsg("DoCopy[%s]-[%s][%s]", src, destination.c_str(), name);
-    if (s_strlen(src) > path_limit || destination.size() > path_limit) {
-        return copy_failed(src, ENAMETOOLONG);
+    const std::string path = path_in(xdst, name);
+    dmsg("DoCopy[%s]-[%s][%s]", from.path, path.c_str(), name);
+    if (s_strlen(from.path) > path_limit || path.size() > path_limit) {
+        return copy_failed(from.path, ENAMETOOLONG);
     }
+    const copy_target to = {destination, name_in(path.c_str()), path.c_str()};
     struct stat source {};
-    if (::stat(src, &source) != 0) {
-        return copy_failed(src, errno);
+    if (const int error = look_at_source(from, source); error != 0) {
+        return copy_failed(from.path, error);
     }
-    if (destination == src) {
+    if (path == from.path) {
         return 0;
     }
     if (S_ISREG(source.st_mode)) {
-        return copy_file(src, source, destination.c_str(), overwrite);
+        return copy_file(from, to, overwrite, file_mode) != copy_result::failed ? 1 : 0;
     }
     if (!S_ISDIR(source.st_mode)) {
-        return copy_failed(src, EINVAL);
+        return copy_failed(from.path, EINVAL);
     }
-    if (stands_at(source, destination.c_str())) {
+    if (is_in_place(from, to)) {
         return 1;
     }
-    if (holds(source, xdst)) {
-        return copy_failed(src, EINVAL);
+    if (const int error = error_of_tree(source, destination, xdst, above); error != 0) {
+        return copy_failed(from.path, error);
     }
-    if (is_being_copied(source, above)) {
-        return copy_failed(src, ELOOP);
-    }
-    return copy_directory(src, {source, above}, destination.c_str());
+    return copy_directory(from, {source, above}, path.c_str());
 }
 
-// Copies one name that a search found, at `path`, into `dst`.
-bool copy_found(const char *name, const char *path, const char *dst, int overwrite,
-                bool is_program) {
-    if (!is_program) {
-        return do_copy(path, dst, overwrite) == 1;
+// The directory that names are joined to: the empty path is the root's, as in what is shown.
+place target_directory(const char *path) {
+    return place(path_in(path, ""));
+}
+
+// do_copy2 to a name in an open directory.
+copy_result copy_to(const copy_source &from, const copy_target &to, int overwrite, mode_t mode) {
+    if (is_dot_entry(strip_directory(from.path))) {
+        return copy_result::left;
     }
-    imsg("Copying %s", name);
-    return do_exe_copy(path, dst, overwrite) == 1;
+    if (s_strlen(from.path) > path_limit || s_strlen(to.path) > path_limit) {
+        copy_failed(from.path, ENAMETOOLONG);
+        return copy_result::failed;
+    }
+    struct stat source {};
+    if (const int error = look_at_source(from, source); error != 0) {
+        copy_failed(from.path, error);
+        return copy_result::failed;
+    }
+    if (S_ISDIR(source.st_mode) || s_strcmp(from.path, to.path) == 0) {
+        return copy_result::left;
+    }
+    if (!S_ISREG(source.st_mode)) {
+        copy_failed(from.path, EINVAL);
+        return copy_result::failed;
+    }
+    return copy_file(from, to, overwrite, mode);
+}
+
+// What stands there already gets the mode and the owner of a program as well.
+int copy_program(const copy_source &from, const copy_target &to, int overwrite) {
+    const copy_result result = copy_to(from, to, overwrite, program_mode);
+    if (result != copy_result::left) {
+        return result == copy_result::copied ? 1 : 0;
+    }
+    const open_file program = to.directory.open_to_read(to.name);
+    if (!program.is_open() || ::fchmod(program.descriptor.number(), program_mode) != 0) {
+        mode_failed(to.path, errno);
+    }
+    if (program.is_open()) {
+        give_to_owner(program.descriptor.number());
+    }
+    return 1;
+}
+
+// Copies one name that a search found into the directory at `dst`.
+int copy_found(const copy_source &from, const place &directory, const char *dst, int overwrite,
+               bool is_a_program) {
+    if (!is_a_program) {
+        return copy_into(from, directory, dst, overwrite, nullptr);
+    }
+    imsg("Copying %s", from.name);
+    const std::string path = path_in(dst, from.name);
+    return copy_program(from, {directory, from.name, path.c_str()}, overwrite);
 }
 
 } // namespace
 
 int do_copy(const char *src, const char *xdst, int overwrite) {
-    return copy_into(src, xdst, overwrite, nullptr);
+    const named_place from = locate(src);
+    return copy_into({from.directory, from.name.c_str(), src, false}, target_directory(xdst), xdst,
+                     overwrite, nullptr);
 }
 
 int do_copy2(const char *src, const char *xdst, int overwrite) {
-    if (is_dot_entry(strip_directory(src))) {
-        return 1;
-    }
-    if (s_strlen(src) > path_limit || s_strlen(xdst) > path_limit) {
-        return copy_failed(src, ENAMETOOLONG);
-    }
-    struct stat source {};
-    if (::stat(src, &source) != 0) {
-        return copy_failed(src, errno);
-    }
-    if (S_ISDIR(source.st_mode) || s_strcmp(src, xdst) == 0) {
-        return 1;
-    }
-    if (!S_ISREG(source.st_mode)) {
-        return copy_failed(src, EINVAL);
-    }
-    return copy_file(src, source, xdst, overwrite);
+    const named_place from = locate(src);
+    const named_place to = locate(xdst);
+    const copy_result result = copy_to({from.directory, from.name.c_str(), src, false},
+                                       {to.directory, to.name.c_str(), xdst}, overwrite, file_mode);
+    return result != copy_result::failed ? 1 : 0;
 }
 
 int do_exe_copy(const char *src, const char *dst, int overwrite) {
@@ -259,25 +365,25 @@ int do_exe_copy(const char *src, const char *dst, int overwrite) {
 }
 
 int do_exe_copy2(const char *src, const char *dst, int overwrite) {
-    if (do_copy2(src, dst, overwrite) == 0) {
-        return 0;
-    }
-    if (::chmod(dst, program_mode) != 0) {
-        print_emsg("%s mode not changed, %s", dst, std::strerror(errno));
-    }
-    give_to_owner(dst);
-    return 1;
+    const named_place from = locate(src);
+    const named_place to = locate(dst);
+    return copy_program({from.directory, from.name.c_str(), src, false},
+                        {to.directory, to.name.c_str(), dst}, overwrite);
 }
 
 int do_xcopy(const char *src, const char *dst, int overwrite) {
+    const place here(".");
+    const place to = target_directory(dst);
     found_names names;
-    const int count = wild_find(src, names);
+    plain_files plain{};
+    const int count = wild_find(here, src, names, plain);
     if (count == 0) {
         imsg("No files found in %s", src);
     }
     int result = 1;
-    for_each_name(names, count, [&](const char *name) {
-        if (!copy_found(name, name, dst, overwrite, is_program_here(name))) {
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        if (copy_found({here, name, name, is_plain}, to, dst, overwrite, is_program_here(name)) !=
+            1) {
             result = 0;
         }
     });
@@ -285,14 +391,19 @@ int do_xcopy(const char *src, const char *dst, int overwrite) {
 }
 
 int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite) {
+    const place from(path);
+    const place to = target_directory(dst);
     found_names names;
-    const int count = wild_find2(path, src, names);
+    plain_files plain{};
+    const int count = wild_find2(from, path, src, names, plain);
     if (count == 0) {
         imsg("No files found in %s", src);
     }
     int result = 1;
-    for_each_name(names, count, [&](const char *name) {
-        if (!copy_found(name, path_in(path, name).c_str(), dst, overwrite, is_program(name))) {
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        const std::string source = path_in(path, name);
+        if (copy_found({from, name, source.c_str(), is_plain}, to, dst, overwrite,
+                       is_program(name)) != 1) {
             result = 0;
         }
     });

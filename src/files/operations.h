@@ -11,6 +11,7 @@
 // value replaces it.
 #pragma once
 
+#include "core/place.h"
 #include "settings/store.h"
 
 #include <sys/stat.h>
@@ -21,18 +22,26 @@
 extern uid_t gx_user;
 extern gid_t gx_group;
 
-// Gives a file or directory to the owner. Whether that is allowed is not asked.
-void give_to_owner(const char *path);
+// Gives a directory to the owner. Only root may give it away; for anyone else it stays.
+void give_to_owner(const place &directory);
 
 // --- Creation (create.cpp) ---
 
 // Makes a directory and every missing one above it, each with exactly the mode `permission` and
-// given to the owner. 1 also when it is there already; 0 for a path without root or one that is too
-// long. The log is told.
+// given to the owner. Returns 1, also if it is there already; 0 for a path without root, one that
+// is too long, or one that leads through a foreign link. Logs what was done. Whether the directory
+// is there afterwards is not asked.
 int make_dir(const char *dir, mode_t permission);
 
-// make_dir, and the directory is given to the owner even when it was there already.
+// make_dir, and the directory is given to the owner even if it was there already.
 int make_owned_dir(const char *dir, mode_t permission);
+
+// The same, with the directory left open. It is not open if it could not be reached afterwards.
+struct made_directory {
+    int result;
+    place directory;
+};
+made_directory make_owned_directory(const char *dir, mode_t permission);
 
 // The modes of what is made: programs and directories, other files, the images directory.
 inline constexpr mode_t directory_mode = 0770;
@@ -63,20 +72,30 @@ int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite)
 
 // --- Removal (remove.cpp) ---
 
-// Removes, below the directory `path`, the files that match the list of patterns `wild` and the
-// directories that are empty then; `path` itself stays. With `not_u_` users' directories ("u_...")
-// and the answers `workarea` and `templates` of the store are passed over; with `dirs_only` no file
-// of `path` itself goes and, without `not_u_`, only directories that match. Below `path` users'
-// directories are always passed over and files go.
+// Removes what the directory `path` holds; `path` itself stays. A directory goes if it is empty
+// then; one that is not is reported. `wild` is a list of patterns. What the flags change, for what
+// stands in `path` itself:
+//
+//   not_u_  dirs_only | files      | directories
+//   0       0         | that match | all
+//   0       1         | none       | that match
+//   1       0         | that match | all but users' ("u_...") and the answers `workarea`,
+//   `templates` 1       1         | none       | the same
+//
+// Further down the third line holds.
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only);
 
 // Removes from the current directory what matches the pattern `wild`, directories with all they
 // hold, but nothing whose name begins with "gxsetup" and no users' directory.
 int do_tmprmv(pINI_SETTINGS ini, const char *wild);
 
-// Removes a directory with what it holds of the patterns `wild`, by the rules of do_xrmv below
-// `path`.
-int remove_tree(pINI_SETTINGS ini, const char *wild, const char *path);
+// Removes the directory `name` of an open one with what it holds of the patterns `wild`, by the
+// rules of do_xrmv further down. It is shown as `path`.
+int remove_tree(pINI_SETTINGS ini, const char *wild, const place &directory, const char *name,
+                const char *path);
+
+// Removes an empty directory. False, with errno set, on failure.
+bool remove_empty_directory(const char *path);
 
 // Whether a removal takes the entry for a directory. It goes by one bit of the mode, which sockets
 // and block devices have too.

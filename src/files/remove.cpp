@@ -3,37 +3,35 @@
 #include "core/console.h"
 #include "core/log.h"
 #include "core/paths.h"
-#include "core/stream.h"
+#include "core/place.h"
 #include "files/search.h"
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
-#include <utility>
 
 namespace {
 
 constexpr std::string_view user_prefix = "u_";
 constexpr std::string_view kept_prefix = "gxsetup";
 
-// A file or directory to remove. The system is asked for it by a name in an open directory: a path
-// deep down would be followed from the root for each one.
+// What stands under a name in an open directory.
 struct removable {
-    int directory; // AT_FDCWD for a name from the current directory
+    const place &directory;
     const char *name;
     const char *path; // as it is shown
     bool is_plain;    // known to be a plain file, so that nobody need look at it
 };
 
-// Also what cannot be looked at may be a link.
-bool may_be_link(const char *path) {
-    struct stat entry {};
-    return ::lstat(path, &entry) != 0 || S_ISLNK(entry.st_mode);
-}
+// What goes of a directory (the table of do_xrmv).
+struct removal_rules {
+    pINI_SETTINGS ini;
+    const char *wild;
+    bool not_u;
+    bool dirs_only;
+};
 
 bool is_answer(pINI_SETTINGS ini, const char *name, const char *path) {
     return s_strcmp(ini_value(ini, name, 1), path) == 0;
@@ -44,68 +42,101 @@ int removal_failed(const char *path, int error) {
     return 0;
 }
 
-// Follows links (POSIX fstatat).
-bool look_at(const removable &entry, struct stat &status) {
-    return ::fstatat(entry.directory, entry.name, &status, 0) == 0;
-}
-
-// A failure counts only for what can be looked at.
+// An error counts only if the file is still there.
 int remove_file(const removable &entry) {
     int error = ENAMETOOLONG;
     if (s_strlen(entry.path) <= path_limit) {
-        error = ::unlinkat(entry.directory, entry.name, 0) == 0 ? 0 : errno;
+        error = entry.directory.remove(entry.name) ? 0 : errno;
     }
     if (error == 0) {
         print_dot();
         return 1;
     }
     struct stat status {};
-    return look_at(entry, status) ? removal_failed(entry.path, error) : 1;
+    return entry.directory.look(entry.name, status) ? removal_failed(entry.path, error) : 1;
 }
 
-// Empties a directory of what matches `wild`. What a link leads to lies elsewhere and stays.
-int empty_directory(pINI_SETTINGS ini, const char *wild, const char *path) {
-    return may_be_link(path) ? 1 : do_xrmv(ini, wild, path, 1, 0);
+int empty_directory(const removal_rules &rules, const place &directory, const char *path);
+
+// Empties a directory by the rules that hold below the first one. What a link leads to lies
+// elsewhere and stays; what cannot be looked at may be a link.
+int empty_below(const removal_rules &rules, const removable &entry) {
+    struct stat status {};
+    if (!entry.directory.look_at_name(entry.name, status) || S_ISLNK(status.st_mode)) {
+        return 1;
+    }
+    const removal_rules below = {rules.ini, rules.wild, true, false};
+    return empty_directory(below, entry.directory.enter_itself(entry.name), entry.path);
 }
 
-// Removes one entry found in a directory under `name`, or passes over it.
-int remove_entry(pINI_SETTINGS ini, const char *wild, const char *name, const removable &entry,
-                 bool not_u_, bool dirs_only) {
-    if (not_u_ && is_answer(ini, "workarea", entry.path)) {
+int remove_directory(const removal_rules &rules, const removable &entry) {
+    if (s_strlen(entry.path) > path_limit) {
+        return removal_failed(entry.path, ENAMETOOLONG);
+    }
+    const int result = empty_below(rules, entry);
+    if (!entry.directory.remove_directory(entry.name)) {
+        return removal_failed(entry.path, errno);
+    }
+    print_dot();
+    return result;
+}
+
+// Whether the rules take a directory.
+bool is_taken(const removal_rules &rules, const removable &entry) {
+    if (rules.not_u) {
+        return !std::string_view(entry.name).starts_with(user_prefix) &&
+               !is_answer(rules.ini, "templates", entry.path);
+    }
+    return !rules.dirs_only || match_list(rules.wild, entry.name) != 0;
+}
+
+// Removes one entry, or passes over it.
+int remove_entry(const removal_rules &rules, const removable &entry) {
+    if (rules.not_u && is_answer(rules.ini, "workarea", entry.path)) {
         return 1;
     }
     struct stat status {};
-    if (!entry.is_plain && !look_at(entry, status)) {
+    if (!entry.is_plain && !entry.directory.look(entry.name, status)) {
         return 1;
     }
-    if (entry.is_plain || !has_directory_bit(status)) {
-        return !dirs_only && match_list(wild, name) == 1 ? remove_file(entry) : 1;
+    if (!entry.is_plain && has_directory_bit(status)) {
+        return is_taken(rules, entry) ? remove_directory(rules, entry) : 1;
     }
-    if (not_u_) {
-        if (std::string_view(name).starts_with(user_prefix) ||
-            is_answer(ini, "templates", entry.path)) {
-            return 1;
+    return !rules.dirs_only && match_list(rules.wild, entry.name) == 1 ? remove_file(entry) : 1;
+}
+
+int empty_directory(const removal_rules &rules, const place &directory, const char *path) {
+    found_names names;
+    plain_files plain{};
+    const int count = wild_find2(directory, path, "*", names, plain);
+    if (count == 0) {
+        imsg("No files found in %s", path);
+    }
+    int result = 1;
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        const std::string entry = path_in(path, name);
+        if (remove_entry(rules, {directory, name, entry.c_str(), is_plain}) == 0) {
+            result = 0;
         }
-    } else if (dirs_only && match_list(wild, name) == 0) {
-        return 1;
-    }
-    return remove_tree(ini, wild, entry.path);
+    });
+    return result;
 }
 
-int remove_temporary(pINI_SETTINGS ini, const char *name) {
-    const removable entry = {AT_FDCWD, name, name, false};
+int remove_temporary(pINI_SETTINGS ini, const removable &entry) {
     struct stat status {};
-    if (std::string_view(name).starts_with(kept_prefix) || !look_at(entry, status)) {
+    const std::string_view name(entry.name);
+    if (name.starts_with(kept_prefix) || !entry.directory.look(entry.name, status)) {
         return 1;
     }
     if (!has_directory_bit(status)) {
         return remove_file(entry);
     }
-    if (std::string_view(name).starts_with(user_prefix)) {
+    if (name.starts_with(user_prefix)) {
         return 1;
     }
-    const int result = empty_directory(ini, "*", name);
-    return ::rmdir(name) == 0 ? result : removal_failed(name, errno);
+    const int result = empty_below({ini, "*", true, false}, entry);
+    return entry.directory.remove_directory(entry.name) ? result
+                                                        : removal_failed(entry.path, errno);
 }
 
 } // namespace
@@ -116,53 +147,30 @@ bool has_directory_bit(const struct stat &entry) {
 }
 
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only) {
-    found_names names;
-    plain_files plain{};
-    const int count = wild_find2(path, "*", names, plain);
-    if (count == 0) {
-        imsg("No files found in %s", path);
-    }
-    const file_descriptor directory(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
-    int result = 1;
-    for (std::size_t number = 0; number < static_cast<std::size_t>(count); number++) {
-        const heap_text name = std::move(names[number]);
-        if (name == nullptr) {
-            continue;
-        }
-        const std::string entry_path = path_in(path, name.get());
-        removable entry = {AT_FDCWD, entry_path.c_str(), entry_path.c_str(), plain[number]};
-        if (directory.is_open()) {
-            entry.directory = directory.number();
-            entry.name = name.get();
-        }
-        if (remove_entry(ini, wild, name.get(), entry, not_u_ != 0, dirs_only != 0) == 0) {
-            result = 0;
-        }
-    }
-    return result;
+    return empty_directory({ini, wild, not_u_ != 0, dirs_only != 0}, place(path), path);
 }
 
-int remove_tree(pINI_SETTINGS ini, const char *wild, const char *path) {
-    if (s_strlen(path) > path_limit) {
-        return removal_failed(path, ENAMETOOLONG);
-    }
-    const int result = empty_directory(ini, wild, path);
-    if (::rmdir(path) != 0) {
-        return removal_failed(path, errno);
-    }
-    print_dot();
-    return result;
+int remove_tree(pINI_SETTINGS ini, const char *wild, const place &directory, const char *name,
+                const char *path) {
+    return remove_directory({ini, wild, true, false}, {directory, name, path, false});
+}
+
+bool remove_empty_directory(const char *path) {
+    const named_place entry = locate_directory(path);
+    return entry.directory.remove_directory(entry.name.c_str());
 }
 
 int do_tmprmv(pINI_SETTINGS ini, const char *wild) {
+    const place here(".");
     found_names names;
-    const int count = wild_find(wild, names);
+    plain_files plain{};
+    const int count = wild_find(here, wild, names, plain);
     if (count == 0) {
         print_imsg("No files found in working directory");
     }
     int result = 1;
-    for_each_name(names, count, [&](const char *name) {
-        if (remove_temporary(ini, name) == 0) {
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        if (remove_temporary(ini, {here, name, name, is_plain}) == 0) {
             result = 0;
         }
     });

@@ -3,15 +3,12 @@
 #include "core/format.h"
 #include "core/log.h"
 #include "core/paths.h"
-#include "core/stream.h"
 #include "core/text.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
-#include <fcntl.h>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -118,8 +115,8 @@ search_result collect(DIR *directory, const char *pattern, found_names &names) {
     }
 }
 
-search_result search(const char *path, const char *pattern, found_names &names) {
-    const directory_handle directory(::opendir(path));
+search_result search(const place &where, const char *pattern, found_names &names) {
+    const directory_handle directory = where.list();
     return directory ? collect(directory.get(), pattern, names) : search_result{.error = errno};
 }
 
@@ -182,21 +179,28 @@ int match_list(const char *list, const char *name) {
 }
 
 int wild_find(const char *pattern, found_names &names) {
+    plain_files plain{};
+    return wild_find(place("."), pattern, names, plain);
+}
+
+int wild_find(const place &here, const char *pattern, found_names &names, plain_files &plain) {
     dmsg("Wild finding [%s]", pattern);
-    const search_result found = search(".", pattern, names);
+    const search_result found = search(here, pattern, names);
     if (found.error != 0) {
         emsg("Could not read directory file: %s", std::strerror(found.error));
     }
+    plain = found.plain;
     return found.count;
 }
 
 int wild_find2(const char *directory, const char *pattern, found_names &names) {
     plain_files plain{};
-    return wild_find2(directory, pattern, names, plain);
+    return wild_find2(place(directory), directory, pattern, names, plain);
 }
 
-int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain) {
-    dmsg("Wild finding [%s][%s]", directory, pattern);
+int wild_find2(const place &directory, const char *path, const char *pattern, found_names &names,
+               plain_files &plain) {
+    dmsg("Wild finding [%s][%s]", path, pattern);
     const search_result found = search(directory, pattern, names);
     if (found.error != 0) {
         errno = found.error;
@@ -210,9 +214,13 @@ int dir_exists(const char *path) {
     if (s_strlen(path) > path_limit) {
         return 0;
     }
-    return directory_handle(::opendir(rmv_end_sep(path))) != nullptr ? 1 : 0;
+    return place(rmv_end_sep(path)).list() != nullptr ? 1 : 0;
 }
 
 int file_exists(const char *path) {
-    return file_descriptor(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)).is_open() ? 1 : 0;
+    if (path == nullptr) {
+        return 0;
+    }
+    const named_place file = locate(path);
+    return file.directory.can_be_read(file.name.c_str()) ? 1 : 0;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/paths.h"
+#include "core/place.h"
 #include "core/text.h"
 
 #include <array>
@@ -20,16 +21,21 @@ using found_names = std::array<heap_text, MAXWILD>;
 // Which of the names a search found are plain files, as far as the directory itself tells.
 using plain_files = std::bitset<MAXWILD>;
 
-// Calls `use` with each of the first `count` names, in their order, and frees the name afterwards.
-// A name that no memory was had for is passed over.
+// Call `use` with each of the first `count` names, in their order, and with whether it is known to
+// be a plain file. Free the name afterwards. A name that no memory was had for is passed over.
 template <class Use>
-void for_each_name(found_names &names, int count, Use use) {
+void for_each_name(found_names &names, int count, const plain_files &plain, Use use) {
     for (std::size_t number = 0; number < static_cast<std::size_t>(count); number++) {
         if (names[number] != nullptr) {
-            use(names[number].get());
+            use(names[number].get(), plain[number]);
             names[number].reset();
         }
     }
+}
+
+template <class Use>
+void for_each_name(found_names &names, int count, Use use) {
+    for_each_name(names, count, {}, [&use](const char *name, bool /*is_plain*/) { use(name); });
 }
 
 // 1 when the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one character,
@@ -49,11 +55,13 @@ int match_list(const char *list, const char *name);
 // Collect the names matching `pattern` in the current or the given directory, in the order the
 // directory gives them, never "." or "..". Give their number. Beyond MAXWILD console and log get an
 // error and the first names stand. A directory that cannot be read gives 0, or the names up to
-// where reading failed; the log (wild_find) or standard error (wild_find2) is told. `plain` gets
-// which of the names are plain files.
+// where reading failed; the log (wild_find) or standard error (wild_find2) is told. A directory
+// that is open already is shown as `path`. `plain` gets which of the names are plain files.
 int wild_find(const char *pattern, found_names &names);
+int wild_find(const place &here, const char *pattern, found_names &names, plain_files &plain);
 int wild_find2(const char *directory, const char *pattern, found_names &names);
-int wild_find2(const char *directory, const char *pattern, found_names &names, plain_files &plain);
+int wild_find2(const place &directory, const char *path, const char *pattern, found_names &names,
+               plain_files &plain);
 
 // 1 when `path`, less one trailing "/", can be opened as a directory. So "/" alone gives 0.
 int dir_exists(const char *path);

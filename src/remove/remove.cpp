@@ -65,8 +65,8 @@ void remove_program(setup_job &job, const char *shown_name, const char *name) {
     }
 }
 
-void remove_empty_directory(const char *directory) {
-    if (::rmdir(directory) != 0) {
+void remove_or_report(const char *directory) {
+    if (!remove_empty_directory(directory)) {
         print_emsg("Cannot remove %s: %s", directory, std::strerror(errno));
     }
 }
@@ -78,21 +78,23 @@ void remove_images(setup_job &job) {
         job.check(do_xrmv(job.ini, "*.gif,*.jpg,*.wav", directory.c_str(), 1, 0));
     }
     // Also after a no: an empty images directory goes, one that is not is reported.
-    remove_empty_directory(directory.c_str());
+    remove_or_report(directory.c_str());
 }
 
 void remove_user_directories(setup_job &job, const char *workarea) {
+    const place directory(workarea);
     found_names names;
-    const int count = wild_find2(workarea, "u_*", names);
+    plain_files plain{};
+    const int count = wild_find2(directory, workarea, "u_*", names, plain);
     if (count == 0) {
         print_imsg("No user directories found.");
     }
     for_each_name(names, count, [&](const char *name) {
-        const std::string path = path_in(workarea, name);
         struct stat entry {};
-        if (::stat(path.c_str(), &entry) == 0) {
+        if (directory.look(name, entry)) {
             if (has_directory_bit(entry)) {
-                job.check(remove_tree(job.ini, "*", path.c_str()));
+                const std::string path = path_in(workarea, name);
+                job.check(remove_tree(job.ini, "*", directory, name, path.c_str()));
             } else {
                 dmsg("u_ file found weird?");
             }
@@ -130,11 +132,11 @@ void remove_templates(setup_job &job) {
     }
     if (match_root_dir(templates.c_str()) == 1) {
         job.check(do_tmprmv(job.ini, "*"));
-        std::remove(answers_file);
+        place(".").remove(answers_file);
         return;
     }
     job.check(do_xrmv(job.ini, "*", templates.c_str(), 1, 0));
-    remove_empty_directory(templates.c_str());
+    remove_or_report(templates.c_str());
 }
 
 } // namespace

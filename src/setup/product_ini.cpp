@@ -152,11 +152,11 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
     }
     format_file(written.stream(), "\n\n");
     write_answers(written.stream(), ini, rules);
+    written.give(gx_user, gx_group);
     if (!written.commit()) {
         print_emsg("Can't write %s: %s", file, std::strerror(errno));
         return 0;
     }
-    give_to_owner(file);
     do_copy(file, ini_value_num(ini, D_TEMPLATES), 1);
     return 1;
 }

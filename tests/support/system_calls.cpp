@@ -105,7 +105,7 @@ std::vector<system_call> calls_of(const world &host, const session_script &scrip
         const std::string name = line.substr(0, line.find('('));
         system_call call = {name, ++counts[name], line, false};
         call.is_on_written = written.take(call);
-        is_logging = is_logging || holds(line, "\"./gxsetup.log\"");
+        is_logging = is_logging || holds(line, "gxsetup.log\"");
         if (is_logging && holds(line, ") = ") && is_of_interest(call)) {
             calls.push_back(call);
         }

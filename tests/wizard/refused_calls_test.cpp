@@ -122,6 +122,7 @@ struct refusal {
     std::string left = ""; // in the tree
     std::string gone = "";
     host_maker make = leave_as_unpacked;
+    int passed_over = 0; // such calls before it
 };
 
 std::string write_refused(const std::string &path, const std::string &reason) {
@@ -145,27 +146,28 @@ void add_old_ini(const world & /*host*/) {
 const std::string index_template = "0660 ./spool/kestrel/index.tpl \"new tpl/index.tpl\"\n";
 
 const std::vector<refusal> refusals = {
-    {"RefusedWords.ASourceThatCannotBeLookedAt", "newfstatat", "\"./tpl/head.tpl\"", "EIO",
+    {"RefusedWords.ASourceThatCannotBeLookedAt", "newfstatat", "<@/dist/tpl/head.tpl>", "EIO",
      "Error: Can't copy ./tpl/head.tpl: Input/output error\n", "unsuccessful", index_template,
-     "spool/kestrel/head.tpl"},
-    {"RefusedWords.ASourceThatCannotBeOpened", "openat", "\"./tpl/head.tpl\"", "EMFILE",
-     "Error: Can't copy ./tpl/head.tpl: Too many open files\n", "unsuccessful", index_template},
+     "spool/kestrel/head.tpl", leave_as_unpacked, 1},
+    {"RefusedWords.ASourceThatCannotBeOpened", "openat", "<@/dist/tpl>, \"head.tpl\"", "EMFILE",
+     "Error: Can't copy ./tpl/head.tpl: Too many open files\n", "unsuccessful", index_template, "",
+     leave_as_unpacked, 1},
     {"RefusedWords.ASourceThatCannotBeRead", "read", "<@/dist/menu.js>", "EIO",
      "Error: Can't copy menu.js: Input/output error\n"},
-    {"RefusedWords.ADestinationThatCannotBeOpened", "openat", "\"@/spool/kestrel/head.tpl\"",
+    {"RefusedWords.ADestinationThatCannotBeOpened", "openat", "<@/spool/kestrel>, \"head.tpl\"",
      "EDQUOT", write_refused("@/spool/kestrel/head.tpl", "Disk quota exceeded")},
-    {"RefusedWords.ADestinationThatCannotBeEmptied", "ftruncate", "<@/html/vlimg/logo.gif>", "EIO",
-     write_refused("@/html/vlimg/logo.gif", "Input/output error"), "unsuccessful",
+    {"RefusedWords.ADestinationThatNothingCanBeMadeBeside", "openat", "<@/html/vlimg>, \"gxsetup.",
+     "EIO", write_refused("@/html/vlimg/logo.gif", "Input/output error"), "unsuccessful",
      "html/vlimg/logo.gif \"old picture\"", "", add_old_pictures},
     {"RefusedWords.ADestinationThatCannotBeWritten", "write", "<@/cgi-bin/kestrel.cgi>", "EDQUOT",
      program_failed("Disk quota exceeded")},
     {"RefusedWords.ADestinationThatCannotBeClosed", "close", "<@/cgi-bin/kestrel.cgi>", "EIO",
      program_failed("Input/output error")},
-    {"RefusedWords.AModeThatCannotBeGivenToAProgramFailsNothing", "chmod",
-     "\"@/cgi-bin/kestrel.cgi\"", "EPERM",
+    {"RefusedWords.AModeThatCannotBeGivenToAProgramFailsNothing", "fchmod",
+     "<@/cgi-bin/kestrel.cgi>", "EPERM",
      "Error: @/cgi-bin/kestrel.cgi mode not changed, Operation not permitted\n", "successful"},
-    {"RefusedWords.ADirectoryThatCannotBeMadeFailsTheCopiesIntoIt", "mkdir", "\"@/html/vlimg\"",
-     "EROFS",
+    {"RefusedWords.ADirectoryThatCannotBeMadeFailsTheCopiesIntoIt", "mkdirat",
+     "<@/html>, \"vlimg\"", "EROFS",
      "\nCopying VBS and JS files" +
          write_refused("@/html/vlimg/menu.vbs", "No such file or directory") +
          write_refused("@/html/vlimg/menu.js", "No such file or directory"),
@@ -174,20 +176,21 @@ const std::vector<refusal> refusals = {
      "Could not read directory file: Input/output error\n", ""},
     {"RefusedWords.AnswersThatCannotBeWrittenOut", "write", "\"# file written by gxsetup", "ENOSPC",
      "Error: Can't write \"gxsetup.dat\": No space left on device\n", "", "", "dist/gxsetup.dat"},
-    {"RefusedWords.AnswersThatCannotBePutInPlace", "rename", "\"gxsetup.dat\"", "EROFS",
+    {"RefusedWords.AnswersThatCannotBePutInPlace", "renameat", "\"gxsetup.dat\"", "EROFS",
      "Error: INI: file {gxsetup.dat} could not be written: Read-only file system\n"
      "Error: Can't write \"gxsetup.dat\": Read-only file system\n",
      "", "", "dist/gxsetup.dat"},
     {"RefusedWords.AnIniThatCannotBeClosed", "close", "<@/cgi-bin/gxsetup.", "EDQUOT",
      "\nCreating kestrel.ini fileError: Can't write @/cgi-bin/kestrel.ini: Disk quota exceeded\n",
      "unsuccessful", "", "cgi-bin/kestrel.ini"},
-    {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat", "\"@/cgi-bin/kestrel.ini\"",
+    {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat", "<@/cgi-bin/kestrel.ini>",
      "EIO", "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
-     "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini},
+     "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini, 2},
 };
 
 void RefusedWords::check(const refusal &one) {
-    const wizard_run run = refuse(one.make, flat_install, one.call, one.part, one.error);
+    const wizard_run run =
+        refuse(one.make, flat_install, one.call, one.part, one.error, one.passed_over);
     EXPECT_THAT(run.transcript + run.errors + shown_log(host, "dist/gxsetup.log"),
                 HasSubstr(one.shown));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation " + one.outcome));
@@ -199,13 +202,14 @@ const int refusals_registered = register_rows<RefusedWords>(refusals);
 
 TEST_F(RefusedWords, AnOwnerThatCannotBeGivenIsNotToldAndFailsNothing) {
     const wizard_run run =
-        refuse(leave_as_unpacked, flat_install, "chown", "\"@/cgi-bin/kestrel.cgi\"", "EPERM");
+        refuse(leave_as_unpacked, flat_install, "fchown", "<@/cgi-bin/kestrel.cgi>", "EPERM");
     EXPECT_THAT(run.transcript, Not(HasSubstr("Error")));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
 }
 
 TEST_F(RefusedWords, ADirectoryThatCannotBeOpened) {
-    const wizard_run run = refuse(leave_as_unpacked, flat_install, "openat", "\"./tpl\"", "EMFILE");
+    const wizard_run run =
+        refuse(leave_as_unpacked, flat_install, "openat", "<@/dist/tpl>, \".\"", "EMFILE", 1);
     EXPECT_EQ(run.errors, "Could not read directory file: Too many open files\n");
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"), HasSubstr("Info:  No files found in *\n"));
 }
@@ -293,13 +297,13 @@ std::string stamping_failed(const std::string &what, const std::string &reason) 
 }
 
 const std::vector<stamping_refusal> stamping_refusals = {
-    {"RefusedWords.ATemplateThatCannotBeOpened", "openat", "\"@/dist/tpl/index.tpl\"", "EMFILE",
+    {"RefusedWords.ATemplateThatCannotBeOpened", "openat", "<@/dist/tpl>, \"index.tpl\"", "EMFILE",
      "Error: can't open @/dist/tpl/index.tpl, Too many open files\n"
      "Error: Can't open @/dist/tpl/index.tpl, Too many open files\n"},
     {"RefusedWords.ATemplateThatCannotBeRead", "read", "<@/dist/tpl/index.tpl>", "EIO",
      stamping_failed("Can't open @/dist/tpl/index.tpl", "Input/output error")},
-    {"RefusedWords.AStampedTemplateThatCannotBeMade", "openat", "\"@/dist/tpl/temp.tpl\"", "EROFS",
-     "Error: Can't open @/dist/tpl/temp.tpl, Read-only file system\n"},
+    {"RefusedWords.AStampedTemplateThatCannotBeMade", "openat", "<@/dist/tpl>, \"temp.tpl\"",
+     "EROFS", "Error: Can't open @/dist/tpl/temp.tpl, Read-only file system\n"},
     {"RefusedWords.AStampedTemplateThatCannotBeWritten", "write", "<@/dist/tpl/temp.tpl>", "EDQUOT",
      stamping_failed("Can't write @/dist/tpl/temp.tpl", "Disk quota exceeded")},
     {"RefusedWords.AStampedTemplateThatCannotBeClosed", "close", "<@/dist/tpl/temp.tpl>", "EIO",
@@ -349,7 +353,7 @@ TEST_F(RefusedWords, AFileThatCannotBeRemoved) {
 }
 
 TEST_F(RefusedWords, ATemplatesDirectoryThatCannotBeRemoved) {
-    const wizard_run run = refuse(install, removal, "rmdir", "\"@/spool/kestrel\"", "EBUSY");
+    const wizard_run run = refuse(install, removal, "unlinkat", "<@/spool>, \"kestrel\"", "EBUSY");
     EXPECT_THAT(run.transcript,
                 HasSubstr("Error: Cannot remove @/spool/kestrel: Device or resource busy\n"));
     EXPECT_THAT(run.transcript, HasSubstr("\nremove successful\n"));
@@ -363,7 +367,7 @@ TEST_F(RefusedWords, ADirectoryThatMayBeALinkIsNotEntered) {
         std::filesystem::create_directory_symlink("../../elsewhere", "spool/kestrel/link");
     };
     const wizard_run run =
-        refuse(add_link, removal, "newfstatat", "\"@/spool/kestrel/link\"", "EIO");
+        refuse(add_link, removal, "newfstatat", "<@/spool/kestrel>, \"link\"", "EIO", 1);
     EXPECT_THAT(run.transcript,
                 HasSubstr("Error: \nCannot remove @/spool/kestrel/link: Not a directory\n"));
     EXPECT_EQ(read_file("elsewhere/letter"), "dear reader\n");

@@ -195,7 +195,8 @@ std::vector<std::string> words_for(const system_call &call, const std::string &r
     if (call.name == "write" && is_log) {
         return {"Error printing to log file"};
     }
-    const bool is_loss = call.is_on_written ||
+    // What was replaced was never written.
+    const bool is_loss = (call.is_on_written && !holds(refused, ">(deleted)")) ||
                          is_one_of(call.name + "(", {"write", "ftruncate", "rename", "unlinkat",
                                                      "rmdir", "getdents", "read("});
     if (!is_loss || is_log || file.ends_with(".tmp") || file == "ver.txt" ||
@@ -288,7 +289,7 @@ class RefusedCall : public testing::TestWithParam<flow> {
             << told;
         const tree_state now = state_of(all_directories);
         expect_bystanders(now);
-        expect_whole_files(now, file_of(refused.call));
+        expect_whole_files(now, refused.call);
         expect_no_scratch(now, refused.call);
     }
 
@@ -301,7 +302,7 @@ class RefusedCall : public testing::TestWithParam<flow> {
         expect_order(refused);
         const tree_state now = state_of(all_directories);
         expect_bystanders(now);
-        expect_whole_files(now, file_of(refused.call));
+        expect_whole_files(now, refused.call);
     }
 
   private:
@@ -326,9 +327,12 @@ class RefusedCall : public testing::TestWithParam<flow> {
 
     // Files that are replaced: each as it was, or as a run leaves it that is not disturbed. (A call
     // on another file may change what is to be written into them.)
-    void expect_whole_files(const tree_state &now, const std::string &file) const {
+    void expect_whole_files(const tree_state &now, const std::string &call) const {
+        const std::string file = file_of(call);
         for (const std::string &path : GetParam().replaced) {
-            if (file == fs::path(path).filename() || is_scratch(file)) {
+            const std::string directory = fs::path(path).parent_path();
+            if (file == fs::path(path).filename() ||
+                (is_scratch(file) && holds(call, "<@/" + directory + ">"))) {
                 EXPECT_TRUE(std::any_of(whole_.begin(), whole_.end(), [&](const tree_state &state) {
                     return is_like(now, state, path);
                 })) << path;

@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "core/format.h"
+#include "core/place.h"
 #include "core/stream.h"
 #include "core/text.h"
 
@@ -30,7 +31,6 @@ struct log_state {
     stream_handle logf;
     path_text logname;
     path_text logfile;
-    path_text oldlog;
     bool unloged = false; // a message had to open the log by itself
     bool rotating = false;
     std::size_t logged_bytes = 0;
@@ -90,10 +90,15 @@ int log_line(int level, const char *prefix, const char *format, std::va_list arg
     return logit(line.c_str(), line.view().size());
 }
 
+// The name of a generation of the log in the current directory; 0 is the log itself.
 path_text generation(int number) {
-    path_text path;
-    return number == 0 ? path.format("%s%c%s.log", ".", '/', state.logname.c_str())
-                       : path.format("%s%c%s%d.log", ".", '/', state.logname.c_str(), number);
+    path_text name;
+    return number == 0 ? name.format("%s.log", state.logname.c_str())
+                       : name.format("%s%d.log", state.logname.c_str(), number);
+}
+
+path_text shown_generation(int number) {
+    return path_text().format("%s%c%s", ".", '/', generation(number).c_str());
 }
 
 // Prints a message and a line feed. Returns the message for the log, which takes what is put in as
@@ -115,6 +120,7 @@ int inilog(const char *path, const char *s) {
     if (!open_log(open_to_append(state.logfile.c_str()))) {
         return 0;
     }
+    tell_refusals(emsg);
     if (state.unloged) {
         emsg("Errors logged before inilog called see init.log");
         state.unloged = false;
@@ -211,19 +217,17 @@ int rotate_logs() {
     bool ok = true;
 
     close_log();
-    state.oldlog = generation(generations);
-    std::remove(state.oldlog.c_str());
+    const place here(".");
+    here.remove(generation(generations).c_str());
     for (int number = generations; number > 1; number--) {
-        state.logfile = generation(number - 1);
-        state.oldlog = generation(number);
-        if (std::rename(state.logfile.c_str(), state.oldlog.c_str()) != 0) {
+        if (!here.rename(generation(number - 1).c_str(), generation(number).c_str())) {
             ok = false;
         }
     }
-    state.logfile = generation(0);
-    state.oldlog = generation(1);
-    if (std::rename(state.logfile.c_str(), state.oldlog.c_str()) != 0) {
-        dmsg("rotate_logs: Cant rename %s as %s\n", state.logfile.c_str(), state.oldlog.c_str());
+    state.logfile = shown_generation(0);
+    if (!here.rename(generation(0).c_str(), generation(1).c_str())) {
+        dmsg("rotate_logs: Cant rename %s as %s\n", state.logfile.c_str(),
+             shown_generation(1).c_str());
         dmsg("Maybe using emsg before rotate done or multiple copies running \n");
         ok = false;
     }

@@ -469,7 +469,7 @@ file_descriptor place::create_anew(const char *name) const {
             break;
         }
         file_descriptor file(
-            ::openat(number(), name, O_WRONLY | O_CREAT | O_EXCL | file_flags, S_IRUSR | S_IWUSR));
+            ::openat(number(), name, O_RDWR | O_CREAT | O_EXCL | file_flags, S_IRUSR | S_IWUSR));
         if (file.is_open() || errno != EEXIST) {
             return file;
         }

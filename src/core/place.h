@@ -164,7 +164,8 @@ class place {
     [[nodiscard]] file_descriptor open_to_write(const char *name) const;
     [[nodiscard]] file_descriptor open_to_append(const char *name) const;
 
-    // Makes a new file, mode 0600, in the place of any file or link of that name.
+    // Makes a new file, mode 0600, in the place of any file or link of that name, and opens it to
+    // be written and read.
     [[nodiscard]] file_descriptor create_anew(const char *name) const;
 
     // Removes a file or a link; removes an empty directory.

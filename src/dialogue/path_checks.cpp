@@ -3,7 +3,7 @@
 #include "core/console.h"
 #include "core/format.h"
 #include "core/paths.h"
-#include "core/stream.h"
+#include "core/place.h"
 #include "files/search.h"
 
 #include <cstdlib>
@@ -34,11 +34,14 @@ int check_valid_dir(const char *path) {
     return dir_exists(path) == 1 ? 0 : 3;
 }
 
+// Whether a file that is made here is found there, and it is the same directory by its number too:
+// a probe may have been planted.
 int match_root_dir(const char *dir) {
+    const place here(".");
+    const place there(dir);
     const path_text probe = probe_name();
-    const bool is_created = file_descriptor(create_anew(probe.c_str())).is_open();
-    const std::string path = formatted("%s%c%s", dir, '/', probe.c_str());
-    const bool is_here = is_created && file_exists(path.c_str()) == 1;
-    std::remove(probe.c_str());
-    return is_here ? 1 : 0;
+    const bool is_created = here.create_anew(probe.c_str()).is_open();
+    const bool is_found = is_created && there.can_be_read(probe.c_str());
+    here.remove(probe.c_str());
+    return is_found && is_same_file(here.status(), there.status()) ? 1 : 0;
 }

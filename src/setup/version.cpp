@@ -1,15 +1,20 @@
 #include "setup/version.h"
 
 #include "core/log.h"
+#include "core/place.h"
 #include "core/process.h"
 #include "core/stream.h"
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
+#include <grp.h>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -17,26 +22,101 @@ namespace {
 constexpr const char *output_file = "ver.txt";
 constexpr std::size_t line_size = 511; // 510 characters and a NUL
 
-// Returns the error of starting the program, or 0. Returns 0 too if its output cannot be kept. A
-// program that does not exist costs no process.
-int run_into_output_file(const std::string &program) {
-    const stream_handle output = open_to_write(output_file);
-    if (!output) {
-        return 0;
+// A program of the current directory, and whose rights it gets.
+struct program_to_start {
+    std::string name;
+    open_file file;
+    bool can_be_started = false;
+    bool is_of_another_user = false; // to be started with that user's rights
+};
+
+// Whether root may run it: nobody else can have written it.
+bool is_safe_for_root(const struct stat &file) {
+    const bool is_group_of_others = file.st_gid != 0 && (file.st_mode & S_IWGRP) != 0;
+    return file.st_uid == 0 && !is_group_of_others && (file.st_mode & S_IWOTH) == 0;
+}
+
+// Root runs a program of its own, and any other as its owner.
+program_to_start find_program(const std::string &name) {
+    program_to_start program;
+    program.name = name;
+    if (name.find('/') != std::string::npos) {
+        return program;
     }
-    if (::access(program.c_str(), F_OK) != 0) {
-        return errno;
+    const place here(".");
+    program.file = here.open_plain(name.c_str());
+    const struct stat &file = program.file.status;
+    program.can_be_started = program.file.is_open();
+    if (::geteuid() != 0) {
+        // It may be allowed to run it, but not to read it.
+        program.can_be_started = program.can_be_started || (errno == EACCES && !here.is_shared());
+    } else if (file.st_uid == 0) {
+        program.can_be_started = program.can_be_started && is_safe_for_root(file);
+    } else {
+        program.is_of_another_user = program.can_be_started;
     }
-    const started_program started = start_program({program, "-version"}, ::fileno(output.get()));
+    return program;
+}
+
+// What another user's program may not do: keep the terminal, fill the disk, have root's rights. It
+// gets the group of its file, but never root's.
+bool give_up_rights(const struct stat &file) {
+    const gid_t group = file.st_gid != 0 ? file.st_gid : file.st_uid;
+    const rlimit size = {settings_limit.bytes, settings_limit.bytes};
+    return ::setsid() >= 0 && ::setrlimit(RLIMIT_FSIZE, &size) == 0 &&
+           ::setgroups(1, &group) == 0 && ::setgid(group) == 0 && ::setuid(file.st_uid) == 0;
+}
+
+// Becomes another user's program, as start_program would start it.
+[[noreturn]] void become(const program_to_start &program, int output, int errors) {
+    constexpr int not_started = 127;
+    std::string path = "./" + program.name;
+    std::string option = "-version";
+    const std::array<char *, 3> arguments = {path.data(), option.data(), nullptr};
+    ::dup2(output, STDOUT_FILENO);
+    if (errors >= 0) {
+        ::dup2(errors, STDERR_FILENO);
+    }
+    ::close(STDIN_FILENO);
+    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
+    if (give_up_rights(program.file.status)) {
+        ::execve(path.c_str(), arguments.data(), environ);
+    }
+    ::_exit(not_started);
+}
+
+started_program start_as_its_owner(const program_to_start &program, int output) {
+    // Nor does it write to the terminal, which does what it is told.
+    const file_descriptor nowhere =
+        ::isatty(STDERR_FILENO) == 1 ? place("/dev").open_to_write("null") : file_descriptor();
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        become(program, output, nowhere.number());
+    }
+    return {child, child < 0 ? errno : 0};
+}
+
+// Where others may write, the file that was looked at is started, whatever has its name by now.
+started_program start_as_ours(const program_to_start &program, int output) {
+    const int number = program.file.descriptor.number();
+    std::string path = "./" + program.name;
+    if (program.file.is_shared) {
+        path = formatted("/proc/self/fd/%d", number);
+        ::fcntl(number, F_SETFD, 0);
+    }
+    return start_program({path, "-version"}, output);
+}
+
+// Waits until the program has ended. Returns why no process could be had at all, or 0: also for a
+// program that could not be started.
+int run(const program_to_start &program, int output) {
+    const started_program started = program.is_of_another_user ? start_as_its_owner(program, output)
+                                                               : start_as_ours(program, output);
     if (started.error == 0) {
         wait_for(started.child);
     }
-    return started.error;
-}
-
-// Whether no process could be had at all, as against a program that could not be started.
-bool is_without_process(int error) {
-    return error == EAGAIN || error == ENOMEM;
+    return started.error == EAGAIN || started.error == ENOMEM ? started.error : 0;
 }
 
 // The version in a line, or none.
@@ -64,32 +144,42 @@ bool find_version(std::FILE *file, std::string &version) {
     return false;
 }
 
+bool read_version_from(file_descriptor output, std::string &version) {
+    if (!output.is_open()) {
+        return false;
+    }
+    ::lseek(output.number(), 0, SEEK_SET);
+    const stream_handle file = stream_of(output.release(), "r");
+    return file && find_version(file.get(), version);
+}
+
 } // namespace
 
 int get_version(pINI_SETTINGS ini, answer_position setting) {
-    const std::string program = formatted("./%s.%s", ini_value_num(ini, setting), "cgi");
+    const std::string name = formatted("%s.%s", ini_value_num(ini, setting), "cgi");
     path_text command;
-    command.format("%s -version >ver.txt", program.c_str());
+    command.format("./%s -version >ver.txt", name.c_str());
     dmsg("Getting version from [%s]", command.c_str());
     std::fflush(stdout);
-    if (const int error = run_into_output_file(program); is_without_process(error)) {
-        emsg("Cannot obtain version information: %s", std::strerror(error));
-        std::remove(output_file);
+    const place here(".");
+    // Another wizard here may remove or replace the file by its name: this one goes on with its
+    // own.
+    file_descriptor output = here.create_anew(output_file);
+    if (!output.is_open() && !here.can_be_read(output_file)) {
         return 0;
     }
+    const program_to_start program = find_program(name);
+    const int error =
+        output.is_open() && program.can_be_started ? run(program, output.number()) : 0;
     std::string version;
-    {
-        const stream_handle output = open_to_read(output_file);
-        if (!output) {
-            return 0;
-        }
-        if (!find_version(output.get(), version)) {
-            emsg("cannot find version");
-            std::remove(output_file);
-            return 0;
-        }
+    const bool is_found = error == 0 && read_version_from(std::move(output), version);
+    here.remove(output_file);
+    if (error != 0) {
+        emsg("Cannot obtain version information: %s", std::strerror(error));
+    } else if (!is_found) {
+        emsg("cannot find version");
+    } else {
+        ini_add(ini, "version", version.c_str());
     }
-    ini_add(ini, "version", version.c_str());
-    std::remove(output_file);
-    return 1;
+    return is_found ? 1 : 0;
 }

@@ -75,7 +75,7 @@ bool ends_with(const texts &all, const texts &last) {
 }
 
 std::string content_of(const char *path) {
-    const stream_handle file = open_to_read(path);
+    const stream_handle file = open_plain_file(path);
     require(file != nullptr, "the .ini is there");
     std::string content;
     std::array<char, 4096> piece{};

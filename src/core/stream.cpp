@@ -12,10 +12,6 @@ named_place locate_bounded(std::string_view path) {
     return path.size() <= path_text::capacity ? locate(path) : named_place{place(ENAMETOOLONG), ""};
 }
 
-stream_handle stream_of_opened(open_file file) {
-    return stream_of(file.descriptor.release(), "r");
-}
-
 } // namespace
 
 stream_handle stream_of(int descriptor, const char *mode) {
@@ -31,11 +27,6 @@ stream_handle stream_of(int descriptor, const char *mode) {
     return stream;
 }
 
-stream_handle open_to_read(const char *path) {
-    const named_place file = locate(path);
-    return stream_of_opened(file.directory.open_to_read(file.name.c_str()));
-}
-
 stream_handle open_to_write(const char *path) {
     const named_place file = locate(path);
     return stream_of(file.directory.open_to_write(file.name.c_str()).release(), "w");
@@ -46,9 +37,10 @@ stream_handle open_to_append(const char *path) {
     return stream_of(file.directory.open_to_append(file.name.c_str()).release(), "a");
 }
 
-stream_handle open_plain_file(const char *path) {
+stream_handle open_plain_file(const char *path, read_limit limit) {
     const named_place file = locate(path);
-    return stream_of_opened(file.directory.open_plain(file.name.c_str()));
+    open_file opened = file.directory.open_plain(file.name.c_str(), limit);
+    return stream_of(opened.descriptor.release(), "r");
 }
 
 int create_anew(const char *path) {

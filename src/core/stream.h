@@ -23,15 +23,12 @@ using stream_handle = std::unique_ptr<std::FILE, file_closer>;
 // negative number.
 stream_handle stream_of(int descriptor, const char *mode);
 
-// Open a file to read it, to write it anew or to append to it. Null when it cannot be opened, with
-// errno saying why. They never wait for the other end of a pipe (O_NONBLOCK, POSIX open): a pipe
-// that nobody writes reads as empty, one that nobody reads cannot be written.
-stream_handle open_to_read(const char *path);
+// Open a plain file to read it, a file to write it anew, or to append to it (see `place`). Return
+// null, with errno set, if it cannot be opened; to read: EISDIR or EINVAL for anything but a plain
+// file, EFBIG for a larger one than the limit. Never wait for the other end of a pipe.
+stream_handle open_plain_file(const char *path, read_limit limit = no_limit);
 stream_handle open_to_write(const char *path);
 stream_handle open_to_append(const char *path);
-
-// open_to_read, for a plain file only: null, with errno EISDIR or EINVAL, for anything else.
-stream_handle open_plain_file(const char *path);
 
 // Creates `path` as a file that nothing else leads to and only its owner reads; a file or link of
 // that name goes. The descriptor, negative with errno set on failure.

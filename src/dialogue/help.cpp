@@ -71,7 +71,7 @@ std::string read_topic(std::FILE *file) {
 int help_init(HELP *hlp, const char *filename) {
     hlp->ref.reset();
     hlp->last_help.reset();
-    hlp->hfile = open_to_read(filename);
+    hlp->hfile = open_plain_file(filename, settings_limit);
     return hlp->hfile ? 1 : 0;
 }
 

@@ -53,9 +53,9 @@ int log_failure(pINI_SETTINGS ini, const char *filename, const char *step,
     return 0;
 }
 
-// Returns the logical lines up to the end of the file, or to where reading failed (ferror).
-std::vector<std::string> logical_lines(std::FILE *file) {
-    std::vector<std::string> lines;
+// Reads the logical lines of an open file. False, with errno set, if reading failed or found no
+// end: the file may grow while it is read.
+bool read_logical_lines(std::FILE *file, std::vector<std::string> &lines) {
     std::string logical_line;
     const auto finish_line = [&] {
         if (!logical_line.empty()) {
@@ -64,8 +64,15 @@ std::vector<std::string> logical_lines(std::FILE *file) {
         logical_line.clear();
     };
     std::array<char, piece_size> piece{};
-    while (const char *text = read_text_piece(file, piece)) {
-        std::string_view line(text);
+    off_t size = 0;
+    for (std::string_view bytes = read_piece(file, piece); !bytes.empty();
+         bytes = read_piece(file, piece)) {
+        size += static_cast<off_t>(bytes.size());
+        if (size > settings_limit.bytes) {
+            errno = EFBIG;
+            return false;
+        }
+        std::string_view line(piece.data()); // up to the first NUL
         if (line.size() <= 2 || line.starts_with('#')) {
             finish_line();
             continue;
@@ -77,7 +84,7 @@ std::vector<std::string> logical_lines(std::FILE *file) {
         }
     }
     finish_line();
-    return lines;
+    return std::ferror(file) == 0;
 }
 
 } // namespace
@@ -102,8 +109,8 @@ int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened) {
         return log_failure(ini, filename, opening);
     }
     try {
-        std::vector<std::string> lines = logical_lines(file.get());
-        if (std::ferror(file.get()) != 0) {
+        std::vector<std::string> lines;
+        if (!read_logical_lines(file.get(), lines)) {
             return log_failure(ini, filename, "read: ", std::strerror(errno));
         }
         int count = 1;

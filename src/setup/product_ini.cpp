@@ -133,7 +133,7 @@ void read_allowed_hosts(pINI_SETTINGS ini) {
 int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
     const ini_rules rules = rules_for(prod);
     const std::string sample_name = formatted("%s.ini", prod);
-    const stream_handle sample = open_to_read(sample_name.c_str());
+    const stream_handle sample = open_plain_file(sample_name.c_str(), settings_limit);
     if (!sample) {
         print_emsg("Can't open %s", sample_name.c_str());
         return 0;

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <initializer_list>
+#include <random>
 
 namespace {
 
@@ -91,6 +92,7 @@ selected_modes read_argument(char *argument) {
 
 int main(int argc, char **argv) {
     secure_standard_streams();
+    std::srand(std::random_device{}()); // the names of probe files are not to be foretold
     start_log();
     if (argc > 2) {
         print_emsg("Too many command line arguments");

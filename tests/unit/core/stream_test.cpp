@@ -35,7 +35,7 @@ using ReplacementFile = scratch_test;
 } // namespace
 
 TEST_F(Open, WhatIsNotThereCannotBeRead) {
-    EXPECT_EQ(open_to_read("missing"), nullptr);
+    EXPECT_EQ(open_plain_file("missing"), nullptr);
     EXPECT_EQ(errno, ENOENT);
 }
 
@@ -51,14 +51,6 @@ TEST_F(Open, WritingBeginsAnewAndAppendingGoesOn) {
     EXPECT_EQ(read_file("file"), "");
 }
 
-TEST_F(Open, APipeThatNobodyServesIsNeverWaitedFor) {
-    ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-    const stream_handle in = open_to_read("pipe");
-    ASSERT_NE(in, nullptr);
-    std::array<char, 8> piece{};
-    EXPECT_EQ(read_piece(in.get(), piece), "");
-}
-
 TEST_F(Open, APipeThatNobodyReadsCannotBeWritten) {
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     EXPECT_EQ(open_to_write("pipe"), nullptr);
@@ -72,8 +64,21 @@ TEST_F(Open, OnlyAPlainFileIsTakenForOne) {
     EXPECT_EQ(errno, EISDIR);
     EXPECT_EQ(open_plain_file("/dev/null"), nullptr);
     EXPECT_EQ(errno, EINVAL);
+    ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+    EXPECT_EQ(open_plain_file("pipe"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
     EXPECT_EQ(open_plain_file("missing"), nullptr);
     EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(Open, AFileOfMoreThanTheLimitIsNotRead) {
+    write_file("file", "");
+    ASSERT_EQ(::truncate("file", settings_limit.bytes), 0);
+    EXPECT_NE(open_plain_file("file", settings_limit), nullptr);
+    ASSERT_EQ(::truncate("file", settings_limit.bytes + 1), 0);
+    EXPECT_EQ(open_plain_file("file", settings_limit), nullptr);
+    EXPECT_EQ(errno, EFBIG);
+    EXPECT_NE(open_plain_file("file"), nullptr);
 }
 
 TEST(StreamOf, ClosesADescriptorThatNoStreamCanBeHadOver) {
@@ -94,7 +99,7 @@ TEST(CloseFile, SaysThatAFullDiskLostTheText) {
 
 TEST_F(ReadPiece, GivesALineOrAsMuchAsFits) {
     write_file("file", "ab\n\nabcdef\nlast");
-    const stream_handle file = open_to_read("file");
+    const stream_handle file = open_plain_file("file");
     std::array<char, 5> piece{};
     EXPECT_EQ(read_piece(file.get(), piece), "ab\n");
     EXPECT_EQ(read_piece(file.get(), piece), "\n");
@@ -106,7 +111,7 @@ TEST_F(ReadPiece, GivesALineOrAsMuchAsFits) {
 
 TEST_F(ReadPiece, GivesTheBytesBehindANul) {
     write_file("file", "a\0b\nc\n"s);
-    const stream_handle file = open_to_read("file");
+    const stream_handle file = open_plain_file("file");
     std::array<char, 16> piece{};
     EXPECT_EQ(read_piece(file.get(), piece), "a\0b\n"s);
     EXPECT_EQ(read_piece(file.get(), piece), "c\n");
@@ -114,7 +119,7 @@ TEST_F(ReadPiece, GivesTheBytesBehindANul) {
 
 TEST_F(ReadPiece, AsATextEndsAtTheFirstNul) {
     write_file("file", "a\0b\n\0\nc"s);
-    const stream_handle file = open_to_read("file");
+    const stream_handle file = open_plain_file("file");
     std::array<char, 16> piece{};
     EXPECT_STREQ(read_text_piece(file.get(), piece), "a");
     EXPECT_STREQ(read_text_piece(file.get(), piece), "");

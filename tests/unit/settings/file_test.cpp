@@ -1,6 +1,6 @@
 #include "settings/store.h"
 
-#include "core/stream.h"
+#include "core/place.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
 #include "unit/settings/recording_store.h"
@@ -207,6 +207,12 @@ TEST_F(IniLoad, AFileThatCannotBeReadToItsEndLeavesTheStore) {
     EXPECT_EQ(errno, EIO);
     EXPECT_EQ(settings(), texts{"cgi_name=plover"});
     EXPECT_EQ(errors, texts{"INI: file {/proc/self/mem} could not be read: Input/output error"});
+}
+
+// Its size is told as 0, and it holds far more.
+TEST_F(IniLoad, AFileThatGrowsWhileItIsReadEndsToo) {
+    EXPECT_EQ(ini_load(&ini, "/proc/self/pagemap"), 0);
+    EXPECT_EQ(errors, texts{"INI: file {/proc/self/pagemap} could not be read: File too large"});
 }
 
 TEST_F(IniSave, OfAnEmptyStoreWritesTheHeaderAndGivesOne) {

@@ -528,10 +528,15 @@ bool settled_name::follow() {
 
 new_file::new_file(const place &directory, const char *name, when_missing how, mode_t mode)
     : target_(directory, name), mode_(mode) {
+    // Of the files of a directory mostly all are there already, or none is.
+    static bool is_old_expected = false;
     if (!directory.is_open()) {
         error_ = directory.error();
-    } else if (how == when_missing::beside || !make_in_place()) {
+    } else if (how == when_missing::beside) {
         find_old(how);
+    } else if (is_old_expected || !make_in_place()) {
+        find_old(how);
+        is_old_expected = old_.has_value();
     }
 }
 
@@ -543,13 +548,20 @@ bool new_file::make_in_place() {
 }
 
 void new_file::find_old(when_missing how) {
+    struct stat entry {};
+    // Root may write every plain file: there is nothing to find out by opening it.
+    if (::geteuid() == 0 && directory().look_at_name(target_.name(), entry) &&
+        S_ISREG(entry.st_mode) && !is_foreign(directory(), entry)) {
+        old_ = entry;
+        return;
+    }
     standing_file found = find_standing(target_, 0);
     if (!found.is_foreign) {
         error_ = found.error;
         old_ = found.status;
     }
     old_file_ = std::move(found.file);
-    // A link may lead to a file that is not there yet.
+    // Also behind a link a file may not be there yet.
     if (found.is_missing && how == when_missing::in_place) {
         make_in_place();
     }
@@ -606,12 +618,22 @@ bool new_file::make_beside(const char *scratch_name) {
 }
 
 bool new_file::write_directly() {
-    const bool is_meant = errno == EACCES || errno == EPERM || errno == EROFS;
-    if (!is_meant || !old_file_.is_open()) {
+    const int error = errno;
+    if (!old_ || (error != EACCES && error != EPERM && error != EROFS)) {
+        return false;
+    }
+    struct stat entry {};
+    if (!old_file_.is_open()) {
+        old_file_ =
+            file_descriptor(::openat(directory().number(), target_.name(), O_WRONLY | file_flags));
+    }
+    if (!old_file_.is_open() || ::fstat(old_file_.number(), &entry) != 0 ||
+        !is_same_file(entry, *old_)) {
+        errno = error;
         return false;
     }
     file_ = std::move(old_file_);
-    return old_->st_size == 0 || ::ftruncate(file_.number(), 0) == 0;
+    return entry.st_size == 0 || ::ftruncate(file_.number(), 0) == 0;
 }
 
 bool new_file::put_in_place() {

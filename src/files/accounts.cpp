@@ -34,7 +34,7 @@ struct groups {
 
 template <typename Database>
 const typename Database::entry *find_in_file(std::string_view name, const char *file) {
-    const stream_handle stream = open_to_read(file);
+    const stream_handle stream = open_plain_file(file);
     while (stream) {
         const auto *entry = Database::next(stream.get());
         if (entry == nullptr || Database::name_of(*entry) == name) {

@@ -175,10 +175,15 @@ file_descriptor open_or_make(const place &directory, const char *name, int how) 
     return made;
 }
 
-std::string scratch_file_name() {
+// The device is slow: it is asked for the first name, and again for each after one that was taken,
+// which somebody may have foreseen.
+std::string scratch_file_name(bool is_first_try) {
     constexpr std::string_view letters =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-    static std::random_device random;
+    static std::mt19937_64 random(std::random_device{}());
+    if (!is_first_try) {
+        random.seed(std::random_device{}());
+    }
     std::string name = "gxsetup.";
     for (int letter = 0; letter < scratch_letters; letter++) {
         name += letters[random() % letters.size()];
@@ -593,7 +598,7 @@ bool new_file::make_beside(const char *scratch_name) {
         return false;
     }
     for (int tries = 0; tries < most_tries && !file_.is_open(); tries++) {
-        scratch_ = scratch_name != nullptr ? scratch_name : scratch_file_name();
+        scratch_ = scratch_name != nullptr ? scratch_name : scratch_file_name(tries == 0);
         file_ = make_file(*scratch_place_, scratch_.c_str(), mode);
         if (!file_.is_open() && errno != EEXIST) {
             break;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <ctime>
 #include <fcntl.h>
 #include <random>
+#include <sys/file.h>
 #include <sys/syscall.h>
 
 namespace {
@@ -368,6 +370,23 @@ bool place::is_within(const struct stat &directory) const {
         }
     }
     return above.is_open();
+}
+
+file_descriptor place::lock() const {
+    constexpr int most_waits = 600;
+    constexpr timespec tenth_of_a_second = {0, 100'000'000};
+    file_descriptor directory(::openat(number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!is_shared()) {
+        ::flock(directory.number(), LOCK_EX);
+        return directory;
+    }
+    for (int waits = 0; waits < most_waits; waits++) {
+        if (::flock(directory.number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
+            break;
+        }
+        ::nanosleep(&tenth_of_a_second, nullptr);
+    }
+    return directory;
 }
 
 directory_handle place::list() const {

@@ -141,6 +141,11 @@ class place {
     // Whether it is this directory, or stands in it at any depth.
     [[nodiscard]] bool is_within(const struct stat &directory) const;
 
+    // Waits until no other run has the directory locked, and keeps others waiting as long as the
+    // result is open (flock). In a shared directory, where anybody can keep it locked, it goes on
+    // after a minute; not open if the system has no locks here.
+    [[nodiscard]] file_descriptor lock() const;
+
     // Opens the directory to list it; null with errno set on failure.
     [[nodiscard]] directory_handle list() const;
 

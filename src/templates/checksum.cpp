@@ -144,7 +144,7 @@ std::string_view running_checksum::read_checksum_line(std::string_view line) {
 }
 
 int do_checksum(const char *file, int compare) {
-    const stream_handle stream = open_plain_file(file);
+    const stream_handle stream = open_plain_file(file, template_limit);
     running_checksum checksum;
     if (stream) {
         template_reader reader(stream.get(), checksum_line_start);

@@ -71,7 +71,7 @@ bool is_older(const std::string &version, const std::string &than) {
 } // namespace
 
 int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new) {
-    const stream_handle stream = open_plain_file(file);
+    const stream_handle stream = open_plain_file(file, template_limit);
     const std::string header = stream ? find_header(stream.get()) : "";
     if (!stream || std::ferror(stream.get()) != 0) {
         emsg("Can't open %s, header information unobtainable", tpl->name.c_str());

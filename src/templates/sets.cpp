@@ -2,6 +2,7 @@
 
 #include "core/log.h"
 #include "core/paths.h"
+#include "core/place.h"
 #include "core/text.h"
 #include "files/operations.h"
 #include "files/search.h"
@@ -18,24 +19,26 @@ namespace {
 constexpr const char *common_name = "common";
 constexpr std::string_view word_list = "words.dat";
 
-bool is_directory(const std::string &path) {
+bool is_directory(const place &above, const char *name) {
     struct stat entry {};
-    return ::stat(path.c_str(), &entry) == 0 && S_ISDIR(entry.st_mode);
+    return above.look(name, entry) && S_ISDIR(entry.st_mode);
 }
 
-// Returns whether `path` is anything but a directory; false if it cannot be examined.
-bool is_file(const std::string &path) {
+// Returns whether `name` is anything but a directory; false if it cannot be examined.
+bool is_file(const place &above, const char *name) {
     struct stat entry {};
-    return ::stat(path.c_str(), &entry) == 0 && !S_ISDIR(entry.st_mode);
+    return above.look(name, entry) && !S_ISDIR(entry.st_mode);
 }
 
 // Returns the names of the set directories of `dir`, in the order the directory lists them.
 std::vector<std::string> find_sets(const char *dir) {
+    const place directory(dir);
     found_names names;
-    const int count = wild_find2(dir, "*", names);
+    plain_files plain{};
+    const int count = wild_find2(directory, dir, "*", names, plain);
     std::vector<std::string> sets;
-    for_each_name(names, count, [&](const char *name) {
-        if (s_strcmp(name, common_name) != 0 && is_directory(path_in(dir, name))) {
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        if (!is_plain && s_strcmp(name, common_name) != 0 && is_directory(directory, name)) {
             sets.emplace_back(name);
         }
     });
@@ -50,12 +53,14 @@ bool copy_to_all(const std::string &file, const std::vector<std::string> &direct
 
 bool copy_common(const std::string &common, const std::vector<std::string> &copied_sets,
                  bool skip_words) {
+    const place directory(common);
     found_names names;
-    const int count = wild_find2(common.c_str(), "*", names);
+    plain_files plain{};
+    const int count = wild_find2(directory, common.c_str(), "*", names, plain);
     bool is_complete = true;
     for_each_name(names, count, [&](const char *name) {
         const std::string file = path_in(common, name);
-        if (is_file(file) && !(skip_words && name == word_list)) {
+        if (is_file(directory, name) && !(skip_words && name == word_list)) {
             is_complete = is_complete && copy_to_all(file, copied_sets);
         }
     });

@@ -4,6 +4,7 @@
 #include "core/format.h"
 #include "core/log.h"
 #include "core/paths.h"
+#include "core/place.h"
 #include "core/stream.h"
 #include "dialogue/question.h"
 #include "files/search.h"
@@ -40,39 +41,48 @@ bool is_whole(const path_text &path) {
     return !path.is_cut();
 }
 
+// A file of the templates directory, and its path as it is logged.
+struct named_file {
+    const place &directory;
+    const char *name;
+    path_text path;
+};
+
 // Opens and creates files. Both return null, with errno set, on failure.
-stream_handle open_template(const path_text &path) {
-    return is_whole(path) ? open_plain_file(path.c_str()) : nullptr;
+stream_handle open_template(const named_file &file) {
+    if (!is_whole(file.path)) {
+        return nullptr;
+    }
+    open_file opened = file.directory.open_plain(file.name, template_limit);
+    return stream_of(opened.descriptor.release(), "r");
 }
 
-stream_handle create_scratch(const path_text &path) {
-    stream_handle file = is_whole(path) ? stream_of(create_anew(path.c_str()), "w") : nullptr;
-    if (file) {
+stream_handle create_scratch(const named_file &file) {
+    if (!is_whole(file.path)) {
+        return nullptr;
+    }
+    stream_handle stream = stream_of(file.directory.create_anew(file.name).release(), "w");
+    if (stream) {
         // Large parts are written, which a buffer would only split.
-        std::setvbuf(file.get(), nullptr, _IONBF, 0);
+        std::setvbuf(stream.get(), nullptr, _IONBF, 0);
     }
-    return file;
-}
-
-void remove_old_scratch(const path_text &path) {
-    if (is_whole(path)) {
-        ::unlink(path.c_str());
-    }
+    return stream;
 }
 
 // Gives the scratch file the template's owner, if the system allows it, and its mode. Returns
 // false, with errno set, without the mode: nobody could read the template any more.
-bool copy_owner_and_mode(std::FILE *from, std::FILE *to) {
+bool copy_owner_and_mode(std::FILE *from, std::FILE *to, bool is_shared) {
     struct stat status {};
     if (::fstat(::fileno(from), &status) != 0) {
         return false;
     }
     // The owner first: a change of owner can clear mode bits (POSIX chown).
     const bool is_owned = ::fchown(::fileno(to), status.st_uid, status.st_gid) == 0;
-    // The set-user-ID bit of somebody else's file must not serve us.
+    // The set-user-ID bit of somebody else's file must not serve us, nor ours somebody else.
     constexpr mode_t rights = S_IRWXU | S_IRWXG | S_IRWXO;
     constexpr mode_t special = S_ISUID | S_ISGID | S_ISVTX;
-    return ::fchmod(::fileno(to), status.st_mode & (is_owned ? rights | special : rights)) == 0;
+    const mode_t kept = is_owned && !is_shared ? rights | special : rights;
+    return ::fchmod(::fileno(to), status.st_mode & kept) == 0;
 }
 
 bool write_text(std::string_view text, std::FILE *to) {
@@ -101,64 +111,70 @@ bool copy_stamped(const stamp_rules &rules, std::FILE *from, std::FILE *to) {
     return !rules.has_checksum || write_text(formatted("\n||checksum=%d||\n", checksum.sum()), to);
 }
 
-// Stamps the template at `path`, open as `from`, into the new file `to` at `scratch` and renames
-// that to `path`, where at no time a template is missing. Returns 0, or the error, which it logs.
-int replace_template(const stamp_rules &rules, const path_text &path, std::FILE *from,
-                     const path_text &scratch, stream_handle to) {
-    const bool is_written = copy_owner_and_mode(from, to.get()) &&
+// Stamps the template, open as `from`, into the new scratch file, open as `to`, and renames that to
+// the template, which at no time is missing. Returns 0, or the error, which it logs.
+int replace_template(const stamp_rules &rules, const named_file &file, std::FILE *from,
+                     const named_file &scratch, stream_handle to) {
+    const bool is_written = copy_owner_and_mode(from, to.get(), file.directory.is_shared()) &&
                             copy_stamped(rules, from, to.get()) && close_file(std::move(to));
     if (std::ferror(from) != 0) {
-        return log_failure("Can't open", path, errno);
+        return log_failure("Can't open", file.path, errno);
     }
     if (!is_written) {
-        return log_failure("Can't write", scratch, errno);
+        return log_failure("Can't write", scratch.path, errno);
     }
     // It is the rename that removes the old template.
-    if (std::rename(scratch.c_str(), path.c_str()) != 0) {
-        return log_failure("can't remove", path, errno);
+    if (!file.directory.rename(scratch.name, file.name)) {
+        return log_failure("can't remove", file.path, errno);
     }
     return 0;
 }
 
 // Returns false if the template keeps its old content.
-bool stamp_template(const stamp_rules &rules, const path_text &path, const path_text &scratch) {
-    const stream_handle from = open_template(path);
+bool stamp_template(const stamp_rules &rules, const named_file &file, const named_file &scratch) {
+    const stream_handle from = open_template(file);
     if (!from) {
         const int error = errno;
         // The checksum mode fails twice: at the sum and at the copy.
         if (rules.has_checksum) {
-            log_failure("can't open", path, error);
+            log_failure("can't open", file.path, error);
         }
-        log_failure("Can't open", path, error);
+        log_failure("Can't open", file.path, error);
         return false;
     }
     stream_handle to = create_scratch(scratch);
     if (!to) {
-        log_failure("Can't open", scratch, errno);
+        log_failure("Can't open", scratch.path, errno);
         return false;
     }
-    const int error = replace_template(rules, path, from.get(), scratch, std::move(to));
+    const int error = replace_template(rules, file, from.get(), scratch, std::move(to));
     // Required: logs "can't remove" when it could, which it can only after a failure.
-    if (std::remove(scratch.c_str()) == 0) {
-        log_failure("can't remove", scratch, error);
+    if (scratch.directory.remove(scratch.name)) {
+        log_failure("can't remove", scratch.path, error);
     }
     return error == 0;
 }
 
-int stamp_directory(const stamp_rules &rules, const path_text &directory, const char *progress) {
+int stamp_directory(const stamp_rules &rules, const path_text &path, const char *progress) {
+    const place directory(path.c_str());
+    // Two runs over one directory would put each other's scratch file in place.
+    const file_descriptor lock = directory.lock();
     found_names names;
-    const int count = wild_find2(directory.c_str(), "*.tpl", names);
+    plain_files plain{};
+    const int count = wild_find2(directory, path.c_str(), "*.tpl", names, plain);
     if (count == 0) {
-        print_imsg("No files found in %s", directory.c_str());
+        print_imsg("No files found in %s", path.c_str());
         return 0;
     }
     print("\n%s", progress);
+    const auto file_of = [&](const char *name) {
+        return named_file{directory, name, path_text(path_in(path.c_str(), name).c_str())};
+    };
     // An interrupted run leaves a scratch file. If the search listed it, it now shows an x.
-    const path_text scratch(path_in(directory.c_str(), scratch_name).c_str());
-    remove_old_scratch(scratch);
+    const named_file scratch = file_of(scratch_name);
+    directory.remove(scratch.name);
     for_each_name(names, count, [&](const char *name) {
-        const path_text path(path_in(directory.c_str(), name).c_str());
-        if (stamp_template(rules, path, scratch)) {
+        if (stamp_template(rules, file_of(name), scratch)) {
             print_dot();
         } else {
             print("x");

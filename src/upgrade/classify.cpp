@@ -186,7 +186,7 @@ int save_upgrade_list(pINI_SETTINGS ini, std::span<const TMPLT_INFO> templates) 
         return 0;
     }
     if (std::none_of(templates.begin(), templates.end(), has_category)) {
-        std::remove(list_file);
+        place(".").remove(list_file);
         return 0;
     }
     write_header(file.stream());

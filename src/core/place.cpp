@@ -572,12 +572,18 @@ bool new_file::make_in_place() {
 }
 
 void new_file::find_old(when_missing how) {
-    struct stat entry {};
     // Root may write every plain file: there is nothing to find out by opening it.
-    if (::geteuid() == 0 && directory().look_at_name(target_.name(), entry) &&
-        S_ISREG(entry.st_mode) && !is_foreign(directory(), entry)) {
-        old_ = entry;
-        return;
+    if (::geteuid() == 0) {
+        struct stat entry {};
+        const bool is_there = directory().look_at_name(target_.name(), entry);
+        if (!is_there && errno != ENOENT) {
+            error_ = errno;
+            return;
+        }
+        if (is_there && S_ISREG(entry.st_mode) && !is_foreign(directory(), entry)) {
+            old_ = entry;
+            return;
+        }
     }
     standing_file found = find_standing(target_, 0);
     if (!found.is_foreign) {

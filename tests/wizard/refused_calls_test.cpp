@@ -183,9 +183,10 @@ const std::vector<refusal> refusals = {
     {"RefusedWords.AnIniThatCannotBeClosed", "close", "<@/cgi-bin/gxsetup.", "EDQUOT",
      "\nCreating kestrel.ini fileError: Can't write @/cgi-bin/kestrel.ini: Disk quota exceeded\n",
      "unsuccessful", "", "cgi-bin/kestrel.ini"},
-    {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat", "<@/cgi-bin/kestrel.ini>",
-     "EIO", "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
-     "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini, 2},
+    {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat",
+     "<@/cgi-bin>, \"kestrel.ini\"", "EIO",
+     "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
+     "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini},
 };
 
 void RefusedWords::check(const refusal &one) {
@@ -308,8 +309,8 @@ const std::vector<stamping_refusal> stamping_refusals = {
      stamping_failed("Can't write @/dist/tpl/temp.tpl", "Disk quota exceeded")},
     {"RefusedWords.AStampedTemplateThatCannotBeClosed", "close", "<@/dist/tpl/temp.tpl>", "EIO",
      stamping_failed("Can't write @/dist/tpl/temp.tpl", "Input/output error")},
-    {"RefusedWords.AStampedTemplateThatCannotBePutInPlace", "rename", "\"@/dist/tpl/temp.tpl\"",
-     "EIO", stamping_failed("can't remove @/dist/tpl/index.tpl", "Input/output error")},
+    {"RefusedWords.AStampedTemplateThatCannotBePutInPlace", "renameat", "\"temp.tpl\"", "EIO",
+     stamping_failed("can't remove @/dist/tpl/index.tpl", "Input/output error")},
     {"RefusedWords.ATemplateWhoseModeCannotBeFoundOut", "newfstatat", "<@/dist/tpl/index.tpl>",
      "EIO", stamping_failed("Can't write @/dist/tpl/temp.tpl", "Input/output error"), 1},
     {"RefusedWords.AStampedTemplateThatCannotHaveItsMode", "fchmod", "<@/dist/tpl/temp.tpl>",

@@ -2,6 +2,7 @@
 // comparing with them.
 #include "support/expected.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -16,6 +17,7 @@ TEST(Expected, EveryFolderBelongsToATest) {
             names += std::string(tests.name()) + "." + tests.GetTestInfo(test)->name() + "\n";
         }
     }
+    std::replace(names.begin(), names.end(), '/', '-');
     for (const auto &folder : std::filesystem::directory_iterator(kept_texts())) {
         EXPECT_NE(names.find(folder.path().filename().string() + "\n"), std::string::npos)
             << folder.path();

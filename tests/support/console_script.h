@@ -55,6 +55,9 @@ class prompt_reader {
     // enter would accept a directory outside the world, the test fails and "q" is typed.
     std::optional<std::string> answer(std::string_view shown);
 
+    // What is to be typed at this prompt, which the script counts as asked.
+    std::string answer_to(std::string_view prompt);
+
     [[nodiscard]] bool is_stuck() const;
 
     // Fails the test, and shows the screen, when a prompt that is named was not seen, was seen
@@ -62,8 +65,6 @@ class prompt_reader {
     void expect_all_asked(std::string_view screen) const;
 
   private:
-    std::string answer_to(std::string_view prompt);
-
     console_script script_;
     std::vector<std::size_t> times_asked_; // of each answer's prompt
     std::size_t next_ = 0;                 // the answer that is due when they are in order

@@ -2,7 +2,7 @@
 
 #include "customise/text_list.h"
 #include "support/applet_model.h"
-#include "support/console_capture.h"
+#include "support/asked_console.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
 
@@ -439,7 +439,7 @@ constexpr const char *height_question = "\nEnter height of scrollbox (value or p
 constexpr const char *width_question = "\nEnter width of scrollbox (value or percentage) [80%]? ";
 
 TEST_F(ScrollEditor, EnterKeepsAllProperties) {
-    EXPECT_EQ(console_of("\n\n\n\n\n\n\n", [&] { EXPECT_EQ(get_properties(&data), 1); }),
+    EXPECT_EQ(console_of(console_script{}, [&] { EXPECT_EQ(get_properties(&data), 1); }),
               height_question + std::string(width_question) +
                   "\nThree dimensional [NO]? "
                   "\nAdd shadow to text [NO]? "
@@ -454,7 +454,12 @@ TEST_F(ScrollEditor, TakesOtherProperties) {
     data.look_shadow = 1;
     data.direction = 1;
     data.delay = 20;
-    EXPECT_EQ(console_of("20px\n50%\nno\n\nleft\nfast\n7\n",
+    EXPECT_EQ(console_of(console_script{{"height", "20px"},
+                                        {"width", "50%"},
+                                        {"Three dimensional", "no"},
+                                        {"direction", "left"},
+                                        {"delay", "fast"},
+                                        {"speed", "7"}},
                          [&] { EXPECT_EQ(get_properties(&data), 1); }),
               height_question + std::string(width_question) +
                   "\nThree dimensional [YES]? "
@@ -472,7 +477,11 @@ TEST_F(ScrollEditor, TakesOtherProperties) {
 }
 
 TEST_F(ScrollEditor, AsksAgainForASizeThatHoldsNeitherDigitNorPercentOrIsRefused) {
-    EXPECT_EQ(console_of("abc\n5%0\nyes\n30%\nabc\n\n\n\n\n\n\n",
+    EXPECT_EQ(console_of(in_order({{"height", "abc"},
+                                   {"height", "5%0"},
+                                   {"height", "yes"},
+                                   {"height", "30%"},
+                                   {"width", "abc"}}),
                          [&] { EXPECT_EQ(get_properties(&data), 1); }),
               height_question + std::string(height_question) + height_question + height_question +
                   width_question + width_question +
@@ -487,7 +496,8 @@ TEST_F(ScrollEditor, AsksAgainForASizeThatHoldsNeitherDigitNorPercentOrIsRefused
 
 TEST_F(ScrollEditor, AsksAgainForADirectionThatIsNone) {
     EXPECT_EQ(
-        console_of("\n\n\n\ndown\n-1\nup\n\n\n", [&] { EXPECT_EQ(get_properties(&data), 1); }),
+        console_of(in_order({{"direction", "down"}, {"direction", "-1"}, {"direction", "up"}}),
+                   [&] { EXPECT_EQ(get_properties(&data), 1); }),
         height_question + std::string(width_question) +
             "\nThree dimensional [NO]? "
             "\nAdd shadow to text [NO]? "
@@ -502,7 +512,7 @@ TEST_F(ScrollEditor, AsksAgainForADirectionThatIsNone) {
 }
 
 TEST_F(ScrollEditor, TakesANumberAsDirection) {
-    console_of("\n\n\n\n5\n\n\n", [&] { EXPECT_EQ(get_properties(&data), 1); });
+    console_of(console_script{{"direction", "5"}}, [&] { EXPECT_EQ(get_properties(&data), 1); });
     EXPECT_EQ(data.direction, 5);
 }
 
@@ -511,7 +521,12 @@ class DoScrollmsg : public scratch_test {};
 TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
     custom_store store{{"set", "logo a.gif"}};
 
-    EXPECT_EQ(console_of("Welcome\n\n\nnews.html\n\n\n\nyes\n\nup\n100\n2\n",
+    EXPECT_EQ(console_of(console_script{{"Enter message0", "Welcome"},
+                                        {"url for message Welcome", "news.html"},
+                                        {"Three dimensional", "yes"},
+                                        {"direction", "up"},
+                                        {"delay", "100"},
+                                        {"speed", "2"}},
                          [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
               messages_help +
                   std::string("\nEnter message0 ? "
@@ -537,8 +552,9 @@ TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
 
 TEST_F(DoScrollmsg, ConversionsInMessagesAndLinksAreText) {
     custom_store store{{"set", "logo a.gif"}};
-    const std::string console = console_of("%s%n%d%%\n\n\n%n%s%d%%\n\n\n\n\n\n\n\n\n",
-                                           [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
+    const std::string console =
+        console_of(console_script{{"Enter message0", "%s%n%d%%"}, {"url for message", "%n%s%d%%"}},
+                   [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
     EXPECT_NE(console.find("\nEnter url for message %s%n%d%% ? "), std::string::npos) << console;
     const texts sets = values_of(store.get(), "set");
     ASSERT_EQ(sets.size(), 2U);
@@ -556,7 +572,7 @@ TEST_F(DoScrollmsg, EditsTheStoredApplet) {
                     std::string(tail)},
         {"set", "logo a.gif"}};
 
-    EXPECT_EQ(console_of("[del]\n\n\n\n\n\n\n\n\n\n\n\n\n",
+    EXPECT_EQ(console_of(console_script{{"Enter message0", "[del]"}},
                          [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
               messages_help +
                   std::string("\nEnter message0 [One]? "
@@ -593,10 +609,12 @@ TEST_F(DoScrollmsg, WithoutMessagesOffersTheRemovalWhichKeepsTheStoredApplet) {
 TEST_F(DoScrollmsg, AnEmptyFirstMessageLeadsToTheRemovalAndBackToTheMessages) {
     custom_store store{};
 
-    EXPECT_EQ(console_of("\n\n\n\n\nyes\n", [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
-              messages_help + std::string("\nEnter message0 ? ") + no_changes +
-                  "\nRemove scrollmessages [NO]? " + messages_help + "\nEnter message0 ? " +
-                  no_changes + "\nRemove scrollmessages [NO]? ");
+    EXPECT_EQ(
+        console_of(in_order({{"Remove scrollmessages", ""}, {"Remove scrollmessages", "yes"}}),
+                   [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
+        messages_help + std::string("\nEnter message0 ? ") + no_changes +
+            "\nRemove scrollmessages [NO]? " + messages_help + "\nEnter message0 ? " + no_changes +
+            "\nRemove scrollmessages [NO]? ");
     EXPECT_EQ(values_of(store.get(), "set"), texts{});
 }
 

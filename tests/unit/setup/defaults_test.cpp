@@ -2,7 +2,7 @@
 
 #include "core/log.h"
 #include "setup/answer_store.h"
-#include "support/console_capture.h"
+#include "support/asked_console.h"
 #include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +19,19 @@ constexpr const char *comment = "# file written by gxsetup, version 3.0h\n"
                                 "# library: INI v1.3c\n\n"
                                 "# Lines starting with # are comments\n\n";
 
+// The answers that every file needs.
+console_script file_of(const std::string &product, const std::string &system,
+                       const std::string &file) {
+    return {{"Version", "1"},
+            {"Product Name", product},
+            {"Operating System", system},
+            {"Enter file", file}};
+}
+
+console_script plover_file(const std::string &file) {
+    return file_of("", "UNIX", file);
+}
+
 class DefaultsTest : public scratch_test {
   protected:
     DefaultsTest() {
@@ -32,8 +45,7 @@ class DefaultsTest : public scratch_test {
         close_log();
     }
 
-    // Answers the questions one a line.
-    int make(std::string_view answers) {
+    int make(const console_script &answers) {
         int result = -1;
         console = console_of(answers, [&] { result = make_dflt(); });
         return result;
@@ -62,7 +74,7 @@ class DefaultsTest : public scratch_test {
 };
 
 TEST_F(DefaultsTest, EverySuggestionAcceptedOnUnixForPlover) {
-    EXPECT_EQ(make("3.2a\n\nUNIX\n\n\n\n\n"), 1);
+    EXPECT_EQ(make({{"Version", "3.2a"}, {"Operating System", "UNIX"}}), 1);
     EXPECT_EQ(console, std::string(banner) +
                            "\nVersion? "
                            "\nProduct Name [plover]? "
@@ -85,8 +97,19 @@ TEST_F(DefaultsTest, EverySuggestionAcceptedOnUnixForPlover) {
 }
 
 TEST_F(DefaultsTest, EveryQuestionAsked) {
-    EXPECT_EQ(make("1.0\nkestrel\nLinux\nyes\n/t\n/i\n/c\nyes\nvarnel.example\nmx.varnel.example\n"
-                   "out.varnel.example\nyes\nmine.dat\n"),
+    EXPECT_EQ(make({{"Version", "1.0"},
+                    {"Product Name", "kestrel"},
+                    {"Operating System", "Linux"},
+                    {"default suggested directories", "yes"},
+                    {"Suggested templates", "/t"},
+                    {"Suggested image", "/i"},
+                    {"Suggested cgi", "/c"},
+                    {"default suggested .ini", "yes"},
+                    {"Suggested domain", "varnel.example"},
+                    {"Suggested pop host", "mx.varnel.example"},
+                    {"Suggested smtp host", "out.varnel.example"},
+                    {"install/upgrade", "yes"},
+                    {"Enter file", "mine.dat"}}),
               1);
     EXPECT_EQ(console, std::string(banner) +
                            "\nVersion? "
@@ -132,15 +155,14 @@ TEST_F(DefaultsTest, DirectoriesByProductAndSystem) {
     };
     for (const product_templates &row : rows) {
         SCOPED_TRACE(row.product);
-        ASSERT_EQ(make(std::string("1\n") + row.product + "\nSolaris\n\n\n\nu.dat\n"), 1);
+        ASSERT_EQ(make(file_of(row.product, "Solaris", "u.dat")), 1);
         std::string text = read_file("u.dat");
         EXPECT_NE(text.find("\ncgi_path /home/httpd/cgi-bin\nvlimg_dir /home/httpd/html/vlimg\n"
                             "templates " +
                             std::string(row.unix_templates) + "\n"),
                   std::string::npos);
         for (const char *system : {"nt", "NT", "Nt"}) {
-            ASSERT_EQ(make(std::string("1\n") + row.product + "\n" + system + "\n\n\n\nw.dat\n"),
-                      1);
+            ASSERT_EQ(make(file_of(row.product, system, "w.dat")), 1);
             text = read_file("w.dat");
             EXPECT_NE(text.find("\ncgi_path \\inetpub\\scripts\nvlimg_dir "
                                 "\\inetpub\\wwwroot\\vlimg\ntemplates " +
@@ -151,18 +173,22 @@ TEST_F(DefaultsTest, DirectoriesByProductAndSystem) {
 }
 
 TEST_F(DefaultsTest, OnlyWindowsMakesTanagersFileOneForImap) {
-    ASSERT_EQ(make("1\ntanager\nNT\n\n\n\nw.dat\n"), 1);
+    ASSERT_EQ(make(file_of("tanager", "NT", "w.dat")), 1);
     EXPECT_EQ(settings_of("w.dat").substr(0, 74),
               "imaphost imap.example.com\nsmtphost smtp.example.com\ndomain example.com\nver");
-    ASSERT_EQ(make("1\ntanager\nUNIX\n\n\n\nu.dat\n"), 1);
+    ASSERT_EQ(make(file_of("tanager", "UNIX", "u.dat")), 1);
     EXPECT_EQ(settings_of("u.dat").substr(0, 72),
               "pophost pop.example.com\nsmtphost smtp.example.com\ndomain example.com\nver");
-    ASSERT_EQ(make("1\nosprey\nNT\n\n\n\no.dat\n"), 1);
+    ASSERT_EQ(make(file_of("osprey", "NT", "o.dat")), 1);
     EXPECT_EQ(settings_of("o.dat").substr(0, 7), "pophost");
 }
 
 TEST_F(DefaultsTest, AnImapFileAsksForTheImapHost) {
-    ASSERT_EQ(make("1\ntanager\nnt\n\ny\nvarnel.example\nIMAP.varnel.example\n\n\nw.dat\n"), 1);
+    ASSERT_EQ(make(file_of("tanager", "nt", "w.dat") +
+                   console_script{{"default suggested .ini", "y"},
+                                  {"Suggested domain", "varnel.example"},
+                                  {"Suggested imap host", "IMAP.varnel.example"}}),
+              1);
     EXPECT_NE(console.find("\nSuggested imap host[mail.varnel.example]? "
                            // The placeholder of the POP host begins with "pop".
                            "\nSuggested smtp host [smtp.varnel.example]? "),
@@ -173,7 +199,10 @@ TEST_F(DefaultsTest, AnImapFileAsksForTheImapHost) {
 }
 
 TEST_F(DefaultsTest, APopHostOfThatNameSuggestsAnSmtpHost) {
-    ASSERT_EQ(make("1\n\nUNIX\n\nyes\nvarnel.example\nPOP.example\n\n\nu.dat\n"), 1);
+    ASSERT_EQ(make(plover_file("u.dat") + console_script{{"default suggested .ini", "yes"},
+                                                         {"Suggested domain", "varnel.example"},
+                                                         {"Suggested pop host", "POP.example"}}),
+              1);
     EXPECT_NE(console.find("\nSuggested pop host [mail.varnel.example]? "
                            "\nSuggested smtp host [smtp.varnel.example]? "),
               std::string::npos);
@@ -182,14 +211,18 @@ TEST_F(DefaultsTest, APopHostOfThatNameSuggestsAnSmtpHost) {
 }
 
 TEST_F(DefaultsTest, AnyOtherPopHostIsLowerCasedToo) {
-    ASSERT_EQ(make("1\n\nUNIX\n\nyes\nvarnel.example\nMail.POP.Example\n\n\nu.dat\n"), 1);
+    ASSERT_EQ(
+        make(plover_file("u.dat") + console_script{{"default suggested .ini", "yes"},
+                                                   {"Suggested domain", "varnel.example"},
+                                                   {"Suggested pop host", "Mail.POP.Example"}}),
+        1);
     EXPECT_NE(console.find("\nSuggested smtp host [mail.varnel.example]? "), std::string::npos);
     EXPECT_EQ(settings_of("u.dat").substr(0, 54),
               "pophost mail.pop.example\nsmtphost mail.varnel.example\n");
 }
 
 TEST_F(DefaultsTest, ANameWithoutEndingGetsOne) {
-    EXPECT_EQ(make("1\n\nUNIX\n\n\n\nmydefaults\n"), 1);
+    EXPECT_EQ(make(plover_file("mydefaults")), 1);
     EXPECT_TRUE(is_there("mydefaults.dat"));
     EXPECT_FALSE(is_there("mydefaults"));
     EXPECT_NE(console.find("mydefaults.dat saved\n\n"), std::string::npos);
@@ -197,7 +230,7 @@ TEST_F(DefaultsTest, ANameWithoutEndingGetsOne) {
 }
 
 TEST_F(DefaultsTest, TheEndingIsJudgedIgnoringCase) {
-    EXPECT_EQ(make("1\n\nUNIX\n\n\n\nmine.DAT\n"), 1);
+    EXPECT_EQ(make(plover_file("mine.DAT")), 1);
     EXPECT_TRUE(is_there("mine.DAT"));
 }
 
@@ -205,7 +238,7 @@ TEST_F(DefaultsTest, AnyOtherEndingIsRefused) {
     set_loglvl(LOG_INFO);
     for (const char *name : {"mydefaults.txt", "a.b.dat", "./mine.dat", "mine.", "mine.datx"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(make(std::string("1\n\nUNIX\n\n\n\n") + name + "\n"), 0);
+        EXPECT_EQ(make(plover_file(name)), 0);
         const std::string message =
             std::string(name) + " not valid: gxsetup will only read .dat files\n";
         EXPECT_EQ(console.substr(console.size() - message.size()), message);
@@ -218,7 +251,7 @@ TEST_F(DefaultsTest, AnyOtherEndingIsRefused) {
 }
 
 TEST_F(DefaultsTest, AFileThatCannotBeWrittenIsReported) {
-    EXPECT_EQ(make("1\n\nUNIX\n\n\n\nmissing/mine\n"), 0);
+    EXPECT_EQ(make(plover_file("missing/mine")), 0);
     const std::string message = "Error: cannot write to missing/mine.dat\n\n";
     EXPECT_EQ(console.substr(console.size() - message.size()), message);
     EXPECT_STREQ(ini_value(&gxvalues, "prod_name", 0), "plover");
@@ -226,7 +259,7 @@ TEST_F(DefaultsTest, AFileThatCannotBeWrittenIsReported) {
 }
 
 TEST_F(DefaultsTest, ANameThatTheEndingDoesNotFitIsNotWritten) {
-    EXPECT_EQ(make("1\n\nUNIX\n\n\n\n" + std::string(509, 'a') + "\n"), 0);
+    EXPECT_EQ(make(plover_file(std::string(509, 'a'))), 0);
     EXPECT_NE(console.find("Error: cannot write to aaaa"), std::string::npos);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."),
                             std::filesystem::directory_iterator()),
@@ -235,18 +268,18 @@ TEST_F(DefaultsTest, ANameThatTheEndingDoesNotFitIsNotWritten) {
 
 TEST_F(DefaultsTest, TheStoreIsClearedWhenTheFileIsSaved) {
     set_loglvl(LOG_DEBUG);
-    ASSERT_EQ(make("1\n\nUNIX\n\n\n\nmine\n"), 1);
+    ASSERT_EQ(make(plover_file("mine")), 1);
     EXPECT_EQ(ini_number(&gxvalues), 0);
     EXPECT_NE(log().find("Info:  mine.dat saved\nDebug: Clear gxvalues\n"), std::string::npos);
 }
 
 TEST_F(DefaultsTest, AssociationsAreNotUsed) {
-    make("1\n\nUNIX\n\n\n\nmine.txt\n");
+    make(plover_file("mine.txt"));
     EXPECT_EQ(ini_value(&gxvalues, "workarea", 1), nullptr);
 }
 
 TEST_F(DefaultsTest, TheFileLoadsAsAStore) {
-    ASSERT_EQ(make("1\ntanager\nnt\n\n\n\ngxdflt\n"), 1);
+    ASSERT_EQ(make(file_of("tanager", "nt", "gxdflt")), 1);
     INI_SETTINGS ini{};
     ini_init(&ini, nullptr, nullptr);
     ini_setup(&ini, ans_values, ans_associations);

@@ -1,5 +1,6 @@
 // The upgrade questions keep flags for the whole run: every test asks them in a process of its own.
 
+#include "support/asked_console.h"
 #include "unit/upgrade/upgrade_world.h"
 #include "upgrade/upgrade.h"
 
@@ -26,13 +27,12 @@ class GxupgradeQuest : public UpgradeWorld {
         write_file(scratch.path("cgi-bin/kestrel.ini"), lines);
     }
 
-    // Runs `code` with `typed` as all input in a new process, which fails when an expectation
+    // Runs `code` with its questions answered in a new process, which fails when an expectation
     // does.
-    void in_a_process(const std::string &typed, const std::function<void()> &code) {
+    void in_a_process(const console_script &answers, const std::function<void()> &code) {
         EXPECT_EXIT(
             {
-                feed_console(typed);
-                std::fputs(console_of(code).c_str(), stderr);
+                std::fputs(console_of(answers, code).c_str(), stderr);
                 std::exit(testing::Test::HasFailure() ? 1 : 0);
             },
             testing::ExitedWithCode(0), "");
@@ -52,17 +52,13 @@ class GxupgradeQuest : public UpgradeWorld {
     }
 };
 
-// Enter from the replacement of templates on, up to and with the summary.
-const std::string enter_throughout = "\n\n\n\n\n\n\n";
-const std::string enter_and_change = "\n\n\n\n\n\nyes\n";
-
 } // namespace
 
 TEST_F(GxupgradeQuest, EveryCallLooksUpTheOldIniButSavedAnswersAreLoadedOnceARun) {
     add_program();
     add_ini("templates " + scratch.path("spool") + "\nsmtphost first\n");
     write_file(scratch.path("spool/gxsetup.dat"), "domain first\n");
-    in_a_process(enter_throughout + enter_throughout, [&] {
+    in_a_process({}, [&] {
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
         EXPECT_EQ(answer(D_SMTPHOST), "first");
         EXPECT_EQ(answer(D_DOMAIN), "first");
@@ -79,7 +75,7 @@ TEST_F(GxupgradeQuest, EveryCallLooksUpTheOldIniButSavedAnswersAreLoadedOnceARun
 TEST_F(GxupgradeQuest, SavedAnswersThatWereNotThereAreLookedForAgain) {
     add_program();
     add_ini("templates " + scratch.path("spool") + "\n");
-    in_a_process(enter_throughout + enter_throughout, [&] {
+    in_a_process({}, [&] {
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
         write_file(scratch.path("spool/gxsetup.dat"), "domain second\n");
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
@@ -90,7 +86,7 @@ TEST_F(GxupgradeQuest, SavedAnswersThatWereNotThereAreLookedForAgain) {
 TEST_F(GxupgradeQuest, AfterAPassThatWasToBeChangedNoCallLooksAgain) {
     add_program();
     set_answer(&ini, D_TEMPLATES, scratch.path("spool").c_str());
-    in_a_process(enter_and_change + enter_throughout + enter_throughout, [&] {
+    in_a_process(in_order({{"change any of your answers", "yes"}}), [&] {
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
         std::filesystem::remove(scratch.path("cgi-bin/kestrel.cgi"));
         add_ini("smtphost second\n");
@@ -102,13 +98,16 @@ TEST_F(GxupgradeQuest, AfterAPassThatWasToBeChangedNoCallLooksAgain) {
 
 TEST_F(GxupgradeQuest, AYesToTheInstallEndsItAndAnswersNothing) {
     set_answer(&ini, D_REPLACE_TMPLTS, "FALSE");
-    in_a_process("yes\n" + scratch.path("img") + "\ny\n", [&] {
-        EXPECT_EQ(gxupgrade_main(&ini), -2);
-        EXPECT_EQ(answer(D_CGI_PATH), scratch.path("cgi-bin"));
-        EXPECT_EQ(answer(D_REPLACE_TMPLTS), "FALSE");
-        EXPECT_EQ(logged("Debug: Switch to install"), 1);
-        EXPECT_EQ(logged("Debug: Templates ?"), 0);
-    });
+    in_a_process({{"replace the old templates", "yes"},
+                  {"Where are the cgi files", scratch.path("img")},
+                  {"install questions", "y"}},
+                 [&] {
+                     EXPECT_EQ(gxupgrade_main(&ini), -2);
+                     EXPECT_EQ(answer(D_CGI_PATH), scratch.path("cgi-bin"));
+                     EXPECT_EQ(answer(D_REPLACE_TMPLTS), "FALSE");
+                     EXPECT_EQ(logged("Debug: Switch to install"), 1);
+                     EXPECT_EQ(logged("Debug: Templates ?"), 0);
+                 });
 }
 
 TEST_F(GxupgradeQuest, AnImapProductIsJudgedAnewEachPassButOspreyStaysASetProductInACall) {
@@ -116,10 +115,11 @@ TEST_F(GxupgradeQuest, AnImapProductIsJudgedAnewEachPassButOspreyStaysASetProduc
     add_program();
     set_answer(&ini, D_TEMPLATES, scratch.path("spool").c_str());
     add_ini("prod_name kestrel\n");
-    const std::string replacing = "yes\n\n\n\n\n\n\n";
+    const console_script answers =
+        in_order({{"change any of your answers", "yes"}, {"replace the old templates", "yes"}});
     for (const auto &[product, sets] : {std::pair("tanager", 0), {"osprey", 1}}) {
         set_answer(&ini, D_PROD_NAME, product);
-        in_a_process(enter_and_change + replacing, [&, expected = sets] {
+        in_a_process(answers, [&, expected = sets] {
             EXPECT_EQ(gxupgrade_quest(&ini), 1);
             LINK_LIST values = ini_get_multi_value_num(&ini, D_TPL_SET);
             EXPECT_EQ(list_num(&values), expected);
@@ -133,7 +133,7 @@ TEST_F(GxupgradeQuest, ASetProductIsOfferedTheOldWorkAreaAndForgetsItsOldSets) {
     set_answer(&ini, D_PROD_NAME, "osprey");
     add_ini("templates " + scratch.path("spool/marble") + "\nworkarea " + scratch.path("spool") +
             "\ntpl_set 1 one\ntpl_set 2 two\n");
-    in_a_process(enter_throughout, [&] {
+    in_a_process({}, [&] {
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
         EXPECT_EQ(answer(D_TEMPLATES), scratch.path("spool"));
         EXPECT_EQ(ini_value(&ini, "tpl_set", 0), nullptr);
@@ -147,7 +147,7 @@ TEST_F(GxupgradeQuest, AMissingOldIniLeavesTemplatesAndSetsAsTheyAre) {
     set_answer(&ini, D_WORKAREA, scratch.path("img").c_str());
     set_answer(&ini, D_TPL_SET, "1 one");
     write_file(scratch.path("spool/gxsetup.dat"), "domain saved\n");
-    in_a_process(enter_throughout, [&] {
+    in_a_process({}, [&] {
         EXPECT_EQ(gxupgrade_quest(&ini), 1);
         EXPECT_EQ(answer(D_TEMPLATES), scratch.path("spool"));
         EXPECT_EQ(answer(D_TPL_SET), "1 one");

@@ -617,7 +617,7 @@ bool new_file::start(const char *scratch_name) {
 }
 
 bool new_file::make_beside(const char *scratch_name) {
-    const mode_t mode = old_ ? S_IRUSR | S_IWUSR : mode_;
+    const mode_t mode = old_ ? S_IRUSR | S_IWUSR : mode_ & most_;
     scratch_place_ = scratch_name != nullptr ? &target_.first_directory() : &directory();
     if (scratch_name != nullptr && !scratch_place_->remove(scratch_name) && errno != ENOENT) {
         return false;
@@ -634,9 +634,8 @@ bool new_file::make_beside(const char *scratch_name) {
         return false;
     }
     // The owner first: a change of owner can clear mode bits (POSIX chown).
-    constexpr mode_t all_bits = 07777;
     const bool is_owned = !old_ || ::fchown(file_.number(), old_->st_uid, old_->st_gid) == 0;
-    if (is_owned && (!old_ || ::fchmod(file_.number(), old_->st_mode & all_bits) == 0)) {
+    if (is_owned && (!old_ || ::fchmod(file_.number(), old_->st_mode & most_) == 0)) {
         return true;
     }
     const int error = is_owned ? errno : EPERM;
@@ -663,6 +662,10 @@ bool new_file::write_directly() {
         return false;
     }
     file_ = std::move(old_file_);
+    const mode_t narrowed = entry.st_mode & most_;
+    if (narrowed != (entry.st_mode & all_mode_bits) && ::fchmod(file_.number(), narrowed) != 0) {
+        return false;
+    }
     return entry.st_size == 0 || ::ftruncate(file_.number(), 0) == 0;
 }
 

@@ -85,6 +85,9 @@ inline constexpr read_limit no_limit = {0, true};
 inline constexpr read_limit settings_limit = {off_t{16} << 20, false}; // settings and help
 inline constexpr read_limit template_limit = {off_t{1} << 30, true};
 
+// Every bit of a mode.
+inline constexpr mode_t all_mode_bits = 07777;
+
 // The mode of a file that follows the umask, before the umask: others never write it.
 inline constexpr mode_t usual_mode = 0664;
 
@@ -249,6 +252,9 @@ class new_file {
     new_file(const new_file &) = delete;
     new_file &operator=(const new_file &) = delete;
 
+    // Takes the bits that `most` lacks from the mode of the file, before it is started.
+    void limit_mode(mode_t most) { most_ = most; }
+
     // Why the file cannot be written (as errno), or 0.
     [[nodiscard]] int error() const { return error_; }
 
@@ -280,6 +286,7 @@ class new_file {
 
     settled_name target_;
     mode_t mode_;
+    mode_t most_ = all_mode_bits;
     std::optional<struct stat> old_;
     file_descriptor old_file_;
     file_descriptor file_;

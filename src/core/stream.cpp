@@ -78,9 +78,10 @@ const char *read_text_piece(std::FILE *file, std::span<char> buffer) {
     return read_piece(file, buffer).empty() ? nullptr : buffer.data();
 }
 
-replacement_file::replacement_file(const char *path, const char *scratch_path)
+replacement_file::replacement_file(const char *path, const char *scratch_path, mode_t most)
     : place_(locate_bounded(path)),
       file_(place_.directory, place_.name.c_str(), new_file::when_missing::beside) {
+    file_.limit_mode(most);
     if (file_.error() != 0) {
         errno = file_.error();
     } else if (file_.start(scratch_path != nullptr ? strip_directory(scratch_path) : nullptr)) {

@@ -53,7 +53,9 @@ class replacement_file {
     // Starts replacing `path`, of 511 characters at most; on failure `stream` is null and errno
     // says why. The scratch file gets a name that nothing has, or the last component of the given
     // path: a file of that name goes.
-    explicit replacement_file(const char *path, const char *scratch_path = nullptr);
+    // The file gets no more rights than `most` has.
+    explicit replacement_file(const char *path, const char *scratch_path = nullptr,
+                              mode_t most = all_mode_bits);
     replacement_file(const replacement_file &) = delete;
     replacement_file &operator=(const replacement_file &) = delete;
 

@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "core/paths.h"
 #include "core/place.h"
+#include "files/move_bytes.h"
 #include "files/search.h"
 #include "products/product.h"
 
@@ -17,8 +18,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr std::size_t block_size = std::size_t{128} * 1024;
 
 // What is copied: a name in an open directory, and its path as it is shown.
 struct copy_source {
@@ -72,36 +71,6 @@ void give_to_owner(int file) {
 const char *name_in(const char *path) {
     const char *name = strip_directory(path);
     return *name != '\0' ? name : ".";
-}
-
-bool write_all(int file, const char *bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(file, bytes, count);
-        if (written < 0) {
-            return false;
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-enum class move_result { done, read_failed, write_failed };
-
-move_result move_bytes(int from, int to) {
-    static std::array<char, block_size> block;
-    for (;;) {
-        const ssize_t count = ::read(from, block.data(), block.size());
-        if (count < 0) {
-            return move_result::read_failed;
-        }
-        if (count == 0) {
-            return move_result::done;
-        }
-        if (!write_all(to, block.data(), static_cast<std::size_t>(count))) {
-            return move_result::write_failed;
-        }
-    }
 }
 
 // Whether the source is in place already, under whatever name.
@@ -161,7 +130,7 @@ copy_result copy_file(const copy_source &from, const copy_target &to, int overwr
     if (overwrite == 0 && to.directory.can_be_read(to.name)) {
         return copy_result::left;
     }
-    new_file file(to.directory, to.name, new_file::when_missing::in_place, file_mode);
+    new_file file(to.directory, to.name, new_file::when_missing::in_place, mode & file_mode);
     if (file.error() != 0) {
         return fail_unless_in_place(from, to, open_failed, to.path, file.error());
     }
@@ -217,7 +186,7 @@ bool is_being_copied(const struct stat &directory, const tree_level *level) {
 }
 
 int copy_into(const copy_source &from, const place &destination, const char *xdst, int overwrite,
-              const tree_level *above);
+              mode_t mode, const tree_level *above);
 
 int copy_directory(const copy_source &from, const tree_level &level, const char *destination) {
     const place directory = from.directory.enter(from.name);
@@ -236,7 +205,7 @@ int copy_directory(const copy_source &from, const tree_level &level, const char 
     for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
         const std::string entry = path_in(from.path, name);
         const copy_source source = {directory, name, entry.c_str(), is_plain};
-        if (copy_into(source, to.directory, destination, 1, &level) == 0) {
+        if (copy_into(source, to.directory, destination, 1, file_mode, &level) == 0) {
             print_emsg("Error copying %s->%s", entry.c_str(), destination);
         }
     });
@@ -254,8 +223,9 @@ int error_of_tree(const struct stat &source, const place &destination, const cha
     return is_being_copied(source, above) ? ELOOP : 0;
 }
 
+// A file gets `mode`.
 int copy_into(const copy_source &from, const place &destination, const char *xdst, int overwrite,
-              const tree_level *above) {
+              mode_t mode, const tree_level *above) {
     const char *name = strip_directory(from.path);
     if (is_dot_entry(name)) {
         return 1;
@@ -274,7 +244,7 @@ int copy_into(const copy_source &from, const place &destination, const char *xds
         return 0;
     }
     if (S_ISREG(source.st_mode)) {
-        return copy_file(from, to, overwrite, file_mode) != copy_result::failed ? 1 : 0;
+        return copy_file(from, to, overwrite, mode) != copy_result::failed ? 1 : 0;
     }
     if (!S_ISDIR(source.st_mode)) {
         return copy_failed(from.path, EINVAL);
@@ -337,7 +307,7 @@ int copy_program(const copy_source &from, const copy_target &to, int overwrite) 
 int copy_found(const copy_source &from, const place &directory, const char *dst, int overwrite,
                bool is_a_program) {
     if (!is_a_program) {
-        return copy_into(from, directory, dst, overwrite, nullptr);
+        return copy_into(from, directory, dst, overwrite, file_mode, nullptr);
     }
     imsg("Copying %s", from.name);
     const std::string path = path_in(dst, from.name);
@@ -347,9 +317,13 @@ int copy_found(const copy_source &from, const place &directory, const char *dst,
 } // namespace
 
 int do_copy(const char *src, const char *xdst, int overwrite) {
+    return do_copy_limited(src, xdst, overwrite, all_mode_bits);
+}
+
+int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most) {
     const named_place from = locate(src);
     return copy_into({from.directory, from.name.c_str(), src, false}, target_directory(xdst), xdst,
-                     overwrite, nullptr);
+                     overwrite, file_mode & most, nullptr);
 }
 
 int do_copy2(const char *src, const char *xdst, int overwrite) {

@@ -56,6 +56,9 @@ inline constexpr mode_t images_mode = 0755;
 // destination by one name give 0; what is in place already by another name stays, which gives 1.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
+// do_copy of a file, which gets no more rights than `most` has.
+int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most);
+
 // Copies a file to the file `xdst`. Source and destination that are one file give 1, as a directory
 // does, which is not copied.
 int do_copy2(const char *src, const char *xdst, int overwrite);

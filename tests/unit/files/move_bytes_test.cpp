@@ -1,0 +1,155 @@
+#include "files/move_bytes.h"
+
+#include "core/place.h"
+#include "support/scratch_test.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+// What the next calls of copy_file_range do instead of the system: copy so many bytes, or fail with
+// an error (negative). The system answers again once they are used up.
+std::vector<int> answers;
+
+// Called before each call that is answered.
+std::function<void()> before_call;
+
+} // namespace
+
+extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+ssize_t __real_copy_file_range(int from, off64_t *from_offset, int to, off64_t *to_offset,
+                               size_t count, unsigned flags);
+ssize_t __wrap_copy_file_range(int from, off64_t *from_offset, int to, off64_t *to_offset,
+                               size_t count, unsigned flags) {
+    if (answers.empty()) {
+        return __real_copy_file_range(from, from_offset, to, to_offset, count, flags);
+    }
+    const int answer = answers.front();
+    answers.erase(answers.begin());
+    if (before_call) {
+        before_call();
+    }
+    if (answer < 0) {
+        errno = -answer;
+        return -1;
+    }
+    return __real_copy_file_range(from, from_offset, to, to_offset, static_cast<size_t>(answer),
+                                  flags);
+}
+// NOLINTEND(bugprone-reserved-identifier)
+}
+
+namespace {
+
+class MoveBytes : public scratch_test {
+  protected:
+    ~MoveBytes() override {
+        answers.clear();
+        before_call = nullptr;
+    }
+
+    static file_descriptor open(const char *name, int flags) {
+        return file_descriptor(::open(name, flags | O_CLOEXEC, 0600));
+    }
+
+    static move_result move() {
+        const file_descriptor from = open("from", O_RDONLY);
+        const file_descriptor to = open("to", O_WRONLY | O_CREAT | O_TRUNC);
+        return move_bytes(from.number(), to.number());
+    }
+
+    static std::string text_of(std::size_t size) {
+        std::string text;
+        for (std::size_t at = 0; at < size; at++) {
+            text.push_back(static_cast<char>('a' + at * 7 % 26));
+        }
+        return text;
+    }
+};
+
+} // namespace
+
+TEST_F(MoveBytes, CopiesFilesOfEverySize) {
+    for (const std::size_t size : {0U, 1U, 4096U, 131072U, 131073U, 1000000U}) {
+        write_file("from", text_of(size));
+        EXPECT_EQ(move(), move_result::done);
+        EXPECT_EQ(read_file("to"), text_of(size)) << size;
+    }
+}
+
+TEST_F(MoveBytes, ARefusedCallGoesOnByReadingAndWriting) {
+    write_file("from", text_of(300000));
+    for (const int error : {ENOSYS, EXDEV, EINVAL, EPERM, EOPNOTSUPP, EIO, ENOSPC}) {
+        answers = {-error};
+        EXPECT_EQ(move(), move_result::done);
+        EXPECT_EQ(read_file("to"), text_of(300000)) << error;
+    }
+}
+
+TEST_F(MoveBytes, AShortCallIsFollowedByAnother) {
+    write_file("from", text_of(300000));
+    answers = {1, 7, 100000};
+    EXPECT_EQ(move(), move_result::done);
+    EXPECT_EQ(read_file("to"), text_of(300000));
+}
+
+TEST_F(MoveBytes, ACallThatFailsInTheMiddleGoesOnByReadingAndWriting) {
+    write_file("from", text_of(300000));
+    answers = {1000, -EIO};
+    EXPECT_EQ(move(), move_result::done);
+    EXPECT_EQ(read_file("to"), text_of(300000));
+}
+
+TEST_F(MoveBytes, ASourceThatShrinksGivesWhatIsThere) {
+    write_file("from", text_of(300000));
+    answers = {1000, 1000};
+    before_call = [] {
+        if (answers.empty()) {
+            EXPECT_EQ(::truncate("from", 1500), 0);
+        }
+    };
+    EXPECT_EQ(move(), move_result::done);
+    EXPECT_EQ(read_file("to"), text_of(1500));
+}
+
+TEST_F(MoveBytes, ASourceThatGrowsGivesWhatIsThereAtTheEnd) {
+    write_file("from", text_of(2000));
+    answers = {1000, 1000};
+    before_call = [] {
+        if (answers.empty()) {
+            write_file("from", text_of(5000));
+        }
+    };
+    EXPECT_EQ(move(), move_result::done);
+    EXPECT_EQ(read_file("to"), text_of(5000));
+}
+
+TEST_F(MoveBytes, AFullDiskIsAFailedWrite) {
+    write_file("from", text_of(5000));
+    const file_descriptor from = open("from", O_RDONLY);
+    const file_descriptor to = open("/dev/full", O_WRONLY);
+    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::write_failed);
+    EXPECT_EQ(errno, ENOSPC);
+}
+
+TEST_F(MoveBytes, WhatCannotBeReadIsAFailedRead) {
+    const file_descriptor from = open("/proc/self/mem", O_RDONLY);
+    const file_descriptor to = open("to", O_WRONLY | O_CREAT);
+    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::read_failed);
+    EXPECT_EQ(errno, EIO);
+}
+
+// The system says that such files are empty, and copies nothing of them.
+TEST_F(MoveBytes, AFileWithoutASizeIsRead) {
+    const file_descriptor from = open("/proc/self/cmdline", O_RDONLY);
+    const file_descriptor to = open("to", O_WRONLY | O_CREAT);
+    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::done);
+    EXPECT_FALSE(read_file("to").empty());
+}

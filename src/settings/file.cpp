@@ -125,10 +125,14 @@ int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened) {
 }
 
 int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by) {
+    return ini_save_limited(ini, filename, written_by, all_mode_bits);
+}
+
+int ini_save_limited(pINI_SETTINGS ini, const char *filename, const char *written_by, mode_t most) {
     if (ini_start(ini) == 0) {
         return 0;
     }
-    replacement_file file(filename);
+    replacement_file file(filename, nullptr, most);
     if (file.stream() == nullptr) {
         return log_failure(ini, filename, opening);
     }

@@ -145,3 +145,6 @@ int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened);
 // written. If the file cannot be created or written, logs that, leaves an older file as it was and
 // returns 0 with errno set.
 int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by);
+
+// ini_save to a file that gets no more rights than `most` has.
+int ini_save_limited(pINI_SETTINGS ini, const char *filename, const char *written_by, mode_t most);

@@ -19,7 +19,7 @@ namespace {
 std::bitset<D_LAST> typed;
 
 // Narrowed by load_answers. Lives for the run.
-mode_t common_mode = 07777;
+mode_t narrowest_mode = all_mode_bits;
 
 // A settings file and who answers for what it says.
 struct loaded_file {
@@ -131,14 +131,14 @@ int load_answers(pINI_SETTINGS ini, const char *path) {
     const named_place where = locate(path);
     open_file opened = open_settings(where);
     const loaded_file file = look_at_file(path, opened, where.directory);
-    const mode_t mode = opened.is_open() ? opened.status.st_mode : 07777;
+    const mode_t mode = opened.status.st_mode;
     stored_answers before;
     for_each_weighed(
         [&](answer_position position) { before[position] = stored_answer(ini, position); });
 
     const int result = ini_load_opened(ini, path, std::move(opened));
     if (result != 0) {
-        common_mode &= mode;
+        narrowest_mode &= mode;
         restore_what_does_not_count(ini, before, file);
     }
     return result;
@@ -160,6 +160,13 @@ bool is_bare_name(const char *name) {
            std::all_of(text.begin(), text.end(), is_harmless);
 }
 
-mode_t loaded_mode() {
-    return common_mode;
+mode_t saved_answers_mode() {
+    mode_t mode = all_mode_bits;
+    if ((narrowest_mode & S_IRGRP) == 0) {
+        mode &= ~mode_t{S_IRWXG};
+    }
+    if ((narrowest_mode & S_IROTH) == 0) {
+        mode &= ~mode_t{S_IRWXO};
+    }
+    return mode;
 }

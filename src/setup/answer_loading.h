@@ -23,6 +23,6 @@ void mark_typed(answer_position position);
 // pattern or a list of patterns reads as more than itself.
 bool is_bare_name(const char *name);
 
-// The bits that all files loaded by load_answers have in their modes: what others may not read of
-// one of them they may not read where the answers are saved.
-mode_t loaded_mode();
+// The bits that the mode of saved answers may have: a group, or others, that may not read one of
+// the files loaded by load_answers have no rights to them.
+mode_t saved_answers_mode();

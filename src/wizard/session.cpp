@@ -233,10 +233,10 @@ void strip_one_run_answers() {
 void save_answers(bool is_imap) {
     dmsg("Save gxvalues to default file");
     ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
-    if (ini_save(answers(), answers_file, program_version) == 0) {
+    if (ini_save_limited(answers(), answers_file, program_version, saved_answers_mode()) == 0) {
         print_emsg("Can't write \"%s\": %s", answers_file, std::strerror(errno));
     }
-    do_copy(answers_file, answer(D_INSTALL_DIR), 1);
+    do_copy_limited(answers_file, answer(D_INSTALL_DIR), 1, saved_answers_mode());
 }
 
 void close_session(bool is_imap) {

@@ -127,7 +127,7 @@ TEST_F(LoadAnswers, WhatOthersMayNotReadOfAFileIsKnown) {
     write_file("ours/kestrel.ini", "domain d.test\n");
     ASSERT_EQ(::chmod("ours/kestrel.ini", 0640), 0);
     EXPECT_NE(load_answers(ini, "ours/kestrel.ini"), 0);
-    EXPECT_EQ(loaded_mode() & 0007U, 0U);
+    EXPECT_EQ(saved_answers_mode() & 0007U, 0U);
 }
 
 TEST(IsBareName, RefusesWhatAPatternReadsAsMoreThanItself) {

@@ -1,6 +1,7 @@
 #include "files/accounts.h"
 
 #include "core/log.h"
+#include "core/place.h"
 #include "core/process.h"
 #include "core/stream.h"
 
@@ -12,6 +13,13 @@
 #include <unistd.h>
 
 namespace {
+
+bool is_executable(const char *path) {
+    const named_place program = locate(path);
+    struct stat entry {};
+    return program.directory.look(program.name.c_str(), entry) &&
+           (entry.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
+}
 
 // The most that is read of getent. A group's entry names all its members.
 constexpr std::size_t answer_limit = 65536;
@@ -60,7 +68,7 @@ std::string answer_of(const char *getent, const char *database, const char *name
 
 std::string ask_getent(const char *database, const char *name, const account_sources &sources) {
     for (const char *getent : sources.getents) {
-        if (::access(getent, X_OK) == 0) {
+        if (is_executable(getent)) {
             return answer_of(getent, database, name);
         }
     }

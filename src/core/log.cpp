@@ -1,6 +1,7 @@
 #include "core/log.h"
 
 #include "core/console.h"
+#include "core/failures.h"
 #include "core/format.h"
 #include "core/place.h"
 #include "core/stream.h"
@@ -33,6 +34,7 @@ struct log_state {
     path_text logfile;
     bool unloged = false; // a message had to open the log by itself
     bool rotating = false;
+    bool is_kept = true; // cleared by keep_no_log
     std::size_t logged_bytes = 0;
 };
 
@@ -155,6 +157,10 @@ int get_loglvl_id(const char *name) {
     return -1;
 }
 
+void keep_no_log() {
+    state.is_kept = false;
+}
+
 int emsg(const char *format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
@@ -194,6 +200,9 @@ int filemsg(const char *format, ...) {
 }
 
 int logit(const char *output, std::size_t len) {
+    if (!state.is_kept) {
+        return 0;
+    }
     // Required: the limit is tested without the time stamp, which the count includes.
     if (state.logged_bytes + len > rotation_limit && !state.rotating) {
         rotate_logs();
@@ -240,8 +249,10 @@ void print_emsg(const char *msg, ...) {
     std::va_list arguments;
     va_start(arguments, msg);
     print("Error: ");
-    emsg("%s", print_message(msg, arguments).c_str());
+    const std::string message = print_message(msg, arguments);
     va_end(arguments);
+    note_failure(message);
+    emsg("%s", message.c_str());
 }
 
 void print_imsg(const char *msg, ...) {

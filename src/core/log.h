@@ -16,6 +16,9 @@ int inilog(const char *path, const char *s);
 // Closes the log if it is open. A later message opens it again.
 void close_log();
 
+// Keeps no log from here on: messages are only shown, where they are shown.
+void keep_no_log();
+
 // The level: a message is written if its own level is no higher. Negative levels are ignored.
 int get_loglvl();
 void set_loglvl(int level);
@@ -35,7 +38,8 @@ int logit(const char *output, std::size_t len);
 int rotate_logs();
 
 // Print a message ("Error: MESSAGE" or the message alone, and a line feed) and log it at level
-// error or info. The log reads the finished text as a format again, with no arguments.
+// error or info. An error is noted as a failure of the run. The log reads the finished text as a
+// format again, with no arguments.
 [[gnu::format(printf, 1, 2)]] void print_emsg(const char *msg, ...);
 [[gnu::format(printf, 1, 2)]] void print_imsg(const char *msg, ...);
 

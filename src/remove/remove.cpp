@@ -1,6 +1,7 @@
 #include "remove/remove.h"
 
 #include "core/console.h"
+#include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
 #include "dialogue/answers.h"
@@ -67,6 +68,8 @@ void remove_program(setup_job &job, const char *shown_name, const char *name) {
 
 void remove_or_report(const char *directory) {
     if (!remove_empty_directory(directory)) {
+        // What nobody has asked to remove may well be in it.
+        const expected_failures kept(errno == ENOTEMPTY || errno == EEXIST);
         print_emsg("Cannot remove %s: %s", directory, std::strerror(errno));
     }
 }

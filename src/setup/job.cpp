@@ -1,6 +1,7 @@
 #include "setup/job.h"
 
 #include "core/console.h"
+#include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
 #include "dialogue/question.h"
@@ -71,6 +72,9 @@ void print_outcome(const setup_job &job, const char *title, const char *work) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
     print("\n%s\n", dashed_rule);
     print("%s %s.\n\n", title, job.success ? "successful" : "unsuccessful");
+    if (!job.success) {
+        note_failure(formatted("%s unsuccessful", title));
+    }
     print("A log of the %s can be found \"%s%cgxsetup.log\".\n", work, install_dir, '/');
     print("All setup information has been written to gxsetup.dat which has been saved in\n");
     print("\"%s\" for use in future upgrades.\n\n", install_dir);

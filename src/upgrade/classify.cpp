@@ -1,6 +1,7 @@
 #include "upgrade/classify.h"
 
 #include "core/console.h"
+#include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
 #include "core/program.h"
@@ -116,6 +117,7 @@ bool has_category(const TMPLT_INFO &entry) {
 
 void offer_safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
     if (is_yes(question(YN_SAFE_Q, "YES")) && safe_save(ini, templates) == 0) {
+        const expected_failures summed_up; // each was noted already
         print_emsg("Can't do safe save");
     }
 }
@@ -169,6 +171,8 @@ int safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
             continue;
         }
         const std::string path = path_in(templates_source, entry.name.c_str());
+        // One that the new version has dropped is reported, but nothing went wrong.
+        const expected_failures dropped(file_exists(path.c_str()) == 0);
         if (do_copy(path.c_str(), ini_value_num(ini, D_INSTALL_DIR), 1) == 0) {
             print_emsg("Can't copy %s", path.c_str());
             result = 0;

@@ -8,11 +8,10 @@
 #include "setup/defaults.h"
 #include "templates/stamp.h"
 #include "wizard/session.h"
+#include "wizard/start.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <initializer_list>
 #include <random>
 
@@ -26,29 +25,6 @@ struct selected_modes {
     bool checksum = false;
     bool gxsetup = false;
 };
-
-// If a standard stream is closed opens /dev/null for it: a file opened later would get its number
-// and receive the dialogue. Ignores SIGPIPE and SIGXFSZ: writes then fail instead of ending the
-// program in the middle of its work.
-void secure_standard_streams() {
-    for (int descriptor = 0; descriptor <= 2; descriptor++) {
-        if (::fcntl(descriptor, F_GETFD) < 0) {
-            ::open("/dev/null", O_RDWR);
-        }
-    }
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-}
-
-void start_log() {
-    set_loglvl(LOG_INFO);
-    if (inilog(".", "gxsetup") == 0) {
-        print("Error: log file cannot be opened\n");
-    }
-    rotate_logs();
-    support_email.assign("support@varnel.example");
-    imsg("* %s started *", program_version);
-}
 
 [[noreturn]] void leave(int status) {
     close_log();
@@ -75,8 +51,7 @@ selected_modes read_argument(char *argument) {
         help(argument_help);
         leave(0);
     } else if (is_one_of(argument, {"-debug"})) {
-        imsg("Logging set to DEBUG.");
-        set_loglvl(LOG_DEBUG);
+        log_details();
         modes.gxsetup = true;
     } else if (is_one_of(argument, {"-version"})) {
         print("%s\n", program_version);

@@ -1,6 +1,7 @@
 #include "wizard/session.h"
 
 #include "core/console.h"
+#include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
 #include "core/program.h"
@@ -32,6 +33,10 @@ namespace {
 constexpr const char *defaults_file = "gxdflt.dat";
 constexpr const char *spool_directory = "/var/spool";
 constexpr const char *log_file = "gxsetup.log";
+
+// Whether the product that the session began with is an IMAP product. Set by begin_session; what
+// is loaded later does not change it.
+bool is_imap = false;
 
 pINI_SETTINGS answers() {
     return &gxvalues;
@@ -230,7 +235,7 @@ void strip_one_run_answers() {
     ini_remove_all(answers(), "set");
 }
 
-void save_answers(bool is_imap) {
+void save_answers() {
     dmsg("Save gxvalues to default file");
     ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
     if (ini_save_limited(answers(), answers_file, program_version, saved_answers_mode()) == 0) {
@@ -239,12 +244,12 @@ void save_answers(bool is_imap) {
     do_copy_limited(answers_file, answer(D_INSTALL_DIR), 1, saved_answers_mode());
 }
 
-void close_session(bool is_imap) {
+void close_session() {
     if (is_action("install")) {
         set_answer(answers(), D_ACTION, "upgrade");
     }
     if (!is_action("custom") && !is_action("remove")) {
-        save_answers(is_imap);
+        save_answers();
     }
     dmsg("Clear gxvalues");
     ini_clear(answers());
@@ -252,11 +257,11 @@ void close_session(bool is_imap) {
 
 } // namespace
 
-int gxsetup_main() {
+flow_number begin_session() {
     add_built_in_answers();
     load_saved_answers();
     settle_product();
-    const bool is_imap = is_imap_product(answer(D_PROD_NAME));
+    is_imap = is_imap_product(answer(D_PROD_NAME));
     settle_images_directory();
     settle_templates_directory();
     load_installed_answers_once();
@@ -268,17 +273,24 @@ int gxsetup_main() {
         set_answer(answers(), D_ACTION, "custom");
     }
     const flow_number flow = choose_flow();
+    if (flow != flow_none) {
+        dmsg("Change replace ini to FALSE");
+        set_answer(answers(), D_REPLACE_INI, "FALSE");
+    }
+    return flow;
+}
+
+int gxsetup_main() {
+    const flow_number flow = begin_session();
     if (flow == flow_none) {
         ini_clear(answers());
         print("\n----------------------------------------------------------\nGoodbye\n\n");
         return 0;
     }
-    dmsg("Change replace ini to FALSE");
-    set_answer(answers(), D_REPLACE_INI, "FALSE");
     const int success = run_flows(flow) == 0 ? 0 : 1;
     strip_one_run_answers();
     print_end(success);
-    close_session(is_imap);
+    close_session();
     return 1;
 }
 
@@ -327,6 +339,7 @@ void print_end(int success) {
         print_imsg("%s successful\n", answer(D_ACTION));
     } else if (!is_action("quit")) {
         print_imsg("%s unsuccessful\n", answer(D_ACTION));
+        note_failure(formatted("%s unsuccessful", answer(D_ACTION)));
     }
     imsg("* gxsetup finished *");
 }

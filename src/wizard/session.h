@@ -1,5 +1,6 @@
 // One run of the wizard: fills the answer store, settles what is set up and where, shows the menu,
-// runs the chosen flow, saves the answers for the next run.
+// runs the chosen flow, saves the answers for the next run. Both programs run it; a rehearsal takes
+// its steps one by one.
 #pragma once
 
 // Runs the wizard in the current directory. Returns 0 if the administrator quits from the menu,
@@ -14,6 +15,9 @@ enum flow_number : int {
     flow_customise = 3,
     flow_remove = 4
 };
+
+// Fills the answer store and asks for the flow. Returns it, flow_none to quit.
+flow_number begin_session();
 
 // Runs a flow on the answer store, and each flow that one asks for instead, until one ends. Returns
 // the result of that one: 0 for failure.

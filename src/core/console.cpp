@@ -16,7 +16,14 @@ bool is_terminal() {
     return answer;
 }
 
+// Set by gather_output.
+std::string *gathered = nullptr;
+
 void put(std::string_view text) {
+    if (gathered != nullptr) {
+        gathered->append(text);
+        return;
+    }
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
@@ -96,6 +103,10 @@ void print_dot() {
     if (is_terminal()) {
         std::fflush(stdout);
     }
+}
+
+void gather_output(std::string *text) {
+    gathered = text;
 }
 
 bool read_line(std::span<char> line) {

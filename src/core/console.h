@@ -30,6 +30,9 @@ std::string without_controls(std::string_view text, std::string_view kept = "");
 // Prints the "." that stands for one file copied or removed. Flushed at once at a terminal.
 void print_dot();
 
+// Gathers what is printed from here on in `text`, as it would show; null shows it again.
+void gather_output(std::string *text);
+
 // Reads one line of standard input, at most line.size() - 1 characters of it, the line feed
 // included; the rest of a longer line is left for the next read. A NUL byte ends the text. Returns
 // false, with `line` empty, at the end of input or if it cannot be read.

@@ -100,6 +100,13 @@ int remove_tree(pINI_SETTINGS ini, const char *wild, const place &directory, con
 // Removes an empty directory. False, with errno set, on failure.
 bool remove_empty_directory(const char *path);
 
+// Removes a file of the current directory, silently. False, with errno set, on failure.
+bool remove_here(const char *name);
+
+// From here on a removal only shows what it would remove, a line each. It takes every directory for
+// one that its removal can empty.
+void rehearse_removals();
+
 // Whether a removal takes the entry for a directory. It goes by one bit of the mode, which sockets
 // and block devices have too.
 bool has_directory_bit(const struct stat &entry);

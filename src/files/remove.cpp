@@ -17,6 +17,9 @@ namespace {
 constexpr std::string_view user_prefix = "u_";
 constexpr std::string_view kept_prefix = "gxsetup";
 
+// Set by rehearse_removals.
+bool is_rehearsed = false;
+
 // What stands under a name in an open directory.
 struct removable {
     const place &directory;
@@ -42,11 +45,29 @@ int removal_failed(const char *path, int error) {
     return 0;
 }
 
+// Removes a file; removes an empty directory. In a rehearsal they show that they would, and
+// succeed.
+bool take_file(const removable &entry) {
+    if (is_rehearsed) {
+        print("\nWould remove %s", entry.path);
+        return true;
+    }
+    return entry.directory.remove(entry.name);
+}
+
+bool take_directory(const removable &entry) {
+    if (is_rehearsed) {
+        print("\nWould remove %s/ if it is empty then", entry.path);
+        return true;
+    }
+    return entry.directory.remove_directory(entry.name);
+}
+
 // An error counts only if the file is still there.
 int remove_file(const removable &entry) {
     int error = ENAMETOOLONG;
     if (s_strlen(entry.path) <= path_limit) {
-        error = entry.directory.remove(entry.name) ? 0 : errno;
+        error = take_file(entry) ? 0 : errno;
     }
     if (error == 0) {
         print_dot();
@@ -74,7 +95,7 @@ int remove_directory(const removal_rules &rules, const removable &entry) {
         return removal_failed(entry.path, ENAMETOOLONG);
     }
     const int result = empty_below(rules, entry);
-    if (!entry.directory.remove_directory(entry.name)) {
+    if (!take_directory(entry)) {
         return removal_failed(entry.path, errno);
     }
     print_dot();
@@ -135,8 +156,7 @@ int remove_temporary(pINI_SETTINGS ini, const removable &entry) {
         return 1;
     }
     const int result = empty_below({ini, "*", true, false}, entry);
-    return entry.directory.remove_directory(entry.name) ? result
-                                                        : removal_failed(entry.path, errno);
+    return take_directory(entry) ? result : removal_failed(entry.path, errno);
 }
 
 } // namespace
@@ -157,7 +177,16 @@ int remove_tree(pINI_SETTINGS ini, const char *wild, const place &directory, con
 
 bool remove_empty_directory(const char *path) {
     const named_place entry = locate_directory(path);
-    return entry.directory.remove_directory(entry.name.c_str());
+    return take_directory({entry.directory, entry.name.c_str(), path, false});
+}
+
+bool remove_here(const char *name) {
+    const place here(".");
+    return take_file({here, name, name, false});
+}
+
+void rehearse_removals() {
+    is_rehearsed = true;
 }
 
 int do_tmprmv(pINI_SETTINGS ini, const char *wild) {

@@ -135,7 +135,7 @@ void remove_templates(setup_job &job) {
     }
     if (match_root_dir(templates.c_str()) == 1) {
         job.check(do_tmprmv(job.ini, "*"));
-        place(".").remove(answers_file);
+        remove_here(answers_file);
         return;
     }
     job.check(do_xrmv(job.ini, "*", templates.c_str(), 1, 0));

@@ -1,0 +1,253 @@
+// What unattended runs do, and the status that tells it.
+
+#include "support/tree.h"
+#include "unattended/unattended_run.h"
+#include "wizard/releases.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr int done_whole = 0;
+constexpr int step_failed = 1;
+constexpr int not_begun = 2;
+constexpr int nothing_to_do = 3;
+
+// The images directory of the template-set products is the one thing that no defaults file can say.
+std::vector<std::string> with_images(const world &host, std::vector<std::string> arguments) {
+    if (host.product() == "tanager" || host.product() == "osprey") {
+        arguments.emplace_back("vlimg_dir=@/html/vlimg");
+    }
+    return arguments;
+}
+
+int status_of(const world &host, const std::vector<std::string> &arguments) {
+    const wizard_run run = run_unattended(host, arguments);
+    return run.status;
+}
+
+} // namespace
+
+class EachProduct : public testing::TestWithParam<const char *> {
+  protected:
+    world host{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Unattended, EachProduct,
+                         testing::Values("kestrel", "plover", "tanager", "osprey"));
+
+TEST_P(EachProduct, IsInstalledAndThenLeftAlone) {
+    const std::vector<std::string> install = with_images(host, {"install", "domain=example.org"});
+    const wizard_run run = run_unattended(host, install);
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
+    EXPECT_THAT(run.transcript, EndsWith("gxsetup-unattended: install of " + host.product() +
+                                         " 3.2a in @/spool/" + host.product() + ": done\n"));
+    EXPECT_TRUE(is_there("cgi-bin/" + host.product() + ".cgi"));
+    EXPECT_TRUE(is_there("dist/tpl"));
+
+    const std::string before = state_of(host);
+    EXPECT_EQ(status_of(host, install), nothing_to_do);
+    EXPECT_EQ(state_of(host), before);
+    const wizard_run other =
+        run_unattended(host, with_images(host, {"install", "domain=a.example"}));
+    EXPECT_EQ(other.status, not_begun);
+    EXPECT_EQ(other.errors,
+              "gxsetup-unattended: " + host.product() + " is in @/cgi-bin already: upgrade it\n");
+    EXPECT_EQ(state_of(host), before);
+}
+
+TEST_P(EachProduct, IsRehearsedAndNothingIsChanged) {
+    const std::string before = state_of(host);
+    const wizard_run run = run_unattended(host, with_images(host, {"--rehearse", "install"}));
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(run.transcript,
+                HasSubstr("gxsetup is ready to install " + host.product() + ", to version 3.2a\n"));
+    EXPECT_THAT(run.transcript, EndsWith(": rehearsed, nothing was changed\n"));
+    EXPECT_EQ(state_of(host), before);
+}
+
+TEST_P(EachProduct, IsListedAsAFileThatDoesTheSame) {
+    const wizard_run list = run_unattended(host, with_images(host, {"--list", "install"}));
+    EXPECT_EQ(list.status, done_whole) << list.errors;
+    EXPECT_THAT(list.transcript,
+                HasSubstr("# Directory for templates\ntemplates @/spool/" + host.product() + "\n"));
+    write_file("answers", host.meant(list.transcript));
+    const wizard_run plain = run_unattended(host, with_images(host, {"-n", "install"}));
+    const wizard_run from_list = run_unattended(host, {"-n", "install", "@/answers"});
+    const auto summary = [](const wizard_run &run) {
+        return run.transcript.substr(run.transcript.find("gxsetup is ready"));
+    };
+    EXPECT_EQ(from_list.status, done_whole) << from_list.errors;
+    EXPECT_EQ(summary(from_list), summary(plain));
+}
+
+TEST_P(EachProduct, IsUpgradedAndThenLeftAlone) {
+    install_31_and_unpack_32(host);
+    const std::vector<std::string> upgrade = with_images(host, {"upgrade"});
+    const std::string before = state_of(host);
+    std::vector<std::string> rehearsal = upgrade;
+    rehearsal.emplace_back("-n");
+    EXPECT_EQ(status_of(host, rehearsal), done_whole);
+    EXPECT_EQ(state_of(host), before);
+
+    const wizard_run run = run_unattended(host, upgrade);
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(run.transcript, HasSubstr("\nUpgrade successful.\n"));
+    const std::string after = state_of(host);
+    EXPECT_NE(after, before);
+    EXPECT_EQ(status_of(host, upgrade), nothing_to_do);
+    EXPECT_EQ(state_of(host), after);
+}
+
+TEST_P(EachProduct, KeepsAllThatNoAnswerSaysToRemove) {
+    ASSERT_EQ(status_of(host, with_images(host, {"install"})), done_whole);
+    const wizard_run run = run_unattended(host, with_images(host, {"remove"}));
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_TRUE(is_there("cgi-bin/" + host.product() + ".cgi"));
+    EXPECT_TRUE(is_there("spool/" + host.product() + "/gxsetup.dat"));
+    EXPECT_EQ(status_of(host, with_images(host, {"install"})), nothing_to_do);
+}
+
+TEST_P(EachProduct, IsRemovedPartByPart) {
+    ASSERT_EQ(status_of(host, with_images(host, {"install", "wml=yes"})), done_whole);
+    add_file("spool/" + host.product() + "/u_ann/mail", "mail");
+    const std::string before = state_of(host);
+    const std::vector<std::string> removal =
+        with_images(host, {"remove", "remove_programs=yes", "remove_templates=yes"});
+    std::vector<std::string> rehearsal = removal;
+    rehearsal.emplace_back("--rehearse");
+    const wizard_run rehearsed = run_unattended(host, rehearsal);
+    EXPECT_EQ(rehearsed.status, done_whole) << rehearsed.errors;
+    EXPECT_THAT(rehearsed.transcript,
+                HasSubstr("\nWould remove @/cgi-bin/" + host.product() + ".cgi."));
+    EXPECT_THAT(rehearsed.transcript,
+                HasSubstr("\nWould remove @/spool/" + host.product() + "/gxsetup.dat."));
+    EXPECT_THAT(rehearsed.transcript, Not(HasSubstr("u_ann")));
+    EXPECT_EQ(state_of(host), before);
+
+    const wizard_run run = run_unattended(host, removal);
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_EQ(listed_names("cgi-bin"), std::vector<std::string>{});
+    EXPECT_EQ(tree_of(host, "spool/" + host.product()),
+              "0755 spool/" + host.product() + "/u_ann/\n0644 spool/" + host.product() +
+                  "/u_ann/mail \"mail\"\n");
+}
+
+TEST(Unattended, UpgradeTreatsEachTemplateAsItsCategorySays) {
+    const world host("kestrel");
+    install_31_and_unpack_32(host);
+    add_templates(host, "spool/kestrel", {{"gone.tpl", "kst_s2", "1.0", "text"}});
+    const std::string edited = read_file("spool/kestrel/edited.tpl");
+    const std::string moved = read_file("spool/kestrel/moved.tpl");
+    const wizard_run run = run_unattended(host, {"upgrade"});
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(run.transcript, HasSubstr("Error: Can't copy ./tpl/gone.tpl\n"));
+    EXPECT_EQ(read_file("spool/kestrel/clean.tpl"), read_file("dist/tpl/clean.tpl"));
+    EXPECT_EQ(read_file("spool/kestrel/edited.tpl"), edited);
+    EXPECT_EQ(read_file("spool/kestrel/moved.tpl"), moved);
+    EXPECT_EQ(read_file("spool/kestrel/brandnew.tpl"), read_file("dist/tpl/brandnew.tpl"));
+}
+
+TEST(Unattended, ATemplateThatCouldBeReplacedSafelyIsSomethingToDo) {
+    const world host("kestrel");
+    install_31_and_unpack_32(host);
+    ASSERT_EQ(status_of(host, {"upgrade", "replace_safe=no"}), done_whole);
+    EXPECT_EQ(status_of(host, {"upgrade", "replace_safe=no"}), nothing_to_do);
+    EXPECT_EQ(status_of(host, {"upgrade"}), done_whole);
+    EXPECT_EQ(status_of(host, {"upgrade"}), nothing_to_do);
+}
+
+TEST(Unattended, AFileThatIsMissingOrAnotherAnswerIsSomethingToDo) {
+    const world host("kestrel");
+    ASSERT_EQ(status_of(host, {"install"}), done_whole);
+    ASSERT_EQ(status_of(host, {"upgrade"}), nothing_to_do);
+    std::filesystem::remove("html/vlimg/logo.gif");
+    EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole);
+    add_file("html/vlimg/logo.gif", "own picture");
+    EXPECT_EQ(status_of(host, {"-n", "upgrade"}), nothing_to_do);
+    EXPECT_EQ(status_of(host, {"-n", "upgrade", "vlimg=/pictures"}), done_whole);
+    EXPECT_EQ(status_of(host, {"-n", "upgrade", "wml=yes"}), done_whole);
+    add_file("cgi-bin/kestrel.cgi", "another program");
+    EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole);
+}
+
+TEST(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {
+    const world host("kestrel");
+    ASSERT_EQ(status_of(host, {"install"}), done_whole);
+    add_program("dist/kestrel.cgi", "Version: release v3.3\n");
+    std::filesystem::create_directories("cgi-bin/kestrel.new/own");
+    const wizard_run run = run_unattended(host, {"upgrade"});
+    EXPECT_EQ(run.status, step_failed);
+    EXPECT_THAT(run.transcript, HasSubstr("\nupgrade successful\n"));
+    EXPECT_THAT(run.errors,
+                HasSubstr("gxsetup-unattended: upgrade of kestrel 3.3 in @/spool/kestrel: "
+                          "begun, but 2 steps failed; see gxsetup.log\n"));
+}
+
+TEST(Unattended, QuietRunsShowProblemsOnly) {
+    const world host("kestrel");
+    const wizard_run install = run_unattended(host, {"-q", "install"});
+    EXPECT_EQ(install.transcript + install.errors, "");
+    const wizard_run none = run_unattended(host, {"--quiet", "install"});
+    EXPECT_EQ(none.status, nothing_to_do);
+    EXPECT_EQ(none.transcript + none.errors, "");
+    add_program("dist/kestrel.cgi", "Version: release v3.3\n");
+    std::filesystem::create_directories("cgi-bin/kestrel.new/own");
+    const wizard_run failed = run_unattended(host, {"-q", "upgrade"});
+    EXPECT_EQ(failed.status, step_failed);
+    EXPECT_EQ(failed.transcript, "");
+    EXPECT_THAT(failed.errors, HasSubstr("gxsetup-unattended: Can't open @/cgi-bin/kestrel.new\n"));
+}
+
+TEST(Unattended, DeletesTheDistributionOnlyWhereItIsTold) {
+    const world host("kestrel");
+    ASSERT_EQ(status_of(host, {"install", "delete_temporary=yes"}), done_whole);
+    EXPECT_FALSE(is_there("dist/tpl"));
+    EXPECT_TRUE(is_there("dist/gxsetup.log"));
+}
+
+TEST(Unattended, WorksInTheDirectoryNamed) {
+    const world host("kestrel");
+    write_file("answers", "domain example.net\n");
+    const wizard_run run =
+        run_unattended(host, {"-C", "dist", "install", "answers"}, {.directory = "."});
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(read_file("cgi-bin/kestrel.ini"), HasSubstr("\ndomain example.net\n"));
+}
+
+TEST(Unattended, LogsDetailsWhereTheyAreAskedFor) {
+    const world host("kestrel");
+    ASSERT_EQ(status_of(host, {"--debug", "install"}), done_whole);
+    EXPECT_THAT(read_file("dist/gxsetup.log"), HasSubstr("Info:  Logging set to DEBUG.\n"));
+    EXPECT_THAT(read_file("dist/gxsetup.log"), HasSubstr("Debug: install questions\n"));
+}
+
+TEST(Unattended, TellsItsHelpAndItsVersion) {
+    const world host("kestrel");
+    const wizard_run help = run_unattended(host, {"--help"});
+    EXPECT_EQ(help.status, done_whole);
+    EXPECT_THAT(help.transcript, HasSubstr("Usage: gxsetup-unattended [OPTION]... "));
+    const wizard_run version = run_unattended(host, {"--version"});
+    EXPECT_EQ(version.transcript, "gxsetup-unattended of gxsetup, version 3.0h\n");
+}
+
+TEST(Unattended, HoldsTheHostsThatUsersMayLogInTo) {
+    const world host("osprey");
+    write_file("answers", "restrict_hosts yes\nallow_host_login one.example\n"
+                          "allow_host_login two.example\nvlimg_dir " +
+                              host.path("html/vlimg") + "\n");
+    const wizard_run run = run_unattended(host, {"install", "@/answers"});
+    EXPECT_EQ(run.status, done_whole) << run.errors;
+    EXPECT_THAT(run.transcript, HasSubstr("[no]? yes\nEnter a host and press enter, enter a . to "
+                                          "finish\none.example\ntwo.example\n.\n"));
+    EXPECT_THAT(read_file("cgi-bin/osprey.ini"),
+                HasSubstr("allow_host_login one.example\nallow_host_login two.example\n"));
+}

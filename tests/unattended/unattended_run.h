@@ -1,0 +1,23 @@
+// Runs gxsetup-unattended in a world, beside the wizard that wizard_run.h runs.
+#pragma once
+
+#include "support/wizard_run.h"
+
+#include <string>
+#include <vector>
+
+// Runs the program in dist/ with `arguments`, in which "@" is the root.
+inline wizard_run run_unattended(const world &host, const std::vector<std::string> &arguments,
+                                 run_place place = {}) {
+    // The wizard's path, which is the first word, gives way to the other program's.
+    place.wrapper = {"/bin/sh", "-c", "shift; exec " UNATTENDED_PROGRAM " \"$@\"", "sh"};
+    std::vector<std::string> meant;
+    for (const std::string &argument : arguments) {
+        meant.push_back(host.meant(argument));
+    }
+    return run_wizard(host, meant, typed(""), place);
+}
+
+// All that the world holds: the path, mode, owner and content of each entry, logs without time
+// stamps.
+std::string state_of(const world &host);

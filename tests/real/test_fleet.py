@@ -63,6 +63,14 @@ def test_the_playbook_is_well_formed(place, hosts):
     assert "playbook:" in play(place, "kestrel-3.1.tar.gz", "--syntax-check")
 
 
+def state_of(site):
+    """Every entry below a site, with mode and content."""
+    return {
+        str(path.relative_to(site)): (path.lstat().st_mode, path.read_bytes() if path.is_file() else b"")
+        for path in sorted(site.rglob("*"))
+    }
+
+
 def test_installs_upgrades_and_then_leaves_alone(place, hosts):
     play(place, pack(place, "3.1"))
     assert summary(place, "3.1") == ["host1 install ok", "host2 install ok", "host3 install ok"]
@@ -75,24 +83,55 @@ def test_installs_upgrades_and_then_leaves_alone(place, hosts):
         assert (site / "html" / "vlimg" / "kestrel.gif").exists()
         assert not (site / "gxsetup").exists()
 
+    # One template was edited, and the new version has dropped one that was not.
+    edited = hosts[1] / "spool" / "kestrel" / "menu.tpl"
+    edited.write_text(edited.read_text() + "edited\n")
+    menu = edited.read_text()
     newer = pack(place, "3.2")
-    play(place, newer, "-e", "replace_templates=true")
+    said = play(place, newer)
     assert summary(place, "3.2") == ["host1 upgrade ok", "host2 upgrade ok", "host3 upgrade ok"]
-    for site in hosts:
+    assert said.count("changed=1") == 3, said
+    for site, report in zip(hosts, reports(place, "3.2")):
+        assert "Error: Can't copy ./tpl/welcome.tpl\n" in report
         assert run(site / "cgi-bin" / "kestrel.cgi", "-version") == "Version: KESTREL v3.2\n"
         assert (site / "spool" / "kestrel" / "folders.tpl").exists()
         assert (site / "cgi-bin" / "kestrel.new").exists()
+    assert edited.read_text() == menu
 
+    # The installed program is not run to find that out.
+    for site in hosts:
+        (site / "cgi-bin" / "kestrel.cgi").chmod(0o660)
+    before = [state_of(site) for site in hosts]
     said = play(place, newer)
     assert summary(place, "3.2") == ["host1 none ok", "host2 none ok", "host3 none ok"]
     assert said.count("changed=0") == 3, said
+    assert [state_of(site) for site in hosts] == before
+
+
+def test_check_mode_rehearses(place, hosts):
+    before = [state_of(site) for site in hosts]
+    said = play(place, pack(place, "3.1"), "--check")
+    assert summary(place, "3.1") == [f"{site.name} install rehearsed ok" for site in hosts]
+    assert said.count("changed=1") == 3, said
+    assert [state_of(site) for site in hosts] == before
 
 
 def test_a_host_whose_answers_do_not_fit_is_reported_and_left_as_it_is(place, hosts):
     (hosts[1] / "cgi-bin").rmdir()
-    with pytest.raises(AssertionError, match="the answers do not fit the questions, so nothing was done"):
+    with pytest.raises(AssertionError, match="does not exist... please enter a valid directory"):
         play(place, pack(place, "3.1"))
     host1, host2, host3 = summary(place, "3.1")
     assert (host1, host3) == ("host1 install ok", "host3 install ok")
-    assert host2.startswith("host2 install FAILED: See that every answer met its question: ")
-    assert [entry.name for entry in hosts[1].iterdir()] == ["gxsetup"]
+    assert host2.startswith(
+        "host2 install FAILED: Run gxsetup-unattended: gxsetup-unattended: cgi_path: "
+        f"{hosts[1]}/cgi-bin is refused: "
+    )
+    assert list(hosts[1].iterdir()) == []
+
+
+def test_a_host_where_a_step_fails_is_reported(place, hosts):
+    (hosts[2] / "html" / "vlimg" / "kestrel.gif").mkdir(parents=True)
+    with pytest.raises(AssertionError, match="steps? failed; see gxsetup.log"):
+        play(place, pack(place, "3.1"))
+    assert summary(place, "3.1")[2].startswith("host3 install FAILED: Run gxsetup-unattended: ")
+    assert (hosts[2] / "gxsetup").exists()

@@ -48,8 +48,10 @@ def test_manual_pages_are_clean(packages):
         archive.extractall(packages / "unpacked")
     manuals = one(packages / "unpacked", "*/share/man")
     pages = sorted(manuals.glob("*/*.gz"))
-    assert [page.name for page in pages] == ["gxsetup.1.gz", "gxsetup.dat.5.gz"]
-    # The two pages refer to each other, and mandoc looks for them among the installed ones.
+    assert [page.name for page in pages] == [
+        "gxsetup-unattended.1.gz", "gxsetup.1.gz", "gxsetup.dat.5.gz",
+    ]  # fmt: skip
+    # The pages refer to each other, and mandoc looks for them among the installed ones.
     for page in pages:
         said = subprocess.run([mandoc, "-Tlint", page], capture_output=True, text=True, timeout=60)
         lines = (said.stdout + said.stderr).splitlines()
@@ -68,7 +70,7 @@ def test_the_packages_hold_what_they_should(packages):
     with tarfile.open(one(packages, "*.tar.gz")) as archive:
         together = {name.partition("/")[2] for name in archive.getnames()}
     for name in (
-        "bin/gxsetup", "share/gxsetup/vsetup.hlp", "share/man/man1/gxsetup.1.gz", "share/man/man5/gxsetup.dat.5.gz",
+        "bin/gxsetup", "bin/gxsetup-unattended", "share/man/man1/gxsetup-unattended.1.gz", "share/gxsetup/vsetup.hlp", "share/man/man1/gxsetup.1.gz", "share/man/man5/gxsetup.dat.5.gz",
         "share/doc/gxsetup/copyright", "share/doc/gxsetup/changelog.gz", "share/doc/gxsetup/administrators.md",
     ):  # fmt: skip
         assert name in program & together

@@ -199,7 +199,10 @@ std::vector<std::string> words_for(const system_call &call, const std::string &r
     const bool is_loss = (call.is_on_written && !holds(refused, ">(deleted)")) ||
                          is_one_of(call.name + "(", {"write", "ftruncate", "rename", "unlinkat",
                                                      "rmdir", "getdents", "read("});
-    if (!is_loss || is_log || file.ends_with(".tmp") || file == "ver.txt" ||
+    // Nothing is lost where no left-over need go, or where the file itself can be written.
+    const bool is_needless =
+        is_scratch(file) && (call.name == "unlinkat" || holds(refused, " EACCES "));
+    if (!is_loss || is_log || is_needless || file.ends_with(".tmp") || file == "ver.txt" ||
         holds(refused, "<pipe:")) {
         return {};
     }

@@ -124,7 +124,6 @@ def test_the_version_is_asked_as_the_owner_of_the_program(site, place, owner):
     assert (answers / "user").read_text() == f"{owner}\n"
 
 
-@pytest.mark.xfail(reason="the mode of gxsetup.dat follows the umask alone so far")
 def test_private_answers_stay_private(site):
     (site.templates / "gxsetup.dat").chmod(0o600)
     assert is_upgraded(converse(site.new, REPLACE))

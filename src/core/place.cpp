@@ -70,10 +70,11 @@ open_file open_link(const place &directory, const char *name) {
 
 // The system's own walk (Linux 5.6), which gives up at the first link. Not open on any failure, and
 // with "..", on which it has no rules of ours.
-file_descriptor open_without_links(int from, const std::string &path) {
+file_descriptor open_without_links(int from, const std::string &path, int flags) {
     struct {
         std::uint64_t flags, mode, resolve;
-    } how = {directory_flags, 0, 0x04 | 0x02}; // RESOLVE_NO_SYMLINKS, RESOLVE_NO_MAGICLINKS
+    } how = {static_cast<std::uint64_t>(flags), 0,
+             0x04 | 0x02}; // RESOLVE_NO_SYMLINKS, RESOLVE_NO_MAGICLINKS
     constexpr long number_of_openat2 = 437;
     if (path.find("..") != std::string::npos) {
         return {};
@@ -287,7 +288,8 @@ place::place(file_descriptor directory, std::string path)
 
 place::place(std::string_view path) {
     const std::string whole(path);
-    if (file_descriptor directory = open_without_links(AT_FDCWD, whole); directory.is_open()) {
+    if (file_descriptor directory = open_without_links(AT_FDCWD, whole, directory_flags);
+        directory.is_open()) {
         *this = place(std::move(directory), whole);
         return;
     }
@@ -316,8 +318,9 @@ place place::enter(std::string_view path) const {
     if (!is_open()) {
         return place(error_);
     }
-    file_descriptor directory =
-        path.starts_with('/') ? file_descriptor() : open_without_links(number(), whole);
+    file_descriptor directory = path.starts_with('/')
+                                    ? file_descriptor()
+                                    : open_without_links(number(), whole, directory_flags);
     if (directory.is_open()) {
         return {std::move(directory), path_of(path)};
     }
@@ -523,6 +526,18 @@ named_place locate_directory(std::string_view path) {
         path.remove_suffix(1);
     }
     return locate(path);
+}
+
+file_descriptor open_plain_at(const std::string &path, read_limit limit) {
+    file_descriptor file = open_without_links(AT_FDCWD, path, O_RDONLY | file_flags);
+    struct stat status {};
+    // With one name and within the limit it may be read wherever it stands.
+    if (file.is_open() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+        status.st_nlink == 1 && (limit.bytes == 0 || status.st_size <= limit.bytes)) {
+        return file;
+    }
+    const named_place where = locate(path);
+    return std::move(where.directory.open_plain(where.name.c_str(), limit).descriptor);
 }
 
 bool settled_name::follow() {

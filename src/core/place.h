@@ -211,6 +211,9 @@ named_place locate(std::string_view path);
 // The same for the path of a directory: a "/" at its end is left out.
 named_place locate_directory(std::string_view path);
 
+// Opens a plain file as `locate` and `open_plain` would, in one call if no link is on the way.
+[[nodiscard]] file_descriptor open_plain_at(const std::string &path, read_limit limit);
+
 // A name and the directory it stands in, after the links that may be followed.
 class settled_name {
   public:

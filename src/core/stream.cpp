@@ -38,9 +38,7 @@ stream_handle open_to_append(const char *path) {
 }
 
 stream_handle open_plain_file(const char *path, read_limit limit) {
-    const named_place file = locate(path);
-    open_file opened = file.directory.open_plain(file.name.c_str(), limit);
-    return stream_of(opened.descriptor.release(), "r");
+    return stream_of(open_plain_at(path, limit).release(), "r");
 }
 
 int create_anew(const char *path) {

@@ -1,5 +1,5 @@
-// The removal flow: asks where each part of an installed product lies and deletes it right after the
-// yes to it. The session dispatches to it.
+// The removal flow: asks where each part of an installed product lies and deletes it right after
+// the yes to it. The session dispatches to it.
 #pragma once
 
 #include "setup/answer_store.h"

@@ -3,6 +3,7 @@
 // before anything is changed.
 
 #include "core/log.h"
+#include "core/place.h"
 #include "files/operations.h"
 #include "unattended/named_answers.h"
 #include "unattended/options.h"
@@ -60,6 +61,22 @@ int rehearse(const named_answers &answers, const run_options &options) {
     end_work();
 }
 
+// Goes to the directory of the distribution, by the links that may be followed.
+void enter_directory(const std::string &path) {
+    if (path.empty()) {
+        return;
+    }
+    const place directory(path);
+    if (!directory.is_open()) {
+        refuse(path + ": " + std::strerror(directory.error()));
+    }
+    // A descriptor that can be read: others cannot be gone to before Linux 3.5.
+    const directory_handle entries = directory.list();
+    if (!entries || ::fchdir(::dirfd(entries.get())) != 0) {
+        refuse(path + ": " + std::strerror(errno));
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -71,9 +88,7 @@ int main(int argc, char **argv) {
     if (!fault.empty()) {
         refuse(fault);
     }
-    if (!options.directory.empty() && ::chdir(options.directory.c_str()) != 0) {
-        refuse(options.directory + ": " + std::strerror(errno));
-    }
+    enter_directory(options.directory);
     const int status = rehearse(answers, options);
     if (status != done_whole || options.rehearses || options.lists) {
         return status;

@@ -13,13 +13,7 @@ constexpr answer_source console = {
     .read_item = [](question_number /*quest_num*/,
                     std::span<char> item) { return read_line(item); },
     .pause = wait_for_enter,
-    .quit =
-        [] {
-            print("Please press enter to quit...\n");
-            wait_for_enter();
-            close_log();
-            std::exit(0);
-        },
+    .quit = quit_at_console,
 };
 
 // Set by set_answer_source.
@@ -33,4 +27,11 @@ void set_answer_source(const answer_source &source) {
 
 const answer_source &answers_from() {
     return *current;
+}
+
+void quit_at_console() {
+    print("Please press enter to quit...\n");
+    wait_for_enter();
+    close_log();
+    std::exit(0);
 }

@@ -16,8 +16,8 @@ struct asked_question {
 };
 
 struct answer_source {
-    // Reads the reply to a question, a line feed at its end or not. Returns false if there is none
-    // to come: the run is then quit.
+    // Reads the reply to a question, with or without its line feed. Returns false if there is none,
+    // which quits the run.
     bool (*read_reply)(const asked_question &asked, std::span<char> reply);
     // Reads an item of the list that follows a yes to `quest_num`. Returns false at the end of all
     // input.
@@ -31,5 +31,9 @@ struct answer_source {
 // Makes `source`, which must outlive the run, the source of all further answers.
 void set_answer_source(const answer_source &source);
 
-// The source of the answers.
+// Returns the source of the answers.
 const answer_source &answers_from();
+
+// Ends a run at the console: asks for enter, so that its last lines can be read, closes the log and
+// ends the program with status 0.
+[[noreturn]] void quit_at_console();

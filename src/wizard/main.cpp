@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "core/program.h"
 #include "core/text.h"
+#include "dialogue/answer_source.h"
 #include "dialogue/help.h"
 #include "setup/defaults.h"
 #include "templates/stamp.h"
@@ -72,9 +73,7 @@ int main(int argc, char **argv) {
     if (argc > 2) {
         print_emsg("Too many command line arguments");
         help(argument_help);
-        print("Please press enter to quit...\n");
-        wait_for_enter();
-        leave(0);
+        quit_at_console();
     }
     selected_modes modes;
     if (argc == 2) {
@@ -94,7 +93,6 @@ int main(int argc, char **argv) {
     if (modes.gxsetup) {
         gxsetup_main();
     }
-    print("\nPlease press enter to quit...\n");
-    wait_for_enter();
-    leave(0);
+    print("\n");
+    quit_at_console();
 }

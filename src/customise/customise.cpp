@@ -2,6 +2,7 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/paths.h"
 #include "customise/ini_update.h"
 #include "customise/look.h"
 #include "customise/scroll.h"
@@ -35,7 +36,7 @@ bool is_refused(pINI_SETTINGS ini) {
     });
 }
 
-void print_banner(pINI_SETTINGS ini) {
+void print_customise_banner(pINI_SETTINGS ini) {
     print("Please answer the following questions so I can customize %s templates\n",
           ini_value_num(ini, D_PROD_NAME));
     print_notes(false);
@@ -116,7 +117,7 @@ int gxcustom_main(pINI_SETTINGS ini) {
         return 1;
     }
     scoped_store settings(custom_values);
-    print_banner(ini);
+    print_customise_banner(ini);
     ask_answer(ini, D_CGI_PATH, D_CGI_Q);
     find_program(ini);
     const std::string ini_file = cgi_file(ini, D_CGI_NAME, "ini");
@@ -124,7 +125,7 @@ int gxcustom_main(pINI_SETTINGS ini) {
     ask_answer(ini, D_VLIMG_DIR, D_VLIMG5_Q);
     const char *cgi_name = ini_value_num(ini, D_CGI_NAME);
     const std::string backup_file =
-        formatted("%s%c%.4s_old.ini", ini_value_num(ini, D_CGI_PATH), '/', cgi_name);
+        path_in(ini_value_num(ini, D_CGI_PATH), formatted("%.4s_old.ini", cgi_name).c_str());
     load_values(ini, settings.get());
     run_menu(settings.get(), cgi_name, ini_file, backup_file);
     return 1;

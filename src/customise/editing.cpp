@@ -1,10 +1,9 @@
 #include "customise/editing.h"
 
-#include "core/text.h"
 #include "dialogue/question.h"
 
 bool wants_changes() {
-    return s_strcmp(question(YN_CHANS_Q, "NO"), "FALSE") != 0;
+    return is_yes(question(YN_CHANS_Q, "NO"));
 }
 
 bool wants_removal(const char *what) {

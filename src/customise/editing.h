@@ -21,7 +21,7 @@ std::string ask_until(Ask ask, IsAccepted is_accepted, Refuse refuse) {
     return answer;
 }
 
-// Asks whether any answer is to be changed; true unless the reply means no.
+// Asks whether any answer is to be changed.
 bool wants_changes();
 
 // Asks whether all of `what` is to be removed.

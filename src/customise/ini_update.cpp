@@ -35,8 +35,6 @@ constexpr std::string_view line_ends = "\r\n";
 constexpr std::string_view blanks_and_line_ends = " \t\r\n";
 constexpr std::string_view continuation_mark = " /";
 
-constexpr std::size_t piece_size = 511; // 510 characters and a NUL
-
 // What the line before decides about the next line of the old .ini.
 enum class next_line { begins_anew, continues_a_kept_one, continues_a_dropped_one };
 
@@ -91,7 +89,7 @@ void keep_line(std::FILE *file, std::string_view line) {
 }
 
 // What is written next did not follow the last line in the old file: it gets a line of its own.
-void end_line(std::FILE *file) {
+void write_missing_line_end(std::FILE *file) {
     if (copying.lacks_line_end) {
         write_text(file, "\n");
         copying.lacks_line_end = false;
@@ -101,14 +99,14 @@ void end_line(std::FILE *file) {
 // Copies the lines that belong to none of the names of `update`. Returns false if the old file
 // could not be read.
 bool keep_other_lines(std::FILE *old_file, std::FILE *new_file, pINI_SETTINGS update) {
-    std::array<char, piece_size> piece{};
+    std::array<char, setting_piece_size> piece{};
     for (std::string_view line = read_piece(old_file, piece); !line.empty();
          line = read_piece(old_file, piece)) {
         if (copying.next == next_line::continues_a_kept_one ||
             match_setting(piece.data(), update) == 0) {
             keep_line(new_file, line);
         } else {
-            end_line(new_file);
+            write_missing_line_end(new_file);
         }
     }
     return std::ferror(old_file) == 0;
@@ -118,7 +116,7 @@ void add_settings(std::FILE *file, pINI_SETTINGS update) {
     if (ini_number(update) == 0) {
         return;
     }
-    end_line(file);
+    write_missing_line_end(file);
     if (copying.next == next_line::continues_a_kept_one) {
         // An empty line ends the kept setting, or the first new one would be read as part of it.
         write_text(file, "\n");
@@ -165,6 +163,7 @@ int update_values(pINI_SETTINGS settings, const char *label, const char *mode, L
     if (label == nullptr || text == nullptr || list_num(text) == 0) {
         return 0;
     }
+    // Copies: replacing the values frees what the store returned.
     std::vector<std::string> values;
     list_start(text);
     while (const auto *added = static_cast<const char *>(list_get(text))) {
@@ -222,8 +221,8 @@ int update_ini(pINI_SETTINGS settings) {
     scoped_store update(update_list);
     load_values(settings, update.get());
     const char *directory = ini_value_num(settings, D_CGI_PATH);
-    const std::string stem = formatted("%s%c%s", directory != nullptr ? directory : "(null)", '/',
-                                       ini_value_num(settings, D_CGI_NAME));
+    const std::string stem =
+        path_in(directory != nullptr ? directory : "(null)", ini_value_num(settings, D_CGI_NAME));
     const std::string old_path = stem + ".ini";
     const std::string new_path = stem + ".new";
 

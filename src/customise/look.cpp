@@ -26,10 +26,11 @@ const char *find_image(pINI_SETTINGS settings, const char *mode) {
 }
 
 int replace_image(pINI_SETTINGS settings, const char *mode, const char *default_file) {
+    // Formatted, since the answer may be missing, which then shows as <NULL>.
     const std::string images = formatted("%s", ini_value_num(settings, D_VLIMG_DIR));
     const char *stored = find_image(settings, mode);
-    const std::string suggestion = formatted("%s%c%s", images.c_str(), '/',
-                                             stored != nullptr ? get_set(stored) : default_file);
+    const std::string suggestion =
+        path_in(images, stored != nullptr ? get_set(stored) : default_file);
     const std::string file =
         ask_until([&] { return question(C_IMGFILE_Q, suggestion.c_str(), mode); },
                   [](const char *answer) { return file_exists(answer) == 1; },

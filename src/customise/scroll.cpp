@@ -37,8 +37,8 @@ std::string lower_case(std::string_view word) {
 }
 
 // Reads the applet's HTML into a record, in one pass. A "=" makes an attribute, which then awaits
-// what follows: a size its first digit; a parameter the quote before its name, the "=" of its value
-// and the word that begins the value.
+// what follows: a size awaits its first digit; a parameter awaits the quote before its name, then
+// the "=" of its value, then the word that begins the value.
 class applet_reader {
   public:
     explicit applet_reader(SCROLLMSG *data) : data_(data) {}

@@ -28,6 +28,7 @@ void load_old_settings(pINI_SETTINGS ini) {
         return;
     }
     imsg("load gxvalues from ini file");
+    // The .ini may name another templates directory, where answers were saved too.
     if (gxdat_found == 0) {
         imsg("load gxvalues from ini setting of templates directory");
         gxdat_found = load_installed_answers(ini) ? 1 : 0;
@@ -36,8 +37,9 @@ void load_old_settings(pINI_SETTINGS ini) {
 
 void ask_templates(pINI_SETTINGS ini, bool has_sets) {
     if (has_sets) {
+        // A loaded answer may be the default set's directory, which is below this one.
         set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_INSTALL_DIR));
-        ini_remove_all(ini, "tpl_set");
+        remove_answer(ini, D_TPL_SET); // number_sets stores this distribution's
     }
     dmsg("Templates directory");
     const std::string templates = ask_answer(ini, D_TEMPLATES, D_TMPLTS2_Q);
@@ -54,6 +56,7 @@ void ask_images(pINI_SETTINGS ini, bool is_first_pass) {
     dmsg("vlimg directory");
     ask_images_directory(ini, D_VLIMG2_Q);
     path_text url(ini_value_num(ini, D_VLIMG));
+    // A later pass offers the URL that was typed.
     set_answer(ini, D_VLIMG, question(I_URL_Q, is_first_pass ? get_URL(ini, url) : url.c_str()));
 }
 
@@ -69,7 +72,7 @@ void ask_wml_support(pINI_SETTINGS ini) {
 
 int gxinstall_quest(pINI_SETTINGS ini) {
     bool is_first_pass = true;
-    set_choice choice;
+    default_set chosen_set;
 
     dmsg("install questions");
     for (;;) {
@@ -86,7 +89,7 @@ int gxinstall_quest(pINI_SETTINGS ini) {
         ask_templates(ini, has_sets);
         ask_images(ini, is_first_pass);
         if (has_sets) {
-            choice = number_sets(ini);
+            chosen_set = number_sets(ini);
         }
         do_ini_quest(ini, is_first_pass ? 1 : 0);
         ask_wml_support(ini);
@@ -95,7 +98,7 @@ int gxinstall_quest(pINI_SETTINGS ini) {
         set_answer(ini, D_REPLACE_INI, "TRUE");
         set_answer(ini, D_REPLACE_TMPLTS, "TRUE");
         if (print_gxvalues(ini) == 0) {
-            store_choice(ini, choice);
+            store_default_set(ini, chosen_set);
             return 1;
         }
         is_first_pass = false;

@@ -33,8 +33,8 @@ bool create_directories(const setup_job &job) {
 void copy_flat_product(setup_job &job) {
     const char *install_dir = job.answer(D_INSTALL_DIR);
     announce("Copying template files");
-    job.check(do_xcopy("*", install_dir, 1));
-    words_copy(install_dir, "tpl_", "words.dat");
+    job.check(do_xcopy("*", install_dir, 1)); // the whole distribution, its directories included
+    words_copy(install_dir, "tpl_", "words.dat"); // copies nothing, see its header
     job.check(do_xcopy2(templates_source, "*", install_dir, 1));
     copy_flat_images(job, 1);
 }
@@ -55,6 +55,7 @@ void copy_set_product(setup_job &job) {
     announce("Copying graphic and wav files");
     do_template_copy(images_source, job.answer(D_VLIMG_DIR), 0);
     do_template_copy(images_source, job.below_install_dir("img").c_str(), 0);
+    // Required: gxinstall does it once more.
     announce_and_copy_program(job);
     copy_manuals(job);
 }
@@ -79,7 +80,7 @@ void install_wml(setup_job &job) {
 bool copy_original_sets(const std::string &originals) {
     const std::string templates = path_in(originals, "tpl");
     const std::string wap = path_in(originals, "wap");
-    make_dir(originals.c_str(), directory_mode);
+    make_dir(originals.c_str(), directory_mode); // required: logs that it is there already
     if (make_owned_dir(templates.c_str(), directory_mode) == 0) {
         return false;
     }
@@ -87,6 +88,7 @@ bool copy_original_sets(const std::string &originals) {
     if (make_owned_dir(wap.c_str(), directory_mode) == 0) {
         return false;
     }
+    // Required: also if the WML program was not wanted.
     do_xcopy2(wap_source, "*", wap.c_str(), 1);
     return true;
 }
@@ -111,6 +113,7 @@ bool offer_originals(const setup_job &job) {
 }
 
 void offer_clean_up(setup_job &job) {
+    // Unpacked in the installation directory, the distribution is part of the installation.
     if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
         return;
     }

@@ -53,8 +53,8 @@ struct ini_index {
 
 namespace {
 
-// False for a null store. A store that was never initialised ends the program: it is a programming
-// fault, not a condition of the run.
+// Returns false for a null store. Ends the program if the store was never initialised: that is a
+// fault of the program, not a condition of the run.
 bool is_usable(pINI_SETTINGS ini) {
     if (ini == nullptr) {
         return false;
@@ -87,7 +87,7 @@ INI_NAMES_INFO names_entry(pINI_SETTINGS ini, const char *name) {
             return *entry;
         }
     }
-    return {name, nullptr, 0, 0};
+    return {name, nullptr, 0, 0}; // any other name: one value, no default, no secret
 }
 
 const char *name_at(pINI_SETTINGS ini, int id) {
@@ -183,7 +183,8 @@ int replace_value(pINI_SETTINGS ini, list_struct *setting, const char *value, bo
     if (!copy) {
         return 0;
     }
-    // The new value is inserted before the old one, which the iteration then gives and loses.
+    // Inserts the new value before the old one, moves past that and removes it: the iteration point
+    // is then right after the new value, where a lookup would leave it.
     ini->settings.current = setting->post;
     if (list_add_current(&ini->settings, copy.get()) == 0) {
         ini_emsg(ini, "Adding {%s=%s} to settings failed removed setting.", name,
@@ -198,8 +199,8 @@ int replace_value(pINI_SETTINGS ini, list_struct *setting, const char *value, bo
     return 1;
 }
 
-// Returns the value that the iteration gave last; null if it gave a name or nothing last.
-list_struct *value_given_last(const LINK_LIST &settings) {
+// Returns the value that the iteration returned last; null if that was a name or nothing.
+list_struct *value_returned_last(const LINK_LIST &settings) {
     for (list_struct *name = settings.first; name != nullptr; name = name->post->post) {
         if (name->post->post == settings.current) {
             return name->post;
@@ -219,7 +220,7 @@ std::size_t association_count(pINI_SETTINGS ini) {
 // Returns the first setting of the name's substitute, of that one's substitute, and so on.
 list_struct *find_substitute(pINI_SETTINGS ini, const char *name) {
     list_struct *setting = nullptr;
-    // A chain with more steps than there are pairs goes in a circle.
+    // At most one step a pair: more means a circle.
     for (std::size_t steps = association_count(ini); setting == nullptr && steps > 0; steps--) {
         name = ini_get_association(ini, name);
         if (name == nullptr) {
@@ -300,6 +301,7 @@ int ini_add(pINI_SETTINGS ini, const char *name, const char *value) {
         if (list_struct *setting = find_setting(ini, name)) {
             return replace_value(ini, setting, value, entry.password != 0);
         }
+        // As every lookup that finds nothing leaves it.
         list_last(&ini->settings);
     }
     return append_setting(ini, name, value, entry.password != 0);
@@ -330,7 +332,7 @@ heap_text ini_update(pINI_SETTINGS ini, const char *value) {
     if (ini == nullptr || value == nullptr) {
         return nullptr;
     }
-    list_struct *node = value_given_last(ini->settings);
+    list_struct *node = value_returned_last(ini->settings);
     heap_text copy = node != nullptr ? copy_text(ini, item_text(node->pre), value) : nullptr;
     if (!copy) {
         return nullptr;

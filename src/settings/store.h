@@ -5,8 +5,8 @@
 //
 // The store owns copies of its names and values; a value that a lookup returns lives until that
 // setting is replaced or removed. There is one iteration point, which every lookup and change
-// moves. For a null store the procedures return 0 or null. Using a store that was never initialised
-// is a fault of the program: perror prints it (POSIX) and the process exits with status 1.
+// moves. For a null store the procedures return 0 or null. For a store that was never initialised
+// they print the system's error report (perror, POSIX) and end the process with status 1.
 #pragma once
 
 #include "core/format.h"
@@ -17,10 +17,13 @@
 inline constexpr const char *ini_library = "INI v1.3c";
 inline constexpr int ini_init_value = 32000;
 
+// A settings file is read in pieces of 510 characters and a NUL: a longer line is several.
+inline constexpr std::size_t setting_piece_size = 511;
+
 struct INI_NAMES_INFO {
     const char *name;          // null ends a table
     const char *default_value; // may be null
-    int multi_lines;           // the name may occur many times: every add appends
+    int multi_lines;           // the name may have many values: every add appends
     int password;              // the value is masked in log messages
 };
 
@@ -105,20 +108,10 @@ LINK_LIST ini_get_multi_value(pINI_SETTINGS ini, const char *want_name);
 // they return null or an empty list. `id` is not checked.
 const char *ini_value_num(pINI_SETTINGS ini, int id);
 const char *ini_next_value_num(pINI_SETTINGS ini, int id);
-// Fixed interface, not called yet:
-LINK_LIST ini_get_multi_value_num(pINI_SETTINGS ini, int id);
 
 // The same, but they return "" in place of null.
 const char *ini_value2(pINI_SETTINGS ini, const char *want_name, int associations);
 const char *ini_value2_num(pINI_SETTINGS ini, int id);
-// Fixed interface, not called yet:
-const char *ini_next_value2(pINI_SETTINGS ini, const char *want_name);
-const char *ini_next_value2_num(pINI_SETTINGS ini, int id);
-
-// Return 1 if the value begins with "yes" or "on", in any case; otherwise -1 (not 0), also if there
-// is no value. Fixed interface, not called yet.
-int ini_true(pINI_SETTINGS ini, const char *want_name);
-int ini_true_num(pINI_SETTINGS ini, int id);
 
 // --- Messages ---
 
@@ -148,3 +141,15 @@ int ini_save(pINI_SETTINGS ini, const char *filename, const char *written_by);
 
 // ini_save to a file that gets no more rights than `most` has.
 int ini_save_limited(pINI_SETTINGS ini, const char *filename, const char *written_by, mode_t most);
+
+// --- Part of the fixed interface; the program itself does not call these ---
+
+// ini_get_multi_value and ini_next_value by position, or with "" in place of null.
+LINK_LIST ini_get_multi_value_num(pINI_SETTINGS ini, int id);
+const char *ini_next_value2(pINI_SETTINGS ini, const char *want_name);
+const char *ini_next_value2_num(pINI_SETTINGS ini, int id);
+
+// Return 1 if the value begins with "yes" or "on", in any case; otherwise -1 (not 0), also if there
+// is no value.
+int ini_true(pINI_SETTINGS ini, const char *want_name);
+int ini_true_num(pINI_SETTINGS ini, int id);

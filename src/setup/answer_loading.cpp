@@ -88,7 +88,7 @@ void restore(pINI_SETTINGS ini, answer_position position, const std::optional<st
     if (value) {
         set_answer(ini, position, value->c_str());
     } else {
-        ini_remove_all(ini, ans_values[position].name);
+        remove_answer(ini, position);
     }
 }
 

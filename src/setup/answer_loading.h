@@ -9,11 +9,13 @@
 
 // Loads a settings file as ini_load does and returns its result.
 //
-// From a file that somebody else than root and the one who runs the program can write, or replace,
-// takes as prod_name only a product, as cgi_name and wml_name only bare file names, and as a
-// directory that no question shows (install_dir, manual, bulletin_path) only one that belongs to
-// the same user as the file. From no file takes another directory than the one typed in this run.
-// What is not taken stays as it was; the log says why.
+// A file that somebody else than root and the one who runs the program can write or replace may set
+// - prod_name only to a product,
+// - cgi_name and wml_name only to bare file names,
+// - a directory that no question shows (install_dir, manual, bulletin_path) only to one of the same
+//   user as the file.
+// No file changes a directory that was typed in this run. A refused answer keeps its value; the
+// refusal is logged.
 int load_answers(pINI_SETTINGS ini, const char *path);
 
 // Marks the answer, a directory, as typed in this run.
@@ -23,6 +25,6 @@ void mark_typed(answer_position position);
 // pattern or a list of patterns reads as more than itself.
 bool is_bare_name(const char *name);
 
-// The bits that the mode of saved answers may have: a group, or others, that may not read one of
-// the files loaded by load_answers have no rights to them.
+// Returns the mode bits that the saved answers may have. A group, or others, that may not read one
+// of the files loaded by load_answers get none.
 mode_t saved_answers_mode();

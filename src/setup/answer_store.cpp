@@ -62,6 +62,10 @@ void replace_answer(pINI_SETTINGS ini, answer_position position, const char *val
     ini_update(ini, value);
 }
 
+void remove_answer(pINI_SETTINGS ini, answer_position position) {
+    ini_remove_all(ini, ans_values[position].name);
+}
+
 std::vector<std::string> answer_values(pINI_SETTINGS ini, answer_position position) {
     std::vector<std::string> values;
     for (const char *value = ini_value_num(ini, position); value != nullptr;

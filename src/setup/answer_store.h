@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-// Positions in the names table.
+// Positions in the names table. A position is not a question: D_MANUAL is where the answer is kept,
+// D_MANUAL_Q (dialogue/questions.h) asks for it.
 enum answer_position : int {
     D_INSTALL_DIR,    // installation directory; reads as the templates directory when absent
     D_WAP_TEMPLATES,  // directory of the WML templates
@@ -38,8 +39,8 @@ enum answer_position : int {
     D_SET,            // .ini settings of the customise flow
     D_BODY_ADD,       // e-mail footer lines of the customise flow
     D_ALLOW_HOST,     // hosts that users may log in to
-    D_BRAMBLE,        // templates of the sibling product Bramble
-    D_ADMIN_EMAIL,    // e-mail address of the Bramble administrator
+    D_BRAMBLE,        // templates of the sibling product Bramble (no flow sets it)
+    D_ADMIN_EMAIL,    // e-mail address of the Bramble administrator (no flow sets it)
     D_LOG_LVL,        // log level recorded for the product
     D_LAST
 };
@@ -47,8 +48,8 @@ enum answer_position : int {
 // Every answer of the run.
 extern INI_SETTINGS gxvalues;
 
-// The names by position (D_LAST of them and the end record), and the name whose value an absent one
-// borrows.
+// The names by position (D_LAST of them and the end record), and the associations: the name whose
+// value stands in for a missing one.
 extern const INI_NAMES_INFO ans_values[D_LAST + 1];
 extern const char *const ans_associations[];
 
@@ -58,16 +59,19 @@ extern int gxdat_found;
 // The file of saved answers, in the current directory and in the installation directory.
 inline constexpr const char *answers_file = "gxsetup.dat";
 
-// The mail host and domain names that stand until the administrator gives real ones.
+// Stores placeholders for the mail hosts and the domain, until the administrator types real names.
 void add_placeholder_hosts(pINI_SETTINGS ini);
 
-// Stores an answer by position; the result of ini_add.
+// Stores an answer by position. Returns the result of ini_add.
 int set_answer(pINI_SETTINGS ini, answer_position position, const char *value);
 
-// Replaces the first value of an answer that is there.
+// Replaces the first value of a stored answer.
 void replace_answer(pINI_SETTINGS ini, answer_position position, const char *value);
 
-// All values of an answer, in their order.
+// Removes all values of an answer.
+void remove_answer(pINI_SETTINGS ini, answer_position position);
+
+// Returns all values of an answer, in their order.
 std::vector<std::string> answer_values(pINI_SETTINGS ini, answer_position position);
 
 // Whether an answer is a stored yes.

@@ -50,7 +50,7 @@ void start_answers() {
     add_placeholder_hosts(answers());
 }
 
-void print_banner() {
+void print_defaults_banner() {
     print("To create a file of defaults for use in gxsetup, answer the following questions\n");
     print("Notes: Suggestions are shown in square brackets [thus]\n");
     print("       Just press Enter to accept suggestion.\n");
@@ -77,6 +77,7 @@ void ask_hosts(bool is_imap) {
     } else {
         set_answer(answers(), D_POPHOST, question(I_SPOP_Q, suggestion.c_str()));
     }
+    // Also after the imap question: the pop host's placeholder then decides what is suggested.
     path_text pop_host(ini_value_num(answers(), D_POPHOST));
     set_answer(answers(), D_POPHOST, strlwr(pop_host.data()));
     if (pop_host.view().starts_with("pop")) {
@@ -85,11 +86,12 @@ void ask_hosts(bool is_imap) {
     set_answer(answers(), D_SMTPHOST, question(I_SSMTP_Q, suggestion.c_str()));
 }
 
-// The name of the file to write. Prints and logs why a name is refused and returns "".
+// Returns the name of the file to write. If it is refused prints and logs why and returns "".
 path_text ask_file(const path_text &op_system) {
     path_text suggestion;
     suggestion.format("gxdflt_%s.dat", op_system.c_str());
     path_text name(question(F_DFLTFILE_Q, suggestion.c_str()));
+    // Required: the first dot counts, so that "a.b.dat" is refused.
     const std::size_t dot = name.view().find('.');
     if (dot == std::string_view::npos) {
         name.append(".dat");
@@ -115,7 +117,7 @@ int save_answers(const path_text &name) {
 
 int make_dflt() {
     start_answers();
-    print_banner();
+    print_defaults_banner();
     ask_answer(answers(), D_VERSION, I_VER_Q);
     set_answer(answers(), D_PROD_NAME, question(I_PROD_Q, "plover"));
     const path_text op_system(ask_answer(answers(), D_OP_SYSTEM, I_OPSYS_Q));
@@ -127,7 +129,8 @@ int make_dflt() {
     set_answer(answers(), D_TEMPLATES, product_or_osprey(product_name()).*defaults.templates);
     ask_directories();
     ask_hosts(is_imap);
-    ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
+    // The file suggests the host of one protocol only.
+    remove_answer(answers(), is_imap ? D_POPHOST : D_IMAPHOST);
     set_answer(answers(), D_WML, question(YN_WML_Q, "NO", ini_value_num(answers(), D_WML_NAME)));
     const path_text name = ask_file(op_system);
     return name.empty() ? 0 : save_answers(name);

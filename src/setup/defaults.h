@@ -1,6 +1,6 @@
 // The defaults-file maker: asks a distributor what a product's setup should suggest and saves the
-// answers as a settings file. Saved as gxdflt.dat beside the product, it is what the session starts
-// from. main runs it.
+// answers as a settings file. The session starts from that file if it is beside the product as
+// gxdflt.dat. main runs this.
 #pragma once
 
 // Asks its questions and saves the answers in a file of the name given last, whose ending must be

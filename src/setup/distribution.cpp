@@ -3,5 +3,5 @@
 #include "core/format.h"
 
 std::string product_program(pINI_SETTINGS ini) {
-    return formatted("%s.%s", ini_value_num(ini, D_PROD_NAME), "cgi");
+    return formatted("%s.cgi", ini_value_num(ini, D_PROD_NAME));
 }

@@ -1,4 +1,5 @@
-// Where a distribution, unpacked in the current directory, keeps what. The flows copy from here.
+// The parts of a distribution, which lies unpacked in the current directory. The flows copy from
+// here.
 #pragma once
 
 #include "setup/answer_store.h"
@@ -10,5 +11,5 @@ inline constexpr const char *wap_source = "./wap";
 inline constexpr const char *images_source = "./img";
 inline constexpr const char *manuals_source = "./manuals";
 
-// The product's program in the current directory.
+// Returns the name of the product's program in the current directory.
 std::string product_program(pINI_SETTINGS ini);

@@ -4,8 +4,8 @@
 #include "setup/answer_loading.h"
 
 std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension) {
-    const char *directory = ini_value_num(ini, D_CGI_PATH);
-    return formatted("%s%c%s.%s", directory, '/', ini_value_num(ini, name), extension);
+    const std::string file = formatted("%s.%s", ini_value_num(ini, name), extension);
+    return path_in(ini_value_num(ini, D_CGI_PATH), file.c_str());
 }
 
 bool load_installed_ini(pINI_SETTINGS ini) {

@@ -1,11 +1,12 @@
-// An installed product: where its files lie and what it remembers.
+// An installed product: where its files are and what was saved with it. The flows find and load it
+// here.
 #pragma once
 
 #include "setup/answer_store.h"
 
 #include <string>
 
-// CGI_PATH/NAME.EXTENSION, NAME being the answer `name`.
+// Returns CGI_PATH/NAME.EXTENSION, where NAME is the answer `name`.
 std::string cgi_file(pINI_SETTINGS ini, answer_position name, const char *extension);
 
 // Load the .ini of the product installed as cgi_name, and the answers saved in its templates

@@ -44,6 +44,7 @@ void copy_flat_images(setup_job &job, int overwrite) {
         job.check(do_xcopy2(templates_source, pattern, images, overwrite));
     }
     announce("Copying VBS and JS files", "Copy vbs and js files.");
+    // The scripts lie beside the program, not among the templates.
     for (const char *pattern : {"*.vbs", "*.js"}) {
         job.check(do_xcopy(pattern, images, overwrite));
     }

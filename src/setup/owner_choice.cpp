@@ -15,6 +15,7 @@ void choose_owner(const account_sources &sources) {
     }
     gx_user = user->pw_uid;
     gx_group = user->pw_gid;
+    // Required: whatever the user.
     if (const group *nobody = find_group("nobody", sources)) {
         gx_group = nobody->gr_gid;
     }

@@ -4,8 +4,8 @@
 
 #include "files/accounts.h"
 
-// Makes "nobody" the owner, or else asks for a user name until the system knows it. The group is
-// the user's own, or "nobody" wherever that group exists, whatever the user. Always returns 1.
+// Makes the user "nobody" the owner; if the system has none, asks for a user name until it knows
+// one. The group is "nobody" if that exists, else the user's own. Always returns 1.
 int get_uid();
 
 // The same for the users and groups that the sources know.

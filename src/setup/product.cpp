@@ -6,7 +6,7 @@
 
 int prod_guess() {
     for (std::size_t number = 0; number < products.size(); number++) {
-        const std::string program = formatted("%s.%s", products[number].name, "cgi");
+        const std::string program = formatted("%s.cgi", products[number].name);
         if (file_exists(program.c_str()) == 1) {
             return static_cast<int>(number) + 1;
         }

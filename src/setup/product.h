@@ -1,4 +1,4 @@
-// Which product a distribution holds.
+// Which product a distribution holds. The session and the .ini writer ask.
 #pragma once
 
 // Returns which product's program lies in the current directory: 1 kestrel, 2 plover, 3 tanager,

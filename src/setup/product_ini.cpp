@@ -22,14 +22,12 @@
 
 namespace {
 
-constexpr std::size_t piece_size = 511; // 510 characters and a NUL
-
 // How lines begin that the sample may hold but this writer writes itself. "imaphos", without the t,
 // is required.
 constexpr std::array<std::string_view, 9> replaced_keys = {
     "domain",   "pophost", "imaphos",       "smtphost",        "templates",
     "workarea", "vlimg",   "bulletin_path", "allow_host_login"};
-constexpr std::string_view set_key = "tpl_set";
+constexpr std::string_view sets_key = "tpl_set";
 
 // The rules by which a product's file is written.
 struct ini_rules {
@@ -55,11 +53,11 @@ ini_rules rules_for(const char *prod) {
 bool is_replaced(std::string_view line, const ini_rules &rules) {
     return std::any_of(replaced_keys.begin(), replaced_keys.end(),
                        [line](std::string_view key) { return line.starts_with(key); }) ||
-           (rules.replaces_sets && line.starts_with(set_key));
+           (rules.replaces_sets && line.starts_with(sets_key));
 }
 
 void copy_sample(std::FILE *sample, std::FILE *file, const ini_rules &rules) {
-    std::array<char, piece_size> piece{};
+    std::array<char, setting_piece_size> piece{};
     for (std::string_view line = read_piece(sample, piece); !line.empty();
          line = read_piece(sample, piece)) {
         if (!is_replaced(line, rules)) {
@@ -100,7 +98,7 @@ void write_answers(std::FILE *file, pINI_SETTINGS ini, const ini_rules &rules) {
     write_lines(file, "allow_host_login", ini, D_ALLOW_HOST);
 }
 
-// "mail." before a domain name, nothing before an address of digits and dots.
+// Returns "mail." for a domain name, "" for an address of digits and dots.
 const char *host_prefix(std::string_view domain) {
     return domain.find_first_not_of("0123456789.") != std::string_view::npos ? "mail." : "";
 }
@@ -113,7 +111,7 @@ void guess_hosts(pINI_SETTINGS ini) {
     set_answer(ini, D_SMTPHOST, host.c_str());
 }
 
-// Reads the hosts that users may log in to, one a line, up to a line of one point.
+// Reads the hosts that users may log in to, one a line, until a line is a dot alone.
 void read_allowed_hosts(pINI_SETTINGS ini) {
     print("Enter a host and press enter, enter a . to finish\n");
     path_text line;
@@ -157,7 +155,7 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
         print_emsg("Can't write %s: %s", file, std::strerror(errno));
         return 0;
     }
-    do_copy(file, ini_value_num(ini, D_TEMPLATES), 1);
+    do_copy(file, ini_value_num(ini, D_TEMPLATES), 1); // required: a failure changes no result
     return 1;
 }
 
@@ -173,7 +171,7 @@ int do_ini_quest(pINI_SETTINGS ini, int guess) {
     }
     const char *host =
         is_imap ? ask_answer(ini, D_IMAPHOST, I_IMAP_Q) : ask_answer(ini, D_POPHOST, I_POP_Q);
-    set_answer(ini, D_SMTPHOST, host);
+    set_answer(ini, D_SMTPHOST, host); // what the smtp question will suggest
     if (has_sets && is_yes(question(I_ALLOW_HOST, "no", is_imap ? "IMAP" : "POP3"))) {
         read_allowed_hosts(ini);
     }
@@ -187,8 +185,10 @@ const char *get_URL(pINI_SETTINGS ini, path_text &url) {
     int common = 1;
     for (std::size_t at = cgi_path.find('/'); at != std::string_view::npos;
          at = cgi_path.find('/', at + 1)) {
+        // Required: compares text, not whole components.
         common += images.starts_with(cgi_path.substr(0, at)) ? 1 : 0;
     }
+    // Skips the parents that both share, and the directory below them: the document root.
     for (; common > 0; common--) {
         images = text_after(images, '/');
     }
@@ -219,6 +219,7 @@ int print_gxvalues(pINI_SETTINGS ini) {
                            : "ini file WILL NOT be overwritten\n\n");
     }
     if (replaces_ini) {
+        // Completes the line of an upgrade above.
         print("ini file settings\n");
         if (is_imap) {
             print("imap host:           %s\n", ini_value_num(ini, D_IMAPHOST));

@@ -19,8 +19,9 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file);
 // of the last ini_add.
 int do_ini_quest(pINI_SETTINGS ini, int guess);
 
-// Makes the relative URL of the images directory. The directory below the common parent of it and
-// the cgi directory is taken for the web server's document root. Returns the text of `url`.
+// Makes the relative URL of the images directory: its path below the document root, which is taken
+// to be the directory below the common parent of it and the cgi directory. Returns the text of
+// `url`.
 const char *get_URL(pINI_SETTINGS ini, path_text &url);
 
 // Shows all answers and asks whether to change any. Returns 1 for a change, else 0.

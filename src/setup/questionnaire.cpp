@@ -1,10 +1,23 @@
 #include "setup/questionnaire.h"
 
 #include "core/console.h"
+#include "core/format.h"
+#include "core/text.h"
 #include "dialogue/question.h"
 #include "setup/answer_loading.h"
 #include "setup/distribution.h"
 #include "templates/sets.h"
+
+namespace {
+
+default_set number_sets_of(pINI_SETTINGS ini, const char *directory) {
+    path_text vlimg;
+    const heap_text templates =
+        ask_template_sets(ini, directory, vlimg.data(), vlimg.buffer().size());
+    return {.templates = templates != nullptr ? templates.get() : "", .vlimg = vlimg.c_str()};
+}
+
+} // namespace
 
 void print_notes(bool offers_changes) {
     print("Notes: Defaults are shown [thus], just press enter to accept default\n");
@@ -50,22 +63,17 @@ void ask_wml(pINI_SETTINGS ini) {
     set_answer(ini, D_WML, question(YN_WML_Q, wanted, ini_value_num(ini, D_WML_NAME)));
 }
 
-set_choice number_sets(pINI_SETTINGS ini) {
-    set_choice choice;
-    const std::span<char> vlimg = choice.vlimg.buffer();
-    choice.templates = ask_template_sets(ini, templates_source, vlimg.data(), vlimg.size());
-    return choice;
+default_set number_sets(pINI_SETTINGS ini) {
+    return number_sets_of(ini, templates_source);
 }
 
 void number_wap_sets(pINI_SETTINGS ini) {
-    path_text vlimg;
-    const heap_text templates =
-        ask_template_sets(ini, wap_source, vlimg.data(), vlimg.buffer().size());
-    set_answer(ini, D_WAP_TEMPLATES, templates.get());
-    set_answer(ini, D_WAP_VLIMG, vlimg.c_str());
+    const default_set set = number_sets_of(ini, wap_source);
+    set_answer(ini, D_WAP_TEMPLATES, set.templates.c_str());
+    set_answer(ini, D_WAP_VLIMG, set.vlimg.c_str());
 }
 
-void store_choice(pINI_SETTINGS ini, const set_choice &choice) {
-    set_answer(ini, D_TEMPLATES, choice.templates.get());
-    set_answer(ini, D_VLIMG, choice.vlimg.c_str());
+void store_default_set(pINI_SETTINGS ini, const default_set &set) {
+    set_answer(ini, D_TEMPLATES, set.templates.c_str());
+    set_answer(ini, D_VLIMG, set.vlimg.c_str());
 }

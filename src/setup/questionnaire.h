@@ -2,15 +2,15 @@
 // of template sets.
 #pragma once
 
-#include "core/format.h"
-#include "core/text.h"
 #include "dialogue/questions.h"
 #include "setup/answer_store.h"
 
+#include <string>
+
 // --- Banners ---
 
-// Prints the lines that tell how to answer; the last one, that all answers can be changed at the
-// end, where `offers_changes` is set.
+// Prints how to answer. With `offers_changes` also prints that all answers can be changed at the
+// end.
 void print_notes(bool offers_changes);
 
 // Prints the banner of a questionnaire: rule, "... so I can VERB PRODUCT ...", notes, rule.
@@ -18,7 +18,8 @@ void print_questions_banner(pINI_SETTINGS ini, const char *verb);
 
 // --- Answers ---
 
-// Asks `quest_num` with the stored answer as default and stores the reply. The stored answer.
+// Asks `quest_num` with the stored answer as default and stores the reply. Returns the stored
+// answer.
 const char *ask_answer(pINI_SETTINGS ini, answer_position position, question_number quest_num);
 
 // Asks for the images directory with question `quest_num` until it is another directory than the
@@ -30,17 +31,17 @@ void ask_wml(pINI_SETTINGS ini);
 
 // --- Template sets ---
 
-// The default set of a questionnaire. A part that is missing leaves the answer as it is.
-struct set_choice {
-    heap_text templates;
-    path_text vlimg;
+// The default template set. A missing part is empty, and leaves the answer as it is when stored.
+struct default_set {
+    std::string templates; // its directory
+    std::string vlimg;     // the URL of its images
 };
 
-// Numbers the distribution's template sets; gives the default one.
-set_choice number_sets(pINI_SETTINGS ini);
+// Numbers the distribution's template sets. Returns the default one.
+default_set number_sets(pINI_SETTINGS ini);
 
-// Numbers the WML template sets; the default one becomes `wap_templates` and `wap_vlimg`.
+// Numbers the WML template sets. Stores the default one as `wap_templates` and `wap_vlimg`.
 void number_wap_sets(pINI_SETTINGS ini);
 
-// Makes the choice the answers `templates` and `vlimg`.
-void store_choice(pINI_SETTINGS ini, const set_choice &choice);
+// Stores the set as the answers `templates` and `vlimg`.
+void store_default_set(pINI_SETTINGS ini, const default_set &set);

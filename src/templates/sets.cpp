@@ -61,6 +61,7 @@ bool copy_common(const std::string &common, const std::vector<std::string> &copi
     for_each_name(names, count, [&](const char *name) {
         const std::string file = path_in(common, name);
         if (is_file(directory, name) && !(skip_words && name == word_list)) {
+            // After a failure copies nothing more; the loop goes on to free the names.
             is_complete = is_complete && copy_to_all(file, copied_sets);
         }
     });
@@ -76,14 +77,14 @@ int store_sets(pINI_SETTINGS ini, const char *dir, const char *key) {
     int number = 1;
     int default_number = 1;
     for (const std::string &set : find_sets(dir)) {
-        if (is_default_name(set)) {
+        if (is_default_name(set)) { // the last one counts
             default_number = number;
         }
         const char *name = set.c_str();
         const char *templates = ini_value2(ini, "templates", 1);
         const char *vlimg = ini_value2(ini, "vlimg", 1);
         const std::string line =
-            formatted("%d %s%c%s %s/%s %s Set", number, templates, '/', name, vlimg, name, name);
+            formatted("%d %s/%s %s/%s %s Set", number, templates, name, vlimg, name, name);
         ini_add(ini, key, line.c_str());
         number++;
     }
@@ -136,7 +137,7 @@ void words_copy(const char *path, const char *prefix, const char *names) {
         return;
     }
     found_names entries;
-    const int count = wild_find(formatted("%s%c*", path, '/').c_str(), entries);
+    const int count = wild_find(path_in(path, "*").c_str(), entries);
     for_each_name(entries, count, [&](const char *entry) {
         if (s_strncmp(entry, prefix, std::strlen(prefix)) != 0) {
             return;
@@ -160,6 +161,7 @@ heap_text ask_template_sets(pINI_SETTINGS ini, const char *dir, char *url, std::
     LINK_LIST lines;
     tpl_list(&lines, ini, key);
     heap_text templates;
+    // The default set's line goes first: that makes it the product's default.
     if (const heap_text line = remove_line(&lines, default_number)) {
         ini_add(ini, key, line.get());
         templates.reset(maistrdup(word_after(line.get(), 1).c_str()));
@@ -180,7 +182,7 @@ LINK_LIST *tpl_list(LINK_LIST *list, pINI_SETTINGS ini, const char *key) {
     while (const auto *value = static_cast<const char *>(list_get(&values))) {
         list_add(list, maistrdup(value));
     }
-    list_clear(&values);
+    list_clear(&values); // its texts are the store's
     ini_remove_all(ini, key);
     return list;
 }

@@ -23,9 +23,9 @@ namespace {
 constexpr int safe_category = 1;
 constexpr const char *list_file = "tmptlist.txt";
 
-constexpr const char *rule_of_78 =
+constexpr const char *dashes_78 =
     "------------------------------------------------------------------------------";
-constexpr const char *rule_of_77 =
+constexpr const char *dashes_77 =
     "-----------------------------------------------------------------------------";
 
 // A section of the list on the screen.
@@ -69,16 +69,12 @@ std::vector<TMPLT_INFO> classify_all(pINI_SETTINGS ini) {
     return templates;
 }
 
-bool is_in(const TMPLT_INFO &entry, int category) {
-    return entry.category == category;
-}
-
 void print_section(const section &shown, std::span<const TMPLT_INFO> templates) {
     bool is_empty = true;
-    print("\n%s\n", rule_of_77);
+    print("\n%s\n", dashes_77);
     print_lines(shown.title);
     for (const TMPLT_INFO &entry : templates) {
-        if (is_in(entry, shown.category)) {
+        if (entry.category == shown.category) {
             print("%-14.14s     Current template set: %s version %s\n", entry.name.c_str(),
                   entry.old_tmplt_set.c_str(), entry.old_tmplt_vers.c_str());
             print("              Distribution template set: %s version %s\n",
@@ -131,7 +127,7 @@ int do_upgrade_list(pINI_SETTINGS ini) {
     }
     print_upgrade_list(templates);
     if (std::any_of(templates.begin(), templates.end(),
-                    [](const TMPLT_INFO &entry) { return is_in(entry, safe_category); })) {
+                    [](const TMPLT_INFO &entry) { return entry.category == safe_category; })) {
         offer_safe_save(ini, templates);
     }
     if (save_upgrade_list(ini, templates) != 0) {
@@ -145,7 +141,7 @@ int do_upgrade_list(pINI_SETTINGS ini) {
 }
 
 int print_upgrade_list(std::span<const TMPLT_INFO> templates) {
-    print("%s\n", rule_of_78);
+    print("%s\n", dashes_78);
     print("gxsetup has scanned your template directory, comparing them to the templates\n"
           "in the current distribution set and has found some templates that have an\n"
           "upgraded template available. These templates have been put into one of three\n"
@@ -158,7 +154,7 @@ int print_upgrade_list(std::span<const TMPLT_INFO> templates) {
         for (const section &shown : sections) {
             print_section(shown, templates);
         }
-        print("%s", rule_of_77);
+        print("%s", dashes_77);
     }
     return 1;
 }
@@ -167,7 +163,7 @@ int safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
     int result = 1;
     print("\nUpdating unmodified template files");
     for (TMPLT_INFO &entry : templates) {
-        if (!is_in(entry, safe_category)) {
+        if (entry.category != safe_category) {
             continue;
         }
         const std::string path = path_in(templates_source, entry.name.c_str());

@@ -44,7 +44,7 @@ void load_old_settings(pINI_SETTINGS ini, bool has_sets) {
     if (has_sets) {
         // The old .ini names the default set's directory; the work area is the one above.
         set_answer(ini, D_TEMPLATES, ini_value_num(ini, D_WORKAREA));
-        ini_remove_all(ini, "tpl_set");
+        remove_answer(ini, D_TPL_SET);
     }
 }
 
@@ -60,8 +60,8 @@ void ask_url(pINI_SETTINGS ini) {
 } // namespace
 
 int gxupgrade_quest(pINI_SETTINGS ini) {
-    set_choice choice;
-    bool keeps_sets = false;
+    default_set chosen_set;
+    bool keeps_sets = false; // once true, it stays so in later passes (kept)
 
     dmsg("upgrade questions");
     for (;;) {
@@ -81,6 +81,7 @@ int gxupgrade_quest(pINI_SETTINGS ini) {
             }
             load_old_settings(ini, has_sets);
         }
+        // Only now: what was loaded must not undo the replies.
         set_answer(ini, D_CGI_PATH, cgi_path.c_str());
         set_answer(ini, D_REPLACE_TMPLTS, replaces.c_str());
         dmsg("Templates ?");
@@ -91,7 +92,7 @@ int gxupgrade_quest(pINI_SETTINGS ini) {
         ask_wml(ini);
         if (is_true_answer(ini, D_REPLACE_TMPLTS)) {
             if (has_sets) {
-                choice = number_sets(ini);
+                chosen_set = number_sets(ini);
             }
             if (is_true_answer(ini, D_WML)) {
                 number_wap_sets(ini);
@@ -100,7 +101,7 @@ int gxupgrade_quest(pINI_SETTINGS ini) {
         dmsg("Action to upgrade");
         set_answer(ini, D_ACTION, "upgrade");
         if (print_gxvalues(ini) == 0) {
-            store_choice(ini, choice);
+            store_default_set(ini, chosen_set);
             return 1;
         }
         firsttime = false;

@@ -19,8 +19,8 @@
 
 namespace {
 
-// The flag of a template copy that leaves the sets without the word list.
-constexpr int without_words = 1;
+// For do_template_copy: leaves the word list of "common" out.
+constexpr int skip_words = 1;
 
 bool create_directories(const setup_job &job) {
     if (make_owned_dir(job.answer(D_VLIMG_DIR), images_mode) == 0) {
@@ -38,7 +38,7 @@ void replace_templates(setup_job &job) {
         job.check(do_xcopy2(templates_source, "*.*", install_dir, 1));
         return;
     }
-    do_template_copy(templates_source, install_dir, without_words);
+    do_template_copy(templates_source, install_dir, skip_words);
     if (job.wants_wml) {
         do_template_copy(wap_source, install_dir, 0);
     }
@@ -51,6 +51,7 @@ void copy_templates(setup_job &job, int overwrite) {
         do_upgrade_list(job.ini);
         announce("Copying new template files");
     }
+    // Required: also after replace_templates, which copied the same files.
     job.check(do_xcopy2(templates_source, job.has_sets ? "*" : "*.*", job.answer(D_INSTALL_DIR),
                         overwrite));
 }
@@ -61,8 +62,8 @@ void copy_images(setup_job &job, int overwrite) {
         return;
     }
     announce("Copying graphic and wav files");
-    do_template_copy(images_source, job.answer(D_VLIMG_DIR), without_words);
-    do_template_copy(images_source, job.below_install_dir("img").c_str(), without_words);
+    do_template_copy(images_source, job.answer(D_VLIMG_DIR), skip_words);
+    do_template_copy(images_source, job.below_install_dir("img").c_str(), skip_words);
 }
 
 void copy_programs(setup_job &job) {
@@ -75,7 +76,7 @@ void copy_programs(setup_job &job) {
 
 void write_ini(setup_job &job, bool replaces_ini) {
     if (replaces_ini) {
-        dmsg("Creaing new ini file");
+        dmsg("Creaing new ini file"); // spelled so in every log (kept)
         print("\nCreating new %s.ini file", job.answer(D_PROD_NAME));
     } else {
         dmsg("Creaing .new file");
@@ -87,7 +88,7 @@ void write_ini(setup_job &job, bool replaces_ini) {
 // Required: the first WML set is left out.
 void use_wap_sets_as_template_sets(pINI_SETTINGS ini) {
     const std::vector<std::string> sets = answer_values(ini, D_WML_TPL_SET);
-    ini_remove_all(ini, "tpl_set");
+    remove_answer(ini, D_TPL_SET);
     for (std::size_t number = 1; number < sets.size(); number++) {
         set_answer(ini, D_TPL_SET, sets[number].c_str());
     }
@@ -128,13 +129,14 @@ bool offer_originals(const setup_job &job, int overwrite) {
 }
 
 void offer_clean_up(const setup_job &job) {
+    // Unpacked in the installation directory, the distribution is part of the installation.
     if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
         return;
     }
     if (is_yes(question(YN_DELTEMP_Q, "YES"))) {
         dmsg("Deleting temporary files");
         print("\nDeleting temporary files");
-        do_tmprmv(job.ini, "*");
+        do_tmprmv(job.ini, "*"); // required: a failure changes no result
     }
 }
 
@@ -176,5 +178,6 @@ int gxupgrade(pINI_SETTINGS ini) {
     }
     offer_clean_up(job);
     print_thanks(job, "upgrading");
+    // Required: also if a copy failed, which print_outcome has said.
     return 1;
 }

@@ -94,7 +94,7 @@ void ask_product() {
         if (find_product(reply.c_str()) != nullptr) {
             return;
         }
-        print("Please enter either plover, kestrel or tanager");
+        print("Please enter either plover, kestrel or tanager"); // osprey is taken as well (kept)
     }
 }
 
@@ -112,6 +112,7 @@ void settle_product() {
 
 void settle_images_directory() {
     const product *found = find_product(answer(D_PROD_NAME));
+    // Required: also over a loaded answer.
     if (found != nullptr && found->images_directory != nullptr) {
         set_answer(answers(), D_VLIMG_DIR, found->images_directory);
     }
@@ -215,7 +216,7 @@ flow_number choose_flow() {
             flow = choose_upgrade();
             break;
         case 3:
-            dmsg("Case 4: Remove product");
+            dmsg("Case 4: Remove product"); // the number of the flow, not of the choice
             flow = flow_remove;
             break;
         case 4:
@@ -246,7 +247,7 @@ void save_answers() {
 
 void close_session() {
     if (is_action("install")) {
-        set_answer(answers(), D_ACTION, "upgrade");
+        set_answer(answers(), D_ACTION, "upgrade"); // what the next run offers
     }
     if (!is_action("custom") && !is_action("remove")) {
         save_answers();
@@ -270,6 +271,7 @@ flow_number begin_session() {
 
     print_banner();
     if (is_in_templates_directory()) {
+        // Required: the menu offers 3 for it, the number of the flow, which there is the removal.
         set_answer(answers(), D_ACTION, "custom");
     }
     const flow_number flow = choose_flow();

@@ -28,7 +28,7 @@ void put(std::string_view text) {
 }
 
 // The UTF-8 sequences of more than one byte (RFC 3629): the ranges of the first and the second
-// byte. All others are 80 to BF.
+// byte. All further bytes are 80 to BF.
 struct utf8_form {
     std::string_view first;
     std::string_view second;
@@ -61,8 +61,8 @@ std::string_view first_character(std::string_view text) {
     return text.substr(0, 1);
 }
 
-// The control characters of ASCII; those behind them, as UTF-8 and as the single bytes that many
-// terminals take for them.
+// The control characters of ASCII, and U+0080 to U+009F: in UTF-8, and as the single bytes that
+// many terminals still obey.
 bool is_control(std::string_view character) {
     return character <= "\x1F" || (character >= "\x7F" && character <= "\x9F") ||
            (character >= "\xC2\x80" && character <= "\xC2\x9F");
@@ -100,6 +100,7 @@ void print_lines(std::string_view text) {
 
 void print_dot() {
     put(".");
+    // Terminals are line-buffered (ISO C 7.21.3): the dots of one line would all show at its end.
     if (is_terminal()) {
         std::fflush(stdout);
     }
@@ -110,7 +111,7 @@ void gather_output(std::string *text) {
 }
 
 bool read_line(std::span<char> line) {
-    std::fflush(stdout);
+    std::fflush(stdout); // a prompt has no line end
     return !read_piece(stdin, line).empty();
 }
 

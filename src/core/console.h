@@ -11,12 +11,12 @@
 inline constexpr const char *dashed_rule =
     "-------------------------------------------------------------------------------";
 
-// Prints to the console. The format is the program's own words; a text that is put in (%s) may come
-// from anywhere, so that it is printed as_shown.
+// Prints to the console. The format is the program's own; a text argument (%s) may come from
+// anywhere and is printed as_shown.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
 
-// Prints a text whose line feeds and tabs are its layout: a text of several lines that is the
-// program's own or has gone through as_shown, or one of the distribution.
+// Prints a text of several lines, whose line feeds and tabs are its layout: the program's own, the
+// distribution's, or one that as_shown returned.
 void print_lines(std::string_view text);
 
 // Returns a name, answer or other text from outside as the console shows it: without_controls at a
@@ -24,10 +24,10 @@ void print_lines(std::string_view text);
 std::string as_shown(std::string_view text);
 
 // Returns the text with a "?" for each control character but those in `kept`: nothing in it can
-// hide, move or rewrite what a terminal shows. What is valid UTF-8 and no control character stays.
+// hide, move or rewrite what a terminal shows. Valid UTF-8 stays as it is.
 std::string without_controls(std::string_view text, std::string_view kept = "");
 
-// Prints the "." that stands for one file copied or removed. Flushed at once at a terminal.
+// Prints the "." of one file copied or removed. Flushed at once if stdout is a terminal.
 void print_dot();
 
 // Gathers what is printed from here on in `text`, as it would show; null shows it again.

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view missing_text = "<NULL>";
 
-// What stands between a "%" and the letter of its conversion, and that letter.
+// A conversion: what is between the "%" and its letter, and that letter.
 struct conversion {
     bool left = false;
     std::size_t width = 0;
@@ -45,8 +45,8 @@ conversion read_conversion(std::string_view text) {
     return found;
 }
 
-// A copy of the caller's list in a record, so that its arguments can be taken off it by reference
-// whatever type va_list is.
+// A copy of the caller's list in a record, which can be passed by reference whatever type va_list
+// is (an array on some machines, ISO C 7.16).
 struct argument_list {
     std::va_list list;
 
@@ -77,7 +77,7 @@ void put_text(std::string &out, const conversion &how, const char *text, text_fi
 }
 
 void put_number(std::string &out, const conversion &how, long long number, int base) {
-    std::array<char, 16> digits{};
+    std::array<char, 16> digits{}; // holds any 32-bit number in base 10 or 16
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, base).ptr;
     put_field(out, how, std::string_view(digits.data(), end));
 }
@@ -88,7 +88,7 @@ void put_character(std::string &out, const conversion &how, argument_list *argum
     put_field(out, how, std::string(count, static_cast<char>(next<int>(arguments))));
 }
 
-// Puts one conversion. False for a kind that is none.
+// Appends one conversion. Returns false for a kind that it does not know.
 bool put_conversion(std::string &out, const conversion &how, argument_list *arguments,
                     text_filter filter) {
     switch (how.kind) {
@@ -124,6 +124,7 @@ std::string format_all(std::string_view format, argument_list *arguments, text_f
         format.remove_prefix(percent + 1);
         conversion how = read_conversion(format);
         if (arguments == nullptr) {
+            // A second formatting ignores flags, width and precision.
             how = {.kind = how.kind, .length = how.length};
         }
         if (put_conversion(out, how, arguments, filter)) {

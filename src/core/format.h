@@ -1,6 +1,6 @@
 // The program's printf: console, log, paths and files are all formatted here. It knows %s, %d, %i,
 // %u, %x, %c and %% with a width and the flag "-", and %s with a precision. A null argument for %s
-// prints <NULL>; any other conversion stands as it is. Formatting never fails.
+// prints <NULL>; any other conversion is printed as it is written. Formatting never fails.
 #pragma once
 
 #include <cstdarg>
@@ -11,26 +11,26 @@
 #include <string>
 #include <string_view>
 
-// A printf-style receiver of messages, as lists and stores take them.
+// A printf-style procedure that receives the messages of a list or a store.
 using message_function = int (*)(const char *format, ...);
 
-// What is made of a text argument before it is put in.
+// Changes a text argument before it is formatted.
 using text_filter = std::string (*)(std::string_view text);
 
-// Return the formatted text, whatever its length. With a filter, each %s goes through it after its
-// precision has cut it.
+// Return the formatted text, whatever its length. A filter changes each %s, after its precision
+// has cut it.
 [[gnu::format(printf, 1, 2)]] std::string formatted(const char *format, ...);
 std::string vformatted(const char *format, std::va_list arguments, text_filter filter = nullptr);
 
-// Formats into a stream. False if the stream did not take everything.
+// Formats into a stream. Returns false if a write fails.
 [[gnu::format(printf, 2, 3)]] bool format_file(std::FILE *file, const char *format, ...);
 
-// Reads an already formatted text as a format once more, with no arguments left: %% becomes %, %s
-// reads as <NULL>, %d, %i, %u and %x as 0, %c as nothing (flags, width and precision before them
-// are passed over); anything else stands as it is.
+// Formats an already formatted text once more, with no arguments left: %% becomes %, %s becomes
+// <NULL>, %d, %i, %u and %x become 0, %c becomes nothing (their flags, width and precision are
+// ignored); anything else is printed as it is written.
 std::string format_without_arguments(std::string_view text);
 
-// A copy of `text` with each % doubled, for a receiver that will read it as a format.
+// Returns `text` with each % doubled, for a receiver that will use it as a format.
 std::string double_percents(std::string_view text);
 
 // A text in a buffer of `size` bytes: at most size - 1 characters and a NUL. What does not fit is
@@ -44,7 +44,7 @@ class bounded_text {
     explicit bounded_text(const char *text) { assign(text); }
     explicit bounded_text(std::string_view text) { assign(text); }
 
-    // A null text gives "".
+    // A null text counts as "".
     bounded_text &assign(const char *text) {
         return assign(text != nullptr ? std::string_view(text) : std::string_view());
     }

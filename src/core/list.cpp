@@ -192,7 +192,7 @@ void *list_remove(LINK_LIST *list) {
     if (!is_usable(list)) {
         return nullptr;
     }
-    // Required: with the cursor on the first node or past the end the last node goes.
+    // Required: removes the last node if the cursor is on the first or past the end.
     list_struct *node = list->current != nullptr ? list->current->pre : nullptr;
     if (node == nullptr) {
         node = list->last;
@@ -214,6 +214,7 @@ void *list_remove_num(LINK_LIST *list, int id) {
     if (id >= list->num) {
         list_last(list);
     } else {
+        // One too far, as after list_get: list_remove removes the node before the cursor.
         list_forward_num(list, id + 1);
     }
     return list_remove(list);
@@ -252,7 +253,7 @@ int list_clear_dealloc(LINK_LIST *list) {
     if (!is_usable(list)) {
         return 0;
     }
-    // Required: from the tail, and no further than a null item.
+    // Required: goes from the tail, and stops at a null item.
     for (const list_struct *node = list->last; node != nullptr && node->item != nullptr;
          node = node->pre) {
         std::free(node->item);
@@ -282,7 +283,7 @@ int list_emsg(LINK_LIST *list, const char *format, ...) {
         return 0;
     }
     if (list->emsg != nullptr) {
-        path_text whole_format;
+        path_text whole_format; // required: its 511 characters bound the format too
         whole_format.format("LIST: %s", format);
         std::va_list arguments;
         va_start(arguments, format);

@@ -22,7 +22,7 @@ struct LINK_LIST {
     int num = 0;                     // items
     message_function emsg = nullptr; // receives errors; may be null
     list_struct *first = nullptr;
-    list_struct *current = nullptr; // whose item list_get gives next; null past the end
+    list_struct *current = nullptr; // the cursor: what list_get returns next; null past the end
     list_struct *last = nullptr;
 };
 
@@ -37,6 +37,10 @@ int list_init(LINK_LIST *list, message_function emsg);
 // Return 1.
 int list_start(LINK_LIST *list);
 int list_last(LINK_LIST *list);
+
+// Moves one node forward; from past the end to the first. Returns 1 if the cursor is on a node
+// afterwards, else -1.
+int list_forward(LINK_LIST *list);
 
 // Moves n nodes forward; from past the end the first step reaches the first node. Stops and returns
 // -1 at a step that leaves the list, else returns 1.
@@ -55,12 +59,12 @@ int list_add(LINK_LIST *list, void *item);
 // 1, or 0 if memory runs out.
 int list_add_current(LINK_LIST *list, void *item);
 
-// Takes out the item that the last list_get returned: the node before the cursor, or the last node
-// if the cursor is on the first or past the end (so right after list_start the last item goes).
+// Removes the item that the last list_get returned: the node before the cursor, or the last node if
+// the cursor is on the first or past the end (so right after list_start the last item is removed).
 // The cursor ends on the node after it. Returns the item, null if the list is empty.
 void *list_remove(LINK_LIST *list);
 
-// Takes out the item at position `id`; any id outside the list takes the last item.
+// Removes and returns the item at position `id`; the last item for any id outside the list.
 void *list_remove_num(LINK_LIST *list, int id);
 
 // Empty the list, without and with freeing the items. Return 1.
@@ -73,17 +77,13 @@ int list_num(LINK_LIST *list);
 // items, 0 if an append fails.
 int list_list(LINK_LIST *list, LINK_LIST *list2);
 
-// Hands "LIST: " and the formatted message to the list's error receiver, if it has one. Returns 1.
+// Passes "LIST: " and the formatted message to the list's error receiver, if it has one. Returns 1.
 [[gnu::format(printf, 2, 3)]] int list_emsg(LINK_LIST *list, const char *format, ...);
 
 // --- Part of the fixed interface; the program itself does not call these ---
 
-// Move one node; from past the end to the first or the last. Return 1 if the cursor is on a node
-// afterwards, else -1.
-int list_forward(LINK_LIST *list);
+// list_forward and list_forward_num the other way.
 int list_back(LINK_LIST *list);
-
-// list_forward_num the other way.
 int list_back_num(LINK_LIST *list, int n);
 
 // Returns the item under the cursor and moves the cursor back by one.
@@ -97,6 +97,6 @@ void *list_get_num(LINK_LIST *list, int id);
 int list_is_last(LINK_LIST *list, const void *item);
 int list_is_first(LINK_LIST *list, const void *item);
 
-// Takes out the node under the cursor, or the last. Neither `first` nor `current` is brought up to
-// date: call list_start before anything else, and never use it on the first node.
+// Removes the node under the cursor, or the last, and returns its item. Updates neither `first` nor
+// `current`: call list_start before anything else, and never use it on the first node.
 void *list_remove_next(LINK_LIST *list);

@@ -45,7 +45,7 @@ int rotate_logs();
 
 // --- Part of the fixed interface; the program itself does not call these ---
 
-// The name of a level, null outside 0 to 2; the level of an exact name, or -1.
+// Return the name of a level, or null outside 0 to 2; the level of an exact name, or -1.
 const char *get_loglvl_name(int level);
 int get_loglvl_id(const char *name);
 

@@ -1,5 +1,5 @@
-// Paths ("/" only): how they are joined, taken apart and shown. Every module that names a file
-// builds the name here.
+// Paths ("/" only): joining, splitting and showing them. Every module that names a file builds the
+// name here.
 //
 // Functions that return a `char *` keep it in one buffer each, overwritten by the next call of the
 // same function; copy what is needed longer.
@@ -13,12 +13,12 @@
 // The longest path the program acts on.
 inline constexpr std::size_t path_limit = path_text::capacity;
 
-// The path of `name` in `directory`. A null text is joined as <NULL>.
+// Returns DIRECTORY/NAME. A null text is joined as <NULL>.
 std::string path_in(const char *directory, const char *name);
 std::string path_in(const std::string &directory, const char *name);
 
-// The path as the message of a failure shows it. For ENAMETOOLONG it is cut after 400 characters,
-// so that the error text still fits behind it.
+// Returns the path as the message of a failure shows it. For ENAMETOOLONG it is cut at 400
+// characters so that the error text still fits.
 std::string shown_path(const char *path, int error);
 
 // Whether a name is "." or "..".

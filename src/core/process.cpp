@@ -90,7 +90,7 @@ std::optional<std::string> output_of(std::vector<std::string> words, std::size_t
     file_descriptor from_program(ends[0]);
     file_descriptor to_pipe(ends[1]);
     const started_program program = start_program(std::move(words), to_pipe.number());
-    to_pipe.close();
+    to_pipe.close(); // or reading would never end: the pipe would keep a writer
     if (program.error != 0) {
         errno = program.error;
         return std::nullopt;

@@ -1,5 +1,5 @@
-// What the program calls itself. Every banner, comment line and log line that names the program
-// takes the text from here; the build reads the package version out of it.
+// The program's name and version, as every banner, comment line and log line shows them. The build
+// reads the package version from here.
 #pragma once
 
 inline constexpr const char *program_version = "gxsetup, version 3.0h";

@@ -14,6 +14,7 @@
 
 namespace {
 
+// Characters compare as unsigned, as those of strcmp do (ISO C 7.24.4).
 int upper(char character) {
     return std::toupper(static_cast<unsigned char>(character));
 }
@@ -36,8 +37,8 @@ int compare_counted(const char *a, const char *b, std::size_t n, int (*fold)(cha
     return 0;
 }
 
-// Moves the records from lb to ub that are smaller than the middle one before it and the greater
-// ones behind it. Returns its place.
+// Moves the records from lb to ub that are smaller than the middle one to its left and the greater
+// ones to its right. Returns where the middle one ends up.
 char *part_segment(char *lb, char *ub, std::size_t size,
                    int (*compar)(const void *, const void *)) {
     const std::size_t records = static_cast<std::size_t>(ub - lb) / size;
@@ -75,7 +76,7 @@ char *ncpy(char *dst, const char *src, std::size_t len) {
     const std::size_t length = ::strnlen(src, len);
     std::memmove(dst, src, length);
     dst[length] = '\0';
-    dst[len] = '\0';
+    dst[len] = '\0'; // required, also after a shorter text
     return dst + length;
 }
 
@@ -118,6 +119,7 @@ int s_strcmp(const char *a, const char *b) {
     if (a == nullptr || b == nullptr) {
         return 1;
     }
+    // Required: the difference itself; of strcmp only the sign is certain (ISO C 7.24.4.2).
     const int difference = byte_of(*a) - byte_of(*b);
     return difference != 0 ? difference : std::strcmp(a, b);
 }
@@ -212,6 +214,7 @@ const char *s_stristr(const char *hay, const char *needle) {
     const std::string_view what(needle);
     const auto found = std::search(where.begin(), where.end(), what.begin(), what.end(),
                                    [](char one, char other) { return upper(one) == upper(other); });
+    // An empty needle is found at the start of any text, where an empty one ends as well.
     return found == where.end() && !what.empty() ? nullptr : hay + (found - where.begin());
 }
 
@@ -244,7 +247,7 @@ char *s_strtoken(const char *string, const char *sep) {
         *separator = '\0';
         position = separator + 1;
     } else {
-        position = nullptr;
+        position = nullptr; // that was the last token
     }
     return token;
 }

@@ -14,7 +14,7 @@ struct text_freer {
     void operator()(char *text) const { std::free(text); }
 };
 
-// A text on the heap (malloc), freed when it goes.
+// A text on the heap (malloc), freed at the end of its scope.
 using heap_text = std::unique_ptr<char, text_freer>;
 
 // Copies `src` into `dst` of `len` bytes, cut if need be. Returns `dst`; a null on either side
@@ -32,12 +32,15 @@ int s_stricmp(const char *a, const char *b);
 int s_strncmp(const char *a, const char *b, std::size_t n);
 int s_strnicmp(const char *a, const char *b, std::size_t n);
 
-// Lower-cases A to Z in place, nothing else, and returns the text, which may not be null.
+// Lower-case a text in place and return it. strlwr changes A to Z only, and its text may not be
+// null; s_strlwr changes what the C library (tolower, ISO C 7.4.2.1) holds for letters.
 char *strlwr(char *text);
+char *s_strlwr(char *text);
 
 const char *s_strstr(const char *hay, const char *needle);
 std::size_t s_strlen(const char *text);
-// The leading decimal number, 0 without one; what no int can hold becomes the nearest that it can.
+// Returns the leading decimal number, 0 without one. A number outside the range of int becomes the
+// nearest int.
 int s_atoi(const char *text);
 
 // Returns a copy of `text` on the heap, which the caller frees. If memory runs out prints so and
@@ -49,18 +52,18 @@ char *maistrdup(const char *text);
 // Returns the next token, null after the last.
 char *s_strtoken(const char *string, const char *sep);
 
-// What follows the first `separator` of `text`; nothing if it holds none.
+// Returns what follows the first `separator` of `text`; nothing if it holds none.
 std::string_view text_after(std::string_view text, char separator);
 
 // --- Part of the fixed interface; the program itself does not call these ---
 
 // Copies at most `len` characters of `src` into `dst`, which holds len + 1 bytes; a null `src`
-// gives "". dst[len] is always set to NUL as well. Returns the NUL at the end of the copied text;
+// counts as "". Always sets dst[len] to NUL as well. Returns the NUL at the end of the copied text;
 // `dst` if either is null.
 char *ncpy(char *dst, const char *src, std::size_t len);
 
-// Appends `src` until `dst` (len + 1 bytes) holds `len` characters; dst[len] is always set to NUL.
-// Returns `dst`; a null on either side changes nothing.
+// Appends `src` until `dst` (len + 1 bytes) holds `len` characters. Always sets dst[len] to NUL.
+// Returns `dst`; a null on either side leaves it unchanged.
 char *ncat(char *dst, const char *src, std::size_t len);
 
 // Appends where `len` is the size of `dst` in bytes. Returns `dst`; a null on either side leaves it
@@ -69,21 +72,19 @@ char *lcat(char *dst, const char *src, std::size_t len);
 
 // Copies `src` into `dst`, which must be large enough; a null `src` makes it "".
 char *s_strcpy(char *dst, const char *src);
-// Appends the formatted text (at most 1023 characters of it) to `des`, which must have the room.
+// Appends the formatted text, at most 1023 characters of it, to `des`, which must be large enough.
 [[gnu::format(printf, 2, 3)]] char *s_strcat(char *des, const char *format, ...);
 // Grows the heap text `str`, null counting as "", by `add`. The caller owns and frees the result;
 // if memory runs out it is `str` unchanged.
 char *s_stradd(char *str, const char *add);
 
-// Lower-cases in place what the C library holds for letters, and returns the text.
-char *s_strlwr(char *text);
 const char *s_strchr(const char *text, int character);
 // Returns the first match in `hay` ignoring case, or null.
 const char *s_stristr(const char *hay, const char *needle);
 // Returns 1, or 0 for null. The text keeps its trailing blanks.
 int s_strtrm(const char *text);
 
-// What stands between the first double quote and the next (or the end); "" without a quote.
+// Returns the text from the first double quote to the next or the end; "" without a quote.
 char *remove_quote(const char *str);
 // Replaces each `from` by `to` in place.
 char *char_replace(char *str, char from, char to);

@@ -2,31 +2,33 @@
 // share. Several are deliberately looser or stricter than their names suggest.
 #pragma once
 
-// Replaces every carriage return and line feed of `answer` by a NUL, so that it ends at the first.
-// Gives `answer`.
+// Cuts `answer` in place at its first carriage return or line feed: replaces each of them by a NUL.
+// Returns `answer`.
 char *clean_up_answer(char *answer);
 
 // Whether a reply is a yes or a no. Case is ignored, but a single "N" is no "no".
 bool says_yes(const char *reply);
 bool says_no(const char *reply);
 
-// The first character of `text` that is neither a blank nor a tab.
+// Returns the first character of `text` that is neither a blank nor a tab.
 const char *strip_leading_spaces(const char *text);
 
-// 1 when `name` is empty or all blanks, else 0. Cuts `name` in place behind its first word.
-int valid_dir_name(char *name);
-
-// 1 for a text that may be a number or a percentage: its first "%", looked for behind leading
-// digits, is its last character, or it has none. Other characters are not judged.
+// Returns 1 unless text follows the first "%" after the leading digits, else 0. Checks nothing
+// else: "abc" passes.
 int num_perc(const char *text);
 
-// Cuts `name` in place at its first ".". Gives `name`.
+// Cuts `name` in place at its first ".". Returns `name`.
 char *clean_up_name(char *name);
 
-// A heap copy of the characters before the first blank of `line` (511 at most), which the caller
-// frees. A line without a blank is copied whole.
+// --- Part of the fixed interface; the program itself does not call these ---
+
+// Returns 1 if `name` is empty or all blanks, else 0. Cuts `name` in place after its first word.
+int valid_dir_name(char *name);
+
+// Returns a heap copy of what comes before the first blank of `line`, or of all of it, 511
+// characters at most. The caller frees it.
 char *get_label(const char *line);
 
-// Rewrites `line` in place to the text behind its first blank, without line ends and without each
-// pair of a blank and "/". Gives `line`; a line without a blank becomes "".
+// Keeps in place what follows the first blank of `line`, nothing without a blank. Drops every
+// carriage return, line feed and " /". Returns `line`.
 char *clean_up_set(char *line);

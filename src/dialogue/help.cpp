@@ -15,13 +15,13 @@ constexpr std::size_t piece_size = 256; // 255 characters and a NUL
 constexpr const char *help_file = "vsetup.hlp";
 constexpr const char *fallback_text = "No specific help is available for this question.";
 
-// Looks one character ahead; the end cannot be put back (ISO C 7.21.7.10).
+// Looks one character ahead. ungetc returns EOF for EOF and pushes nothing back (ISO C 7.21.7.10).
 bool is_at_end(std::FILE *file) {
     return std::ungetc(std::getc(file), file) == EOF;
 }
 
-// Reads the next line, or piece of a line. False at the end of the file; a last line without a
-// line feed, be it as long as a piece, counts as the end.
+// Reads the next line, or piece of a line. Returns false at the end of the file. An unfinished last
+// line is not read, even if it fills the buffer.
 bool read_help_line(std::FILE *file, std::string &line) {
     std::array<char, piece_size> piece{};
     if (!read_piece(file, piece).ends_with('\n') && is_at_end(file)) {
@@ -31,6 +31,7 @@ bool read_help_line(std::FILE *file, std::string &line) {
     return true;
 }
 
+// The first header that begins with the name counts, whatever follows the name.
 bool find_topic(std::FILE *file, std::string_view id) {
     std::string line;
     while (read_help_line(file, line)) {
@@ -49,6 +50,7 @@ std::string read_topic(std::FILE *file) {
             continue;
         }
         if (line.starts_with('[')) {
+            // Headers in a row share the text that follows them.
             if (!text.empty()) {
                 break;
             }
@@ -60,6 +62,7 @@ std::string read_topic(std::FILE *file) {
         }
         text.append(line, std::min(line.find_first_not_of('\t'), line.size()));
     }
+    // An empty last line only sets the next header apart.
     if (text.size() >= 2 && text[text.size() - 2] == '\n') {
         text.pop_back();
     }

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-// The support e-mail address printed behind every help text. The entry point sets it, the session
+// The support e-mail address, printed after every help text. `main` sets it; the session sets it
 // again once the product is known.
 extern path_text support_email;
 
@@ -20,16 +20,16 @@ struct HELP {
     std::optional<std::string> last_help; // the topic's text
 };
 
-// Opens a help file. 1, or 0 when it cannot be opened.
+// Opens a help file. Returns 1, or 0 if it cannot be opened.
 int help_init(HELP *hlp, const char *filename);
 
-// The text of a topic, owned by the record until the next help_get or help_clear. An unknown topic
-// and one without text give "No specific help is available for this question.".
+// Returns the text of a topic, or "No specific help is available for this question." for an unknown
+// or empty topic. The record owns the text until the next help_get or help_clear.
 const char *help_get(HELP *hlp, const char *id);
 
-// Forgets the topic and closes the file. 1, or 0 when closing failed.
+// Forgets the topic and closes the file. Returns 1, or 0 if closing fails.
 int help_clear(HELP *hlp);
 
-// Prints a topic of vsetup.hlp and the support address. 1; without the file 0, which console and
-// log are told.
+// Prints a topic of vsetup.hlp and the support address. Returns 1. If the file cannot be opened,
+// prints and logs that and returns 0.
 int help(const char *label);

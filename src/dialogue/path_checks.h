@@ -2,11 +2,11 @@
 // program runs in. The question engine and the flows use them.
 #pragma once
 
-// 0 for an existing directory given from the root, 1 for an empty path ("No path given! " is
-// printed) or one without root ("No root given! " is printed, without a line end: the caller
-// completes the line), 3 when it does not exist. "/" alone counts as not existing.
+// Returns 0 for an existing directory given from the root, 1 for an empty path or one without root,
+// 3 if it does not exist. "/" alone counts as not existing. For a 1 prints "No path given! " or "No
+// root given! "; the caller prints the rest of the line.
 int check_valid_dir(const char *path);
 
-// 1 when `dir` is the current working directory, else 0 (also when nothing can be created here).
-// Tried with a probe file, which never stays behind.
+// Returns 1 if `dir` is the current working directory, else 0. Creates a probe file here, looks for
+// it in `dir` and removes it; returns 0 also if it cannot be created.
 int match_root_dir(const char *dir);

@@ -7,6 +7,8 @@
 
 // The prefixes group the rows (D_ directories, YN_ yes or no, I_ information, F_ file names,
 // C_ customisation); the engine goes by the default and by dir_action, never by a prefix.
+// D_VLIMG4_Q, D_TMPLTS3_Q, D_BRAMBLE_Q, D_WKAREA2_Q, YN_RPLINI_Q, I_BVER_Q, I_ADMIN_MAIL_Q,
+// I_CGI_NAME_Q and I_DFLT_TPL_SET are part of the fixed table; no flow asks them.
 enum question_number : int {
     D_CGI_Q,
     D_CGI2_Q,

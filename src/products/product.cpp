@@ -8,6 +8,7 @@
 namespace {
 
 constexpr std::string_view wizard_program = "gxsetup";
+// The products that others fall back on.
 constexpr const product &plover = products[1];
 constexpr const product &osprey = products[3];
 static_assert(std::string_view(plover.name) == "plover");

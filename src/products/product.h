@@ -1,5 +1,5 @@
-// The products: one row each, holding all that tells one product from another. Every other module
-// asks here instead of comparing names.
+// The products: one row each, with everything that differs between them. Every other module asks
+// here instead of comparing names.
 #pragma once
 
 #include <array>
@@ -11,17 +11,17 @@ struct product {
     const char *name;
     const char *spool_subdirectory; // below the spool directory
     bool has_template_sets;       // template sets, per-set images, manuals, bulletins, login hosts
-    mail_protocol protocol;       // which mail host is asked for and stands in the .ini
+    mail_protocol protocol;       // which mail host is asked for and written to the .ini
     const char *images_directory; // replaces any loaded one; null keeps that
     const char *unix_templates;   // what a defaults file suggests, by operating system
     const char *windows_templates;
     const char *set_family;  // of the template sets that a template without a header gets
     bool shows_manuals;      // the summary of answers names the manuals directory
-    bool upgrade_keeps_sets; // once seen by an upgrade, the upgrade goes on with template sets
+    bool upgrade_keeps_sets; // an upgrade that met it once keeps to template sets
     bool is_program_here;    // its program in the current directory is copied as a program
 };
 
-// In the order in which they are looked for.
+// In the order in which prod_guess looks for them.
 inline constexpr std::array<product, 4> products = {{
     {
         .name = "kestrel",
@@ -77,21 +77,22 @@ inline constexpr std::array<product, 4> products = {{
     },
 }};
 
-// The product of that name, case ignored, or null.
+// Returns the product of that name, case ignored, or null.
 const product *find_product(const char *name);
 
-// The same, but osprey for a name that no product has: its directories are what is offered then.
+// The same, but osprey for an unknown name: its directories are then offered.
 const product &product_or_osprey(const char *name);
 
-// Whether the product of that name has template sets; whether it is an IMAP product. False for a
-// name that no product has.
+// Whether the product of that name has template sets; whether it is an IMAP product. False for an
+// unknown name.
 bool has_template_sets(const char *name);
 bool is_imap_product(const char *name);
 
-// The family of the template sets of the product with exactly that name; plover's for any other.
+// Returns the family of the template sets of the product with exactly that name; plover's for any
+// other name.
 std::string_view set_family(std::string_view name);
 
-// Whether `file` is a program that is copied with the mode of a program: the wizard itself, or a
-// product's. In the current directory not every product's program is one.
+// Whether `file` is copied with the mode of a program: the wizard itself, or a product's program.
+// In the current directory only products with `is_program_here` count.
 bool is_program(std::string_view file);
 bool is_program_here(std::string_view file);

@@ -54,7 +54,7 @@ std::size_t last_line_start(std::string_view text) {
     return 0;
 }
 
-// Returns where the piece begins that `place` stands in. `text` begins with a piece.
+// Returns where the piece that holds `place` begins. `text` begins with a piece.
 std::size_t piece_start(std::string_view text, std::size_t place) {
     return place - (place - last_line_start(text.substr(0, place))) % piece_limit;
 }
@@ -125,13 +125,13 @@ void running_checksum::add(const template_part &part) {
     const bool is_checksum_line =
         part.is_marked && part.bytes.find("||checksum=") != std::string_view::npos;
     const std::string_view summed = is_checksum_line ? read_checksum_line(part.bytes) : part.bytes;
-    // What is left of a checksum line weighs as if it stood at the start of the line.
+    // Required: what is left of a checksum line is weighed from the start of the line.
     sum_ += static_cast<std::uint32_t>(calculate(summed, offset_));
     offset_ += part.bytes.size();
 }
 
-// Stores the number behind the line's first "=". Returns what follows the number and both bars
-// behind it.
+// Stores the number after the line's first "=". Returns what follows the number and the two bars
+// after it.
 std::string_view running_checksum::read_checksum_line(std::string_view line) {
     line.remove_prefix(line.find('=') + 1);
     const std::size_t bar = std::min(line.find('|'), line.size());
@@ -154,6 +154,7 @@ int do_checksum(const char *file, int compare) {
     }
     if (!stream || std::ferror(stream.get()) != 0) {
         emsg("can't open %s, %s", file, std::strerror(errno));
+        // Not 0 after a failed read: a template that was read in part must not count as unchanged.
         return stream && compare != 0 ? 1 : 0;
     }
     return compare != 0 ? checksum.difference() : checksum.sum();

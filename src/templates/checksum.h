@@ -45,7 +45,7 @@ class template_reader {
     template_reader &operator=(const template_reader &) = delete;
 
     // Returns the next part, which lasts until the next call. Returns none at the end of the file,
-    // or if a read fails: then ferror (ISO C) tells so and errno says why.
+    // or if a read fails: then ferror (ISO C) is set for the file and errno says why.
     std::optional<template_part> next();
 
   private:
@@ -55,7 +55,7 @@ class template_reader {
     std::FILE *file_;
     std::string_view marker_;
     std::string_view block_;      // whole pieces, not yet returned
-    std::string_view unfinished_; // the piece behind the block, as far as it was read
+    std::string_view unfinished_; // the piece after the block, as far as it was read
     std::array<char, template_read_size> buffer_;
 };
 

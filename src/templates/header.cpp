@@ -96,6 +96,7 @@ int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new) {
 
 int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new) {
     if (tpl_get_header_info(tpl, file, is_new) == 1) {
+        // A copy whose header says that it was edited needs no sum.
         if (is_new == 0 && tpl->modified == 0 && do_checksum(file, 1) != 0) {
             tpl->modified = 1;
         }
@@ -104,7 +105,7 @@ int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new
     dmsg(is_new != 0 ? "New header info not found" : "Old header info not found");
     set_defaults(*tpl, prodname != nullptr ? prodname : "", is_new);
     if (is_new == 0) {
-        tpl->modified = 1;
+        tpl->modified = 1; // nothing proves that it was not edited
     }
     return 0;
 }

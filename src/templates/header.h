@@ -35,5 +35,6 @@ int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new);
 // but edited, 3 of another family of sets. `file` is not used.
 int tpl_category(const TMPLT_INFO *tpl, const char *file);
 
-// Empties the record's five texts. Returns 1.
+// Empties the record's five texts. Returns 1. Part of the fixed interface; the program itself does
+// not call it.
 int tpl_free(TMPLT_INFO *tpl);

@@ -1,4 +1,4 @@
-// A test of a room that works on the answer store: it has a scratch directory and a store of its
+// A test of a module that works on the answer store: it has a scratch directory and a store of its
 // own, set up as the session sets its up but without any answer.
 #pragma once
 

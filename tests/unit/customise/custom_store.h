@@ -1,4 +1,4 @@
-// The customise store as the tests of the customise rooms fill it and look at it.
+// The customise store as the tests of the customise modules fill it and look at it.
 #pragma once
 
 #include "customise/ini_update.h"

@@ -1,4 +1,4 @@
-// What the tests of the upgrade's rooms share: a distribution in the current directory, an
+// What the tests of the upgrade's modules share: a distribution in the current directory, an
 // installation in another, and a store of answers that names both.
 #pragma once
 

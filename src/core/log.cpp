@@ -23,7 +23,7 @@ constexpr std::size_t newline_limit = 511; // a line this long gets no line feed
 constexpr std::size_t rotation_limit = 100000;
 constexpr std::size_t stamp_length = 12;
 constexpr std::size_t ctime_size = 26; // POSIX ctime_r
-constexpr int generations = 2;
+constexpr int generations = 2;         // NAME1.log and NAME2.log
 
 using line_text = bounded_text<line_size>;
 
@@ -38,6 +38,7 @@ struct log_state {
     std::size_t logged_bytes = 0;
 };
 
+// The log of the run. inilog names and opens it; a message before that opens init.log.
 log_state state;
 
 // Each message goes out in one write of its own, so that nothing is lost when the program is
@@ -58,13 +59,14 @@ bool open_log_lazily() {
         print("Cant open logfile %s\n", state.logfile.c_str());
         return false;
     }
+    // What an earlier run logged counts towards the next rotation.
     std::fseek(state.logf.get(), 0, SEEK_END);
     state.logged_bytes = static_cast<std::size_t>(std::max(0L, std::ftell(state.logf.get())));
     state.unloged = true;
     return true;
 }
 
-// Day of the month and time, as they stand in the text of ctime.
+// Returns the day of the month and the time, cut out of "Sat Nov 21 23:37:02 2026" (ctime, ISO C).
 std::string time_stamp() {
     std::array<char, ctime_size> text{};
     const std::time_t now = std::time(nullptr);
@@ -92,7 +94,7 @@ int log_line(int level, const char *prefix, const char *format, std::va_list arg
     return logit(line.c_str(), line.view().size());
 }
 
-// The name of a generation of the log in the current directory; 0 is the log itself.
+// Returns the name of a generation of the log in the current directory; 0 is the log itself.
 path_text generation(int number) {
     path_text name;
     return number == 0 ? name.format("%s.log", state.logname.c_str())
@@ -100,11 +102,11 @@ path_text generation(int number) {
 }
 
 path_text shown_generation(int number) {
-    return path_text().format("%s%c%s", ".", '/', generation(number).c_str());
+    return path_text().format("./%s", generation(number).c_str());
 }
 
-// Prints a message and a line feed. Returns the message for the log, which takes what is put in as
-// it is.
+// Prints a message and a line feed. Returns the message for the log, where its arguments are
+// unfiltered.
 std::string print_message(const char *msg, std::va_list arguments) {
     const path_text shown(vformatted(msg, arguments, as_shown));
     print_lines(shown.view());
@@ -118,7 +120,7 @@ std::string print_message(const char *msg, std::va_list arguments) {
 int inilog(const char *path, const char *s) {
     close_log();
     state.logname.assign(s);
-    state.logfile.format("%s%c%s.log", path, '/', state.logname.c_str());
+    state.logfile.format("%s/%s.log", path, state.logname.c_str());
     if (!open_log(open_to_append(state.logfile.c_str()))) {
         return 0;
     }

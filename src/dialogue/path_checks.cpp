@@ -34,8 +34,8 @@ int check_valid_dir(const char *path) {
     return dir_exists(path) == 1 ? 0 : 3;
 }
 
-// Whether a file that is made here is found there, and it is the same directory by its number too:
-// a probe may have been planted.
+// Compares the directories themselves too: another user may have put a file of the probe's name
+// there.
 int match_root_dir(const char *dir) {
     const place here(".");
     const place there(dir);

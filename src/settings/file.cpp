@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr std::size_t piece_size = 511; // 510 characters and a NUL
 constexpr std::string_view blanks = " \t";
 
 // Strips the line end. Returns true, and strips " /" as well, if the next line continues this one.
@@ -44,7 +43,7 @@ bool add_setting(pINI_SETTINGS ini, std::string &line) {
 
 constexpr const char *opening = "opened for ini settings";
 
-// Logs what could not be done with a file. Returns 0, errno as it was.
+// Logs what could not be done with a file. Returns 0 and leaves errno as it was.
 int log_failure(pINI_SETTINGS ini, const char *filename, const char *step,
                 const char *reason = "") {
     const int error = errno;
@@ -53,8 +52,8 @@ int log_failure(pINI_SETTINGS ini, const char *filename, const char *step,
     return 0;
 }
 
-// Reads the logical lines of an open file. False, with errno set, if reading failed or found no
-// end: the file may grow while it is read.
+// Reads the logical lines of an open file. Returns false, with errno set, if a read fails or the
+// file grows past the limit while it is read.
 bool read_logical_lines(std::FILE *file, std::vector<std::string> &lines) {
     std::string logical_line;
     const auto finish_line = [&] {
@@ -63,7 +62,7 @@ bool read_logical_lines(std::FILE *file, std::vector<std::string> &lines) {
         }
         logical_line.clear();
     };
-    std::array<char, piece_size> piece{};
+    std::array<char, setting_piece_size> piece{};
     off_t size = 0;
     for (std::string_view bytes = read_piece(file, piece); !bytes.empty();
          bytes = read_piece(file, piece)) {
@@ -73,6 +72,7 @@ bool read_logical_lines(std::FILE *file, std::vector<std::string> &lines) {
             return false;
         }
         std::string_view line(piece.data()); // up to the first NUL
+        // Neither is a setting, and either ends one that would be continued.
         if (line.size() <= 2 || line.starts_with('#')) {
             finish_line();
             continue;
@@ -99,7 +99,7 @@ int ini_load(pINI_SETTINGS ini, const char *filename) {
 
 int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened) {
     const int error = errno;
-    // A null store has no message function and gives 0.
+    // 0 means that there is no store.
     if (ini_dmsg(ini, "Opening {%s}", filename) == 0) {
         return 0;
     }
@@ -113,7 +113,7 @@ int ini_load_opened(pINI_SETTINGS ini, const char *filename, open_file opened) {
         if (!read_logical_lines(file.get(), lines)) {
             return log_failure(ini, filename, "read: ", std::strerror(errno));
         }
-        int count = 1;
+        int count = 1; // a file without settings is no failure
         for (std::string &line : lines) {
             count += add_setting(ini, line) ? 1 : 0;
         }
@@ -139,7 +139,7 @@ int ini_save_limited(pINI_SETTINGS ini, const char *filename, const char *writte
     format_file(file.stream(), "# file written by %s%s", written_by, "\n");
     format_file(file.stream(), "# library: %s%s%s", ini_library, "\n", "\n");
     format_file(file.stream(), "# Lines starting with # are comments%s%s", "\n", "\n");
-    int count = 1;
+    int count = 1; // nor is a store without settings
     while (const char *name = ini_get(ini)) {
         format_file(file.stream(), "%s %s%s", name, ini_get(ini), "\n");
         count++;

@@ -37,7 +37,7 @@ bool is_safe_for_root(const struct stat &file) {
 }
 
 // Root runs a program of its own, and any other as its owner.
-program_to_start find_program(const std::string &name) {
+program_to_start look_at_program(const std::string &name) {
     program_to_start program;
     program.name = name;
     if (name.find('/') != std::string::npos) {
@@ -48,7 +48,7 @@ program_to_start find_program(const std::string &name) {
     const struct stat &file = program.file.status;
     program.can_be_started = program.file.is_open();
     if (::geteuid() != 0) {
-        // It may be allowed to run it, but not to read it.
+        // Some programs may be run, but not read.
         program.can_be_started = program.can_be_started || (errno == EACCES && !here.is_shared());
     } else if (file.st_uid == 0) {
         program.can_be_started = program.can_be_started && is_safe_for_root(file);
@@ -87,7 +87,7 @@ bool give_up_rights(const struct stat &file) {
 }
 
 started_program start_as_its_owner(const program_to_start &program, int output) {
-    // Nor does it write to the terminal, which does what it is told.
+    // Keeps its errors off the terminal, which would obey any control character in them.
     const file_descriptor nowhere =
         ::isatty(STDERR_FILENO) == 1 ? place("/dev").open_to_write("null") : file_descriptor();
     const ::pid_t child = ::fork();
@@ -108,8 +108,8 @@ started_program start_as_ours(const program_to_start &program, int output) {
     return start_program({path, "-version"}, output);
 }
 
-// Waits until the program has ended. Returns why no process could be had at all, or 0: also for a
-// program that could not be started.
+// Waits until the program has ended. Returns the error if fork failed, else 0: also if the program
+// could not be executed.
 int run(const program_to_start &program, int output) {
     const started_program started = program.is_of_another_user ? start_as_its_owner(program, output)
                                                                : start_as_ours(program, output);
@@ -119,7 +119,7 @@ int run(const program_to_start &program, int output) {
     return started.error == EAGAIN || started.error == ENOMEM ? started.error : 0;
 }
 
-// The version in a line, or none.
+// Takes the version out of a line. Returns false if it holds none.
 bool read_version(std::string_view line, std::string &version) {
     constexpr std::string_view label = "Version:";
     if (!line.starts_with(label)) {
@@ -156,11 +156,11 @@ bool read_version_from(file_descriptor output, std::string &version) {
 } // namespace
 
 int get_version(pINI_SETTINGS ini, answer_position setting) {
-    const std::string name = formatted("%s.%s", ini_value_num(ini, setting), "cgi");
+    const std::string name = formatted("%s.cgi", ini_value_num(ini, setting));
     path_text command;
     command.format("./%s -version >ver.txt", name.c_str());
     dmsg("Getting version from [%s]", command.c_str());
-    std::fflush(stdout);
+    std::fflush(stdout); // what the program prints must come after
     const place here(".");
     // Another wizard here may remove or replace the file by its name: this one goes on with its
     // own.
@@ -168,7 +168,7 @@ int get_version(pINI_SETTINGS ini, answer_position setting) {
     if (!output.is_open() && !here.can_be_read(output_file)) {
         return 0;
     }
-    const program_to_start program = find_program(name);
+    const program_to_start program = look_at_program(name);
     const int error =
         output.is_open() && program.can_be_started ? run(program, output.number()) : 0;
     std::string version;

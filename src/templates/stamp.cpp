@@ -21,7 +21,7 @@ constexpr const char *scratch_name = "temp.tpl";
 
 // What a mode changes in a template.
 struct stamp_rules {
-    std::string_view dropped; // pieces that begin so are left out
+    std::string_view dropped; // pieces that begin with it are left out
     std::string first_line;   // header mode
     bool has_checksum;        // checksum mode: its line is written last
 };

@@ -200,8 +200,8 @@ bool is_of_ours(uid_t user) {
     return user == 0 || user == ::geteuid();
 }
 
-bool is_ours(const struct stat &directory) {
-    return is_of_ours(directory.st_uid) && (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+bool is_ours(const struct stat &entry) {
+    return is_of_ours(entry.st_uid) && (entry.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 // Goes from directory to directory.
@@ -449,15 +449,15 @@ open_file place::open_plain(const char *name, read_limit limit) const {
         return file;
     }
     const bool is_limited = limit.bytes > 0 && (file.is_shared || !limit.only_if_shared);
-    int error = 0;
+    int reason = 0;
     if (!S_ISREG(file.status.st_mode)) {
-        error = S_ISDIR(file.status.st_mode) ? EISDIR : EINVAL;
+        reason = S_ISDIR(file.status.st_mode) ? EISDIR : EINVAL;
     } else if (is_limited && file.status.st_size > limit.bytes) {
-        error = EFBIG;
+        reason = EFBIG;
     }
-    if (error != 0) {
+    if (reason != 0) {
         file.descriptor = file_descriptor();
-        errno = error;
+        errno = reason;
     }
     return file;
 }
@@ -465,10 +465,9 @@ open_file place::open_plain(const char *name, read_limit limit) const {
 bool place::can_be_read(const char *name) const {
     settled_name target(*this, name);
     do {
-        const int number =
-            ::openat(target.directory().number(), target.name(), O_RDONLY | file_flags);
-        if (number >= 0) {
-            ::close(number);
+        const file_descriptor file(
+            ::openat(target.directory().number(), target.name(), O_RDONLY | file_flags));
+        if (file.is_open()) {
             return true;
         }
     } while (errno == ELOOP && target.follow());
@@ -614,9 +613,9 @@ void new_file::find_old(when_missing how) {
 
 new_file::~new_file() {
     if (!scratch_.empty()) {
-        const int error = errno;
+        const int reason = errno;
         scratch_place_->remove(scratch_.c_str());
-        errno = error;
+        errno = reason;
     }
 }
 
@@ -653,17 +652,17 @@ bool new_file::make_beside(const char *scratch_name) {
     if (is_owned && (!old_ || ::fchmod(file_.number(), old_->st_mode & most_) == 0)) {
         return true;
     }
-    const int error = is_owned ? errno : EPERM;
+    const int reason = is_owned ? errno : EPERM;
     file_ = file_descriptor();
     scratch_place_->remove(scratch_.c_str());
     scratch_.clear();
-    errno = error;
+    errno = reason;
     return false;
 }
 
 bool new_file::write_directly() {
-    const int error = errno;
-    if (!old_ || (error != EACCES && error != EPERM && error != EROFS)) {
+    const int reason = errno;
+    if (!old_ || (reason != EACCES && reason != EPERM && reason != EROFS)) {
         return false;
     }
     struct stat entry {};
@@ -673,7 +672,7 @@ bool new_file::write_directly() {
     }
     if (!old_file_.is_open() || ::fstat(old_file_.number(), &entry) != 0 ||
         !is_same_file(entry, *old_)) {
-        errno = error;
+        errno = reason;
         return false;
     }
     file_ = std::move(old_file_);

@@ -5,12 +5,12 @@
 #include "core/process.h"
 #include "core/stream.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 
 namespace {
 
@@ -67,12 +67,8 @@ std::string answer_of(const char *getent, const char *database, const char *name
 }
 
 std::string ask_getent(const char *database, const char *name, const account_sources &sources) {
-    for (const char *getent : sources.getents) {
-        if (is_executable(getent)) {
-            return answer_of(getent, database, name);
-        }
-    }
-    return "";
+    const auto getent = std::find_if(sources.getents.begin(), sources.getents.end(), is_executable);
+    return getent != sources.getents.end() ? answer_of(*getent, database, name) : "";
 }
 
 // Returns the entry that getent prints: it may write the name in another way.

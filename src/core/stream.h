@@ -1,4 +1,4 @@
-// Files as the rooms hold them: handles that close themselves, lines read in pieces, and a file
+// Files as other modules hold them: handles that close themselves, lines read in pieces, and a file
 // that is replaced whole or not at all.
 #pragma once
 

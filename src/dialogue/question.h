@@ -18,13 +18,13 @@ inline constexpr const char *keeps_users_note =
 // make it a yes/no question, as YES and NO do; the actions install, upgrade, custom and remove are
 // shown as 1, 2, 3 and 4. The further arguments fill the question's text.
 //
-// Gives the answer in a buffer of 512 bytes that the next call overwrites: "TRUE" or "FALSE" for a
-// yes or a no, else the line as typed (511 characters at most) or the default. Where the table asks
-// for a directory the answer is one given from the root that exists, or may be created (console
-// and log are told).
+// Returns the answer in a buffer of 512 bytes that the next call overwrites: "TRUE" or "FALSE" for
+// a yes or a no, else the line as typed (511 characters at most) or the default. Where the table
+// asks for a directory, that is one from the root that exists, or may be created (printed and
+// logged).
 //
 // "q" and the end of input quit: at the console the program ends with status 0, the log closed.
 const char *question(question_number quest_num, const char *dflt, ...);
 
-// Whether a reply that `question` gave is a yes.
+// Whether a reply of `question` is a yes.
 bool is_yes(const char *given);

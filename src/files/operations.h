@@ -1,11 +1,11 @@
 // Work on files: one owner for all that is made, directory chains, copies of files and trees with
-// their modes, removals. The template rooms and the flows do their work through these.
+// their modes, removals. Template sets and flows work through these.
 //
-// All give 1 for success and 0 for failure. Those that go through a list go through all of it and
-// give 0 at the end if anything failed. Errors of copies and removals are shown on the console and
-// logged, with the system's text for the error; each file copied or removed prints a ".". Links are
-// followed, but a removal never enters a directory through one. A path of more than path_limit
-// characters is refused (ENAMETOOLONG).
+// An int result is 1 for success and 0 for failure. A procedure that goes through a list goes
+// through all of it and returns 0 if anything failed. Copies and removals print and log an error
+// with the system's text for it, and print a "." for each file copied or removed. Links are
+// followed by the rules of core/place, but a removal never enters a directory through one. A path
+// of more than path_limit characters is refused (ENAMETOOLONG).
 //
 // The overwrite flag: 0 leaves an existing destination alone, which counts as success; any other
 // value replaces it.
@@ -29,8 +29,8 @@ void give_to_owner(const place &directory);
 
 // Makes a directory and every missing one above it, each with exactly the mode `permission` and
 // given to the owner. Returns 1, also if it is there already; 0 for a path without root, one that
-// is too long, or one that leads through a foreign link. Logs what was done. Whether the directory
-// is there afterwards is not asked.
+// is too long, or one that leads through a foreign link. Logs what was done. Does not ask whether
+// the directory is there afterwards.
 int make_dir(const char *dir, mode_t permission);
 
 // make_dir, and the directory is given to the owner even if it was there already.
@@ -52,15 +52,16 @@ inline constexpr mode_t images_mode = 0755;
 // --- Copies (copy.cpp) ---
 
 // Copies a file, or a directory with all it holds, into the directory `xdst`. Inside a directory
-// everything is overwritten and failures are only reported: a directory gives 1. Source and
-// destination by one name give 0; what is in place already by another name stays, which gives 1.
+// everything is overwritten and failures are only reported: for a directory it returns 1. Returns 0
+// if source and destination are the same path. If they are one file under two paths it copies
+// nothing and returns 1.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
 // do_copy of a file, which gets no more rights than `most` has.
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most);
 
-// Copies a file to the file `xdst`. Source and destination that are one file give 1, as a directory
-// does, which is not copied.
+// Copies a file to the file `xdst`. If both are one file, or `src` is a directory, it copies
+// nothing and returns 1.
 int do_copy2(const char *src, const char *xdst, int overwrite);
 
 // do_copy2 into the directory `dst`, and to the file `dst`, with the mode of a program.
@@ -76,16 +77,17 @@ int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite)
 // --- Removal (remove.cpp) ---
 
 // Removes what the directory `path` holds; `path` itself stays. A directory goes if it is empty
-// then; one that is not is reported. `wild` is a list of patterns. What the flags change, for what
+// then; one that is not is reported. `wild` is a list of patterns. The flags say what goes of what
 // stands in `path` itself:
 //
-//   not_u_  dirs_only | files      | directories
-//   0       0         | that match | all
-//   0       1         | none       | that match
-//   1       0         | that match | all but users' ("u_...") and the answers `workarea`,
-//   `templates` 1       1         | none       | the same
+// - not_u_ 0, dirs_only 0: files that match, all directories.
+// - not_u_ 0, dirs_only 1: no files, directories that match.
+// - not_u_ 1, dirs_only 0: files that match, all directories but kept ones: users' ("u_...") and
+// the
+//   answers `workarea` and `templates`.
+// - not_u_ 1, dirs_only 1: no files, all directories but kept ones.
 //
-// Further down the third line holds.
+// Further down it removes as with not_u_ 1 and dirs_only 0.
 int do_xrmv(pINI_SETTINGS ini, const char *wild, const char *path, int not_u_, int dirs_only);
 
 // Removes from the current directory what matches the pattern `wild`, directories with all they
@@ -97,10 +99,11 @@ int do_tmprmv(pINI_SETTINGS ini, const char *wild);
 int remove_tree(pINI_SETTINGS ini, const char *wild, const place &directory, const char *name,
                 const char *path);
 
-// Removes an empty directory. False, with errno set, on failure.
+// Removes an empty directory. Returns false, with errno set, on failure.
 bool remove_empty_directory(const char *path);
 
-// Removes a file of the current directory, silently. False, with errno set, on failure.
+// Removes a file of the current directory and prints nothing. Returns false, with errno set, on
+// failure.
 bool remove_here(const char *name);
 
 // From here on a removal only shows what it would remove, a line each. It takes every directory for

@@ -1,6 +1,6 @@
 // Finding files: the wildcard matcher, comma-separated pattern lists, the directory search that
-// collects matching names, and the two existence tests. Copying, removal, the template rooms and
-// the flows build on them.
+// collects matching names, and the two existence tests. Copying, removal, template sets and
+// flows build on them.
 #pragma once
 
 #include "core/paths.h"
@@ -38,7 +38,8 @@ void for_each_name(found_names &names, int count, Use use) {
     for_each_name(names, count, {}, [&use](const char *name, bool /*is_plain*/) { use(name); });
 }
 
-// 1 when the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one character,
+// Returns 1 if the whole of `name` matches `pattern`, else 0. "*" matches any run, "?" one
+// character,
 // "[...]" one of a set ("[^...]" one not in it, "a-z" a range, "]" or "-" first is a member),
 // "\" takes the next character literally; case counts. An unclosed set or a final "\" matches
 // nothing. Takes at most as many steps as the product of the two lengths.
@@ -47,24 +48,25 @@ int domatch(const char *name, const char *pattern);
 // domatch, but "*" alone matches every name, an empty one included.
 int match_wild(const char *pattern, const char *name);
 
-// 1 when a list such as "*.gif,*.jpg,!logo*.gif" takes `name`, ignoring case: the last element that
-// matches decides, and one with "!" cuts the name out. 0 when either is null. At most 100
-// characters of an element and 511 of the name count.
+// Returns 1 if a list such as "*.gif,*.jpg,!logo*.gif" takes `name`, ignoring case, else 0: the
+// last element that matches decides, and one with "!" cuts the name out. Returns 0 if either is
+// null. At most 100 characters of an element and 511 of the name count.
 int match_list(const char *list, const char *name);
 
 // Collect the names matching `pattern` in the current or the given directory, in the order the
-// directory gives them, never "." or "..". Give their number. Beyond MAXWILD console and log get an
-// error and the first names stand. A directory that cannot be read gives 0, or the names up to
-// where reading failed; the log (wild_find) or standard error (wild_find2) is told. A directory
-// that is open already is shown as `path`. `plain` gets which of the names are plain files.
+// directory lists them, never "." or "..". Return their number. Print and log an error beyond
+// MAXWILD names and keep the first ones. If the directory cannot be read, or not to its end, return
+// the names until there and report that: wild_find in the log, wild_find2 on standard error. A
+// directory that is open already is shown as `path`. `plain` gets which names are plain files.
 int wild_find(const char *pattern, found_names &names);
 int wild_find(const place &here, const char *pattern, found_names &names, plain_files &plain);
 int wild_find2(const char *directory, const char *pattern, found_names &names);
 int wild_find2(const place &directory, const char *path, const char *pattern, found_names &names,
                plain_files &plain);
 
-// 1 when `path`, less one trailing "/", can be opened as a directory. So "/" alone gives 0.
+// Returns 1 if `path`, less one trailing "/", can be opened as a directory, else 0: 0 for "/"
+// alone.
 int dir_exists(const char *path);
 
-// 1 when `path` can be opened for reading.
+// Returns 1 if `path` can be opened for reading, else 0.
 int file_exists(const char *path);

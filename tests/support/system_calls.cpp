@@ -17,7 +17,7 @@ constexpr const char *traced_calls =
     "trace=%%stat,?open,openat,?openat2,read,?pread64,write,close,?getdents,?getdents64,?mkdir,"
     "?mkdirat,?rmdir,?unlink,?unlinkat,?rename,?renameat,?renameat2,?chmod,?fchmod,?fchmodat,"
     "?chown,?fchown,?fchownat,ftruncate,?access,?faccessat,?faccessat2,?readlink,wait4,?vfork,"
-    "?clone,?clone3";
+    "?clone,?clone3,?ioctl,?copy_file_range";
 
 run_place traced(const world &host, const std::vector<std::string> &options) {
     run_place place;
@@ -69,13 +69,24 @@ class written_descriptors {
     std::set<std::string> open_;
 };
 
+constexpr const char *copying = "copy_file_range";
+
+// The options that trace these calls, and refuse the system's own copying to a script without it.
+std::vector<std::string> tracing(const session_script &script, const std::string &calls) {
+    if (!script.is_without_copying) {
+        return {"-e", calls};
+    }
+    return {"-e", calls + "," + copying, "-e", std::string("inject=") + copying + ":error=EXDEV"};
+}
+
 refused_run run_refused(const world &host, const session_script &script, const std::string &name,
                         const std::string &how) {
+    std::vector<std::string> options = tracing(script, "trace=" + name);
+    options.insert(options.end(), {"-e", "inject=" + name + how});
     refused_run result;
-    result.run = run_wizard(host, script.arguments, typed(script.answers),
-                            traced(host, {"-e", "trace=" + name, "-e", "inject=" + name + how}));
+    result.run = run_wizard(host, script.arguments, typed(script.answers), traced(host, options));
     for (const std::string &line : lines_of(host.shown(read_file(trace_file)))) {
-        if (line.ends_with("(INJECTED)")) {
+        if (line.starts_with(name + "(") && line.ends_with("(INJECTED)")) {
             result.call = line;
             break;
         }
@@ -95,7 +106,7 @@ bool can_refuse_calls() {
 
 std::vector<system_call> calls_of(const world &host, const session_script &script) {
     const wizard_run run = run_wizard(host, script.arguments, typed(script.answers),
-                                      traced(host, {"-e", traced_calls}));
+                                      traced(host, tracing(script, traced_calls)));
     EXPECT_EQ(run.status, 0) << run.transcript << run.errors;
     std::map<std::string, int> counts;
     written_descriptors written;

@@ -21,6 +21,8 @@ struct system_call {
 struct session_script {
     std::vector<std::string> arguments;
     std::string answers;
+    bool is_without_copying =
+        false; // copy_file_range is refused as well: what is copied is written
 };
 
 struct refused_run {

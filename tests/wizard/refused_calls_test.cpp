@@ -52,8 +52,8 @@ void upgrade_host(const world &host) {
 
 // All calls that the script makes on such a host.
 const std::vector<system_call> &calls_on_twin(host_maker make, const session_script &script) {
-    static std::map<std::pair<host_maker, std::string>, std::vector<system_call>> known;
-    auto [found, is_new] = known.try_emplace({make, script.answers});
+    static std::map<std::tuple<host_maker, std::string, bool>, std::vector<system_call>> known;
+    auto [found, is_new] = known.try_emplace({make, script.answers, script.is_without_copying});
     if (is_new) {
         const world twin("kestrel");
         make(twin);
@@ -86,9 +86,10 @@ class RefusedWords : public testing::Test {
     }
 
     // Runs the script; the first call of the name that strace shows with `part` fails, or the one
-    // behind so many that are passed over.
-    wizard_run refuse(host_maker make, const session_script &script, std::string_view name,
+    // behind so many that are passed over. For a write, copies are written too.
+    wizard_run refuse(host_maker make, session_script script, std::string_view name,
                       std::string_view part, const std::string &error, int passed_over = 0) {
+        script.is_without_copying = name == "write";
         const system_call call = find_call(make, script, name, part, passed_over);
         make(host);
         const refused_run refused = run_with_refused_call(host, script, call, error);

@@ -13,7 +13,7 @@
 inline constexpr std::size_t piece_limit = 511;
 
 // The size of the reader's buffer.
-inline constexpr std::size_t template_read_size = std::size_t{128} * 1024;
+inline constexpr std::size_t template_read_size = std::size_t{512} * 1024;
 
 // How a checksum line begins.
 inline constexpr std::string_view checksum_line_start = "||checksu";

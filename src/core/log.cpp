@@ -3,6 +3,7 @@
 #include "core/console.h"
 #include "core/failures.h"
 #include "core/format.h"
+#include "core/paths.h"
 #include "core/place.h"
 #include "core/stream.h"
 #include "core/text.h"
@@ -102,7 +103,7 @@ path_text generation(int number) {
 }
 
 path_text shown_generation(int number) {
-    return path_text().format("./%s", generation(number).c_str());
+    return path_text(path_in(".", generation(number).c_str()));
 }
 
 // Prints a message and a line feed. Returns the message for the log, where its arguments are
@@ -120,7 +121,7 @@ std::string print_message(const char *msg, std::va_list arguments) {
 int inilog(const char *path, const char *s) {
     close_log();
     state.logname.assign(s);
-    state.logfile.format("%s/%s.log", path, state.logname.c_str());
+    state.logfile.assign(path_in(path, generation(0).c_str()));
     if (!open_log(open_to_append(state.logfile.c_str()))) {
         return 0;
     }

@@ -6,10 +6,8 @@
 #include "customise/ini_update.h"
 #include "customise/look.h"
 #include "customise/scroll.h"
-#include "dialogue/answers.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
-#include "files/search.h"
 #include "products/product.h"
 #include "setup/installed.h"
 #include "setup/questionnaire.h"
@@ -43,15 +41,9 @@ void print_customise_banner(pINI_SETTINGS ini) {
     print("%s\n", dashed_rule);
 }
 
-// Asks for another name until the program is there.
-void find_program(pINI_SETTINGS ini) {
-    while (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 0) {
-        print("\ngxsetup cannot find a version of %s in this directory. If you\n",
-              ini_value_num(ini, D_PROD_NAME));
-        print("have changed the name of the cgi, please enter the new name now. Otherwise");
-        path_text name(question(I_ENTER_Q, ""));
-        set_answer(ini, D_CGI_NAME, clean_up_name(name.data()));
-    }
+void explain_missing_program(const char *prod_name) {
+    print("\ngxsetup cannot find a version of %s in this directory. If you\n", prod_name);
+    print("have changed the name of the cgi, please enter the new name now. Otherwise");
 }
 
 int ask_choice() {
@@ -119,7 +111,7 @@ int gxcustom_main(pINI_SETTINGS ini) {
     scoped_store settings(custom_values);
     print_customise_banner(ini);
     ask_answer(ini, D_CGI_PATH, D_CGI_Q);
-    find_program(ini);
+    ask_program_name(ini, I_ENTER_Q, explain_missing_program);
     const std::string ini_file = cgi_file(ini, D_CGI_NAME, "ini");
     load_installed_ini(ini);
     ask_answer(ini, D_VLIMG_DIR, D_VLIMG5_Q);

@@ -4,7 +4,6 @@
 #include "core/log.h"
 #include "core/paths.h"
 #include "dialogue/question.h"
-#include "files/search.h"
 #include "products/product.h"
 #include "setup/installed.h"
 #include "setup/product_ini.h"
@@ -14,7 +13,7 @@ namespace {
 
 // Whether the product is there already and its upgrade is wanted instead.
 bool wants_upgrade(pINI_SETTINGS ini) {
-    if (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 0) {
+    if (!is_program_installed(ini)) {
         return false;
     }
     print("\ngxsetup has found an old version of %s in this directory",

@@ -4,7 +4,6 @@
 #include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
-#include "dialogue/answers.h"
 #include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
@@ -35,16 +34,10 @@ void print_removal_banner(const setup_job &job) {
     print("%s\n", dashed_rule);
 }
 
-// Asks for the program's name until it is found in the cgi directory.
-void find_program(const setup_job &job) {
-    while (file_exists(cgi_file(job.ini, D_CGI_NAME, "cgi").c_str()) == 0) {
-        const char *prod_name = job.answer(D_PROD_NAME);
-        print("\ngxsetup cannot find an old version of %s in this directory. If you\n", prod_name);
-        print("have changed the name of the cgi, please enter the new name now. If there\n");
-        print("is no previous version of %s, please enter Q to quit", prod_name);
-        path_text name(question(BLANK, ""));
-        set_answer(job.ini, D_CGI_NAME, clean_up_name(name.data()));
-    }
+void explain_missing_program(const char *prod_name) {
+    print("\ngxsetup cannot find an old version of %s in this directory. If you\n", prod_name);
+    print("have changed the name of the cgi, please enter the new name now. If there\n");
+    print("is no previous version of %s, please enter Q to quit", prod_name);
 }
 
 void load_old_settings(const setup_job &job) {
@@ -150,7 +143,7 @@ int gxremove_main(pINI_SETTINGS ini) {
     print_removal_banner(job);
     dmsg("Remove cgi");
     ask_answer(ini, D_CGI_PATH, D_CGI2_Q);
-    find_program(job);
+    ask_program_name(ini, BLANK, explain_missing_program);
     load_old_settings(job);
     remove_program(job, job.answer(D_PROD_NAME), job.answer(D_CGI_NAME));
     remove_program(job, job.answer(D_WML_NAME), job.answer(D_WML_NAME));

@@ -14,10 +14,6 @@
 
 namespace {
 
-pINI_SETTINGS answers() {
-    return &gxvalues;
-}
-
 // What is suggested for an operating system, beside the templates directory.
 struct system_defaults {
     const char *cgi_path;
@@ -41,13 +37,13 @@ constexpr system_defaults windows_defaults = {
 };
 
 const char *product_name() {
-    return ini_value_num(answers(), D_PROD_NAME);
+    return ini_value_num(&gxvalues, D_PROD_NAME);
 }
 
 void start_answers() {
-    ini_init(answers(), emsg, dmsg);
-    ini_setup(answers(), ans_values, nullptr);
-    add_placeholder_hosts(answers());
+    ini_init(&gxvalues, emsg, dmsg);
+    ini_setup(&gxvalues, ans_values, nullptr);
+    add_placeholder_hosts(&gxvalues);
 }
 
 void print_defaults_banner() {
@@ -59,9 +55,9 @@ void print_defaults_banner() {
 
 void ask_directories() {
     if (is_yes(question(YN_CHDIR_Q, "NO"))) {
-        ask_answer(answers(), D_TEMPLATES, D_STMPLTS_Q);
-        ask_answer(answers(), D_VLIMG_DIR, D_SVLIMG_Q);
-        ask_answer(answers(), D_CGI_PATH, D_SCGI_Q);
+        ask_answer(&gxvalues, D_TEMPLATES, D_STMPLTS_Q);
+        ask_answer(&gxvalues, D_VLIMG_DIR, D_SVLIMG_Q);
+        ask_answer(&gxvalues, D_CGI_PATH, D_SCGI_Q);
     }
 }
 
@@ -69,21 +65,21 @@ void ask_hosts(bool is_imap) {
     if (!is_yes(question(YN_CHINI_Q, "NO"))) {
         return;
     }
-    const char *domain = ask_answer(answers(), D_DOMAIN, I_SDOM_Q);
+    const char *domain = ask_answer(&gxvalues, D_DOMAIN, I_SDOM_Q);
     path_text suggestion;
     suggestion.format("mail.%s", domain);
     if (is_imap) {
-        set_answer(answers(), D_IMAPHOST, question(I_SIMAP_Q, suggestion.c_str()));
+        set_answer(&gxvalues, D_IMAPHOST, question(I_SIMAP_Q, suggestion.c_str()));
     } else {
-        set_answer(answers(), D_POPHOST, question(I_SPOP_Q, suggestion.c_str()));
+        set_answer(&gxvalues, D_POPHOST, question(I_SPOP_Q, suggestion.c_str()));
     }
     // Also after the imap question: the pop host's placeholder then decides what is suggested.
-    path_text pop_host(ini_value_num(answers(), D_POPHOST));
-    set_answer(answers(), D_POPHOST, strlwr(pop_host.data()));
+    path_text pop_host(ini_value_num(&gxvalues, D_POPHOST));
+    set_answer(&gxvalues, D_POPHOST, strlwr(pop_host.data()));
     if (pop_host.view().starts_with("pop")) {
         suggestion.format("smtp.%s", domain);
     }
-    set_answer(answers(), D_SMTPHOST, question(I_SSMTP_Q, suggestion.c_str()));
+    set_answer(&gxvalues, D_SMTPHOST, question(I_SSMTP_Q, suggestion.c_str()));
 }
 
 // Returns the name of the file to write. If it is refused prints and logs why and returns "".
@@ -103,13 +99,13 @@ path_text ask_file(const path_text &op_system) {
 }
 
 int save_answers(const path_text &name) {
-    if (name.is_cut() || ini_save(answers(), name.c_str(), program_version) == 0) {
+    if (name.is_cut() || ini_save(&gxvalues, name.c_str(), program_version) == 0) {
         print_emsg("cannot write to %s\n", name.c_str());
         return 0;
     }
     print_imsg("%s saved\n", name.c_str());
     dmsg("Clear gxvalues");
-    ini_clear(answers());
+    ini_clear(&gxvalues);
     return 1;
 }
 
@@ -118,20 +114,20 @@ int save_answers(const path_text &name) {
 int make_dflt() {
     start_answers();
     print_defaults_banner();
-    ask_answer(answers(), D_VERSION, I_VER_Q);
-    set_answer(answers(), D_PROD_NAME, question(I_PROD_Q, "plover"));
-    const path_text op_system(ask_answer(answers(), D_OP_SYSTEM, I_OPSYS_Q));
+    ask_answer(&gxvalues, D_VERSION, I_VER_Q);
+    set_answer(&gxvalues, D_PROD_NAME, question(I_PROD_Q, "plover"));
+    const path_text op_system(ask_answer(&gxvalues, D_OP_SYSTEM, I_OPSYS_Q));
     const bool is_windows = s_stricmp(op_system.c_str(), "nt") == 0;
     const system_defaults &defaults = is_windows ? windows_defaults : unix_defaults;
     const bool is_imap = defaults.knows_imap && is_imap_product(product_name());
-    set_answer(answers(), D_CGI_PATH, defaults.cgi_path);
-    set_answer(answers(), D_VLIMG_DIR, defaults.vlimg_dir);
-    set_answer(answers(), D_TEMPLATES, product_or_osprey(product_name()).*defaults.templates);
+    set_answer(&gxvalues, D_CGI_PATH, defaults.cgi_path);
+    set_answer(&gxvalues, D_VLIMG_DIR, defaults.vlimg_dir);
+    set_answer(&gxvalues, D_TEMPLATES, product_or_osprey(product_name()).*defaults.templates);
     ask_directories();
     ask_hosts(is_imap);
     // The file suggests the host of one protocol only.
-    remove_answer(answers(), is_imap ? D_POPHOST : D_IMAPHOST);
-    set_answer(answers(), D_WML, question(YN_WML_Q, "NO", ini_value_num(answers(), D_WML_NAME)));
+    remove_answer(&gxvalues, is_imap ? D_POPHOST : D_IMAPHOST);
+    set_answer(&gxvalues, D_WML, question(YN_WML_Q, "NO", ini_value_num(&gxvalues, D_WML_NAME)));
     const path_text name = ask_file(op_system);
     return name.empty() ? 0 : save_answers(name);
 }

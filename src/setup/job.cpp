@@ -76,7 +76,7 @@ void print_outcome(const setup_job &job, const char *title, const char *work) {
     if (!job.success) {
         note_failure(formatted("%s unsuccessful", title));
     }
-    print("A log of the %s can be found \"%s%cgxsetup.log\".\n", work, install_dir, '/');
+    print("A log of the %s can be found \"%s/gxsetup.log\".\n", work, install_dir);
     print("All setup information has been written to gxsetup.dat which has been saved in\n");
     print("\"%s\" for use in future upgrades.\n\n", install_dir);
 }

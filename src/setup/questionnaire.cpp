@@ -3,9 +3,11 @@
 #include "core/console.h"
 #include "core/format.h"
 #include "core/text.h"
+#include "dialogue/answers.h"
 #include "dialogue/question.h"
 #include "setup/answer_loading.h"
 #include "setup/distribution.h"
+#include "setup/installed.h"
 #include "templates/sets.h"
 
 namespace {
@@ -61,6 +63,15 @@ void ask_images_directory(pINI_SETTINGS ini, question_number quest_num) {
 void ask_wml(pINI_SETTINGS ini) {
     const char *wanted = ini_value_num(ini, D_WML);
     set_answer(ini, D_WML, question(YN_WML_Q, wanted, ini_value_num(ini, D_WML_NAME)));
+}
+
+void ask_program_name(pINI_SETTINGS ini, question_number quest_num,
+                      void (*explain)(const char *prod_name)) {
+    while (!is_program_installed(ini)) {
+        explain(ini_value_num(ini, D_PROD_NAME));
+        path_text name(question(quest_num, ""));
+        set_answer(ini, D_CGI_NAME, clean_up_name(name.data()));
+    }
 }
 
 default_set number_sets(pINI_SETTINGS ini) {

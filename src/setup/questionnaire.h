@@ -29,6 +29,11 @@ void ask_images_directory(pINI_SETTINGS ini, question_number quest_num);
 // Asks whether the WML program is wanted and stores the reply.
 void ask_wml(pINI_SETTINGS ini);
 
+// Asks question `quest_num` for the name of the installed program until the program is found. Calls
+// `explain` with the product's name before each question.
+void ask_program_name(pINI_SETTINGS ini, question_number quest_num,
+                      void (*explain)(const char *prod_name));
+
 // --- Template sets ---
 
 // The default template set. A missing part is empty, and leaves the answer as it is when stored.

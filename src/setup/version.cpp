@@ -179,7 +179,7 @@ int get_version(pINI_SETTINGS ini, answer_position setting) {
     } else if (!is_found) {
         emsg("cannot find version");
     } else {
-        ini_add(ini, "version", version.c_str());
+        set_answer(ini, D_VERSION, version.c_str());
     }
     return is_found ? 1 : 0;
 }

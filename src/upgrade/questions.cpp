@@ -3,7 +3,6 @@
 #include "core/console.h"
 #include "core/log.h"
 #include "dialogue/question.h"
-#include "files/search.h"
 #include "products/product.h"
 #include "setup/installed.h"
 #include "setup/product_ini.h"
@@ -21,7 +20,7 @@ bool gxdat_found_here = false;
 
 // Whether there is no old program and the install is wanted. Any reply but yes is ignored.
 bool wants_install(pINI_SETTINGS ini) {
-    if (file_exists(cgi_file(ini, D_CGI_NAME, "cgi").c_str()) == 1) {
+    if (is_program_installed(ini)) {
         return false;
     }
     const char *prod_name = ini_value_num(ini, D_PROD_NAME);

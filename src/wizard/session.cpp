@@ -38,12 +38,8 @@ constexpr const char *log_file = "gxsetup.log";
 // is loaded later does not change it.
 bool is_imap = false;
 
-pINI_SETTINGS answers() {
-    return &gxvalues;
-}
-
 const char *answer(answer_position position) {
-    return ini_value_num(answers(), position);
+    return ini_value_num(&gxvalues, position);
 }
 
 bool is_action(const char *name) {
@@ -51,27 +47,27 @@ bool is_action(const char *name) {
 }
 
 bool has_answer(answer_position position) {
-    return *ini_value2_num(answers(), position) != '\0';
+    return *ini_value2_num(&gxvalues, position) != '\0';
 }
 
 void add_built_in_answers() {
     dmsg("Loading gxvalues defaults");
     // The store formats its debug texts only if they will be logged.
-    ini_init(answers(), emsg, get_loglvl() >= LOG_DEBUG ? dmsg : nullptr);
-    ini_setup(answers(), ans_values, ans_associations);
-    set_answer(answers(), D_CGI_PATH, "/home/httpd/cgi-bin");
-    set_answer(answers(), D_VLIMG_DIR, "/home/httpd/html/vlimg");
-    set_answer(answers(), D_TEMPLATES, spool_directory);
-    set_answer(answers(), D_OP_SYSTEM, "UNIX");
-    set_answer(answers(), D_ACTION, "install");
-    set_answer(answers(), D_VLIMG, "/vlimg");
-    set_answer(answers(), D_DEL_USERS, "FALSE");
-    set_answer(answers(), D_REPLACE_TMPLTS, "FALSE");
-    set_answer(answers(), D_REPLACE_INI, "FALSE");
-    add_placeholder_hosts(answers());
-    set_answer(answers(), D_LOG_LVL, "INFO");
-    set_answer(answers(), D_WML_NAME, "merlin");
-    set_answer(answers(), D_WML, "NO");
+    ini_init(&gxvalues, emsg, get_loglvl() >= LOG_DEBUG ? dmsg : nullptr);
+    ini_setup(&gxvalues, ans_values, ans_associations);
+    set_answer(&gxvalues, D_CGI_PATH, "/home/httpd/cgi-bin");
+    set_answer(&gxvalues, D_VLIMG_DIR, "/home/httpd/html/vlimg");
+    set_answer(&gxvalues, D_TEMPLATES, spool_directory);
+    set_answer(&gxvalues, D_OP_SYSTEM, "UNIX");
+    set_answer(&gxvalues, D_ACTION, "install");
+    set_answer(&gxvalues, D_VLIMG, "/vlimg");
+    set_answer(&gxvalues, D_DEL_USERS, "FALSE");
+    set_answer(&gxvalues, D_REPLACE_TMPLTS, "FALSE");
+    set_answer(&gxvalues, D_REPLACE_INI, "FALSE");
+    add_placeholder_hosts(&gxvalues);
+    set_answer(&gxvalues, D_LOG_LVL, "INFO");
+    set_answer(&gxvalues, D_WML_NAME, "merlin");
+    set_answer(&gxvalues, D_WML, "NO");
 }
 
 void load_saved_answers() {
@@ -81,7 +77,7 @@ void load_saved_answers() {
         name = answers_file;
     }
     dmsg("Loading gxvalues from default file");
-    if (load_answers(answers(), name) == 0) {
+    if (load_answers(&gxvalues, name) == 0) {
         print_emsg("Can't open file \"%s\": %s", name, std::strerror(errno));
     }
 }
@@ -89,8 +85,8 @@ void load_saved_answers() {
 void ask_product() {
     while (true) {
         path_text reply(question(I_PROD2_Q, "plover"));
-        set_answer(answers(), D_PROD_NAME, reply.c_str());
-        replace_answer(answers(), D_PROD_NAME, strlwr(reply.data()));
+        set_answer(&gxvalues, D_PROD_NAME, reply.c_str());
+        replace_answer(&gxvalues, D_PROD_NAME, strlwr(reply.data()));
         if (find_product(reply.c_str()) != nullptr) {
             return;
         }
@@ -102,7 +98,7 @@ void settle_product() {
     dmsg("Forming product name");
     if (!has_answer(D_PROD_NAME)) {
         if (const int found = prod_guess(); found != 0) {
-            set_answer(answers(), D_PROD_NAME, products[static_cast<std::size_t>(found) - 1].name);
+            set_answer(&gxvalues, D_PROD_NAME, products[static_cast<std::size_t>(found) - 1].name);
         } else {
             ask_product();
         }
@@ -114,7 +110,7 @@ void settle_images_directory() {
     const product *found = find_product(answer(D_PROD_NAME));
     // Required: also over a loaded answer.
     if (found != nullptr && found->images_directory != nullptr) {
-        set_answer(answers(), D_VLIMG_DIR, found->images_directory);
+        set_answer(&gxvalues, D_VLIMG_DIR, found->images_directory);
     }
 }
 
@@ -123,29 +119,29 @@ void settle_templates_directory() {
     if (s_stricmp(answer(D_TEMPLATES), spool_directory) == 0) {
         const product &known = product_or_osprey(answer(D_PROD_NAME));
         const std::string templates = path_in(answer(D_TEMPLATES), known.spool_subdirectory);
-        set_answer(answers(), D_TEMPLATES, templates.c_str());
+        set_answer(&gxvalues, D_TEMPLATES, templates.c_str());
     }
-    set_answer(answers(), D_MANUAL, path_in(answer(D_TEMPLATES), "manuals").c_str());
+    set_answer(&gxvalues, D_MANUAL, path_in(answer(D_TEMPLATES), "manuals").c_str());
 }
 
 void load_installed_answers_once() {
     if (gxdat_found == 0) {
         dmsg("loading gxsetup.dat from templates directory");
-        gxdat_found = load_installed_answers(answers()) ? 1 : 0;
+        gxdat_found = load_installed_answers(&gxvalues) ? 1 : 0;
     }
 }
 
 void settle_program_name() {
     dmsg("Getting cgi_name");
     if (!has_answer(D_CGI_NAME)) {
-        set_answer(answers(), D_CGI_NAME, answer(D_PROD_NAME));
+        set_answer(&gxvalues, D_CGI_NAME, answer(D_PROD_NAME));
     }
 }
 
 void settle_version() {
     dmsg("Getting version #");
-    if (get_version(answers(), D_CGI_NAME) == 0) {
-        set_answer(answers(), D_VERSION, question(I_GXVER_Q, "", answer(D_PROD_NAME)));
+    if (get_version(&gxvalues, D_CGI_NAME) == 0) {
+        set_answer(&gxvalues, D_VERSION, question(I_GXVER_Q, "", answer(D_PROD_NAME)));
     }
 }
 
@@ -181,7 +177,7 @@ bool can_set_up_here(const char *logged) {
         return false;
     }
     dmsg("%s", logged);
-    if (file_exists(product_program(answers()).c_str()) == 0) {
+    if (file_exists(product_program(&gxvalues).c_str()) == 0) {
         print_emsg("Cannot find source files\n");
         return false;
     }
@@ -228,18 +224,34 @@ flow_number choose_flow() {
     return flow;
 }
 
-void strip_one_run_answers() {
-    for (const char *name : {"replace_tmplts", "replace_ini", "del_users", "separator"}) {
-        ini_remove(answers(), name);
+int run_flow(flow_number flow) {
+    switch (flow) {
+    case flow_install:
+        return gxinstall_main(&gxvalues);
+    case flow_upgrade:
+        return gxupgrade_main(&gxvalues);
+    case flow_customise:
+        return gxcustom_main(&gxvalues);
+    case flow_remove:
+        return gxremove_main(&gxvalues);
+    case flow_none:
+        break;
     }
-    ini_remove_all(answers(), "body_add");
-    ini_remove_all(answers(), "set");
+    return 0;
+}
+
+void strip_one_run_answers() {
+    for (const answer_position position :
+         {D_REPLACE_TMPLTS, D_REPLACE_INI, D_DEL_USERS, D_BODY_ADD, D_SET}) {
+        remove_answer(&gxvalues, position);
+    }
+    ini_remove(&gxvalues, "separator"); // no position: only a loaded file can hold it
 }
 
 void save_answers() {
     dmsg("Save gxvalues to default file");
-    ini_remove_all(answers(), is_imap ? "pophost" : "imaphost");
-    if (ini_save_limited(answers(), answers_file, program_version, saved_answers_mode()) == 0) {
+    remove_answer(&gxvalues, is_imap ? D_POPHOST : D_IMAPHOST);
+    if (ini_save_limited(&gxvalues, answers_file, program_version, saved_answers_mode()) == 0) {
         print_emsg("Can't write \"%s\": %s", answers_file, std::strerror(errno));
     }
     do_copy_limited(answers_file, answer(D_INSTALL_DIR), 1, saved_answers_mode());
@@ -247,13 +259,13 @@ void save_answers() {
 
 void close_session() {
     if (is_action("install")) {
-        set_answer(answers(), D_ACTION, "upgrade"); // what the next run offers
+        set_answer(&gxvalues, D_ACTION, "upgrade"); // what the next run offers
     }
     if (!is_action("custom") && !is_action("remove")) {
         save_answers();
     }
     dmsg("Clear gxvalues");
-    ini_clear(answers());
+    ini_clear(&gxvalues);
 }
 
 } // namespace
@@ -272,12 +284,12 @@ flow_number begin_session() {
     print_banner();
     if (is_in_templates_directory()) {
         // Required: the menu offers 3 for it, the number of the flow, which there is the removal.
-        set_answer(answers(), D_ACTION, "custom");
+        set_answer(&gxvalues, D_ACTION, "custom");
     }
     const flow_number flow = choose_flow();
     if (flow != flow_none) {
         dmsg("Change replace ini to FALSE");
-        set_answer(answers(), D_REPLACE_INI, "FALSE");
+        set_answer(&gxvalues, D_REPLACE_INI, "FALSE");
     }
     return flow;
 }
@@ -285,7 +297,7 @@ flow_number begin_session() {
 int gxsetup_main() {
     const flow_number flow = begin_session();
     if (flow == flow_none) {
-        ini_clear(answers());
+        ini_clear(&gxvalues);
         print("\n----------------------------------------------------------\nGoodbye\n\n");
         return 0;
     }
@@ -298,23 +310,7 @@ int gxsetup_main() {
 
 int run_flows(flow_number flow) {
     for (;;) {
-        int result = 0;
-        switch (flow) {
-        case flow_install:
-            result = gxinstall_main(answers());
-            break;
-        case flow_upgrade:
-            result = gxupgrade_main(answers());
-            break;
-        case flow_customise:
-            result = gxcustom_main(answers());
-            break;
-        case flow_remove:
-            result = gxremove_main(answers());
-            break;
-        case flow_none:
-            break;
-        }
+        const int result = run_flow(flow);
         if (result == switch_to_upgrade) {
             flow = flow_upgrade;
         } else if (result == switch_to_install) {

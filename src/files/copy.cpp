@@ -320,6 +320,12 @@ int do_copy(const char *src, const char *xdst, int overwrite) {
     return do_copy_limited(src, xdst, overwrite, all_mode_bits);
 }
 
+int do_copy_opened(const place &from, const char *name, const place &to) {
+    const std::string path = path_in(from.path(), name);
+    return copy_into({from, name, path.c_str(), false}, to, to.path().c_str(), 1, file_mode,
+                     nullptr);
+}
+
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most) {
     const named_place from = locate(src);
     return copy_into({from.directory, from.name.c_str(), src, false}, target_directory(xdst), xdst,

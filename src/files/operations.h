@@ -57,6 +57,9 @@ inline constexpr mode_t images_mode = 0755;
 // nothing and returns 1.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
+// do_copy, with overwriting, of the file `name` of an open directory into another open one.
+int do_copy_opened(const place &from, const char *name, const place &to);
+
 // do_copy of a file, which gets no more rights than `most` has.
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most);
 

@@ -45,13 +45,13 @@ std::vector<std::string> find_sets(const char *dir) {
     return sets;
 }
 
-bool copy_to_all(const std::string &file, const std::vector<std::string> &directories) {
-    return std::all_of(directories.begin(), directories.end(), [&](const std::string &directory) {
-        return do_copy(file.c_str(), directory.c_str(), 1) != 0;
+bool copy_to_all(const place &common, const char *name, const std::vector<place> &directories) {
+    return std::all_of(directories.begin(), directories.end(), [&](const place &directory) {
+        return do_copy_opened(common, name, directory) != 0;
     });
 }
 
-bool copy_common(const std::string &common, const std::vector<std::string> &copied_sets,
+bool copy_common(const std::string &common, const std::vector<place> &copied_sets,
                  bool skip_words) {
     const place directory(common);
     found_names names;
@@ -59,10 +59,9 @@ bool copy_common(const std::string &common, const std::vector<std::string> &copi
     const int count = wild_find2(directory, common.c_str(), "*", names, plain);
     bool is_complete = true;
     for_each_name(names, count, [&](const char *name) {
-        const std::string file = path_in(common, name);
         if (is_file(directory, name) && !(skip_words && name == word_list)) {
             // After a failure copies nothing more; the loop goes on to free the names.
-            is_complete = is_complete && copy_to_all(file, copied_sets);
+            is_complete = is_complete && copy_to_all(directory, name, copied_sets);
         }
     });
     return is_complete;
@@ -119,14 +118,14 @@ int do_template_copy(const char *src, const char *dst, int skip_words) {
     if (src == nullptr || dst == nullptr) {
         return 0;
     }
-    std::vector<std::string> copied_sets;
+    std::vector<place> copied_sets;
     for (const std::string &set : find_sets(src)) {
-        std::string target = path_in(dst, set.c_str());
+        const std::string target = path_in(dst, set.c_str());
         if (make_owned_dir(target.c_str(), directory_mode) == 0 ||
             do_xcopy2(path_in(src, set.c_str()).c_str(), "*", target.c_str(), 1) == 0) {
             return 0;
         }
-        copied_sets.push_back(std::move(target));
+        copied_sets.emplace_back(target);
     }
     const std::string common = path_in(src, common_name);
     return copy_common(common, copied_sets, skip_words != 0) ? 1 : 0;

@@ -160,8 +160,6 @@ const std::vector<refusal> refusals = {
     {"RefusedWords.ADestinationThatNothingCanBeMadeBeside", "openat", "<@/html/vlimg>, \"gxsetup.",
      "EIO", write_refused("@/html/vlimg/logo.gif", "Input/output error"), "unsuccessful",
      "html/vlimg/logo.gif \"old picture\"", "", add_old_pictures},
-    {"RefusedWords.ADestinationThatCannotBeWritten", "write", "<@/cgi-bin/kestrel.cgi>", "EDQUOT",
-     program_failed("Disk quota exceeded")},
     {"RefusedWords.ADestinationThatCannotBeClosed", "close", "<@/cgi-bin/kestrel.cgi>", "EIO",
      program_failed("Input/output error")},
     {"RefusedWords.AModeThatCannotBeGivenToAProgramFailsNothing", "fchmod",
@@ -201,6 +199,23 @@ void RefusedWords::check(const refusal &one) {
 }
 
 const int refusals_registered = register_rows<RefusedWords>(refusals);
+
+// Whichever call the bytes are moved with.
+TEST_F(RefusedWords, ADestinationThatCannotBeWritten) {
+    run_place place;
+    place.wrapper = {"/usr/bin/strace",
+                     "-o",
+                     "/dev/null",
+                     "-P",
+                     host.path("cgi-bin/kestrel.cgi"),
+                     "-e",
+                     "inject=write,?copy_file_range,ioctl:error=EDQUOT"};
+    place.settings = {{"ASAN_OPTIONS", "detect_leaks=0"}, {"LSAN_OPTIONS", "detect_leaks=0"}};
+    const wizard_run run =
+        run_wizard(host, flat_install.arguments, typed(flat_install.answers), place);
+    EXPECT_THAT(run.transcript, HasSubstr(program_failed("Disk quota exceeded")));
+    EXPECT_THAT(run.transcript, HasSubstr("\nInstallation unsuccessful"));
+}
 
 TEST_F(RefusedWords, AnOwnerThatCannotBeGivenIsNotToldAndFailsNothing) {
     const wizard_run run =

@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -45,13 +47,36 @@ std::vector<std::string> find_sets(const char *dir) {
     return sets;
 }
 
-bool copy_to_all(const place &common, const char *name, const std::vector<place> &directories) {
-    return std::all_of(directories.begin(), directories.end(), [&](const place &directory) {
-        return do_copy_opened(common, name, directory) != 0;
-    });
+// The directory that a set was copied to. Only the first ones stay open: a process may open few
+// files, and there may be many sets.
+class set_target {
+  public:
+    set_target(std::string path, std::size_t number) : path_(std::move(path)) {
+        if (number < most_open) {
+            open_.emplace(path_);
+        }
+    }
+
+    bool copy(const place &from, const char *name) const {
+        if (open_) {
+            return do_copy_opened(from, name, *open_) != 0;
+        }
+        return do_copy_opened(from, name, place(path_)) != 0;
+    }
+
+  private:
+    static constexpr std::size_t most_open = 16;
+
+    std::string path_;
+    std::optional<place> open_;
+};
+
+bool copy_to_all(const place &common, const char *name, const std::vector<set_target> &sets) {
+    return std::all_of(sets.begin(), sets.end(),
+                       [&](const set_target &set) { return set.copy(common, name); });
 }
 
-bool copy_common(const std::string &common, const std::vector<place> &copied_sets,
+bool copy_common(const std::string &common, const std::vector<set_target> &copied_sets,
                  bool skip_words) {
     const place directory(common);
     found_names names;
@@ -118,14 +143,14 @@ int do_template_copy(const char *src, const char *dst, int skip_words) {
     if (src == nullptr || dst == nullptr) {
         return 0;
     }
-    std::vector<place> copied_sets;
+    std::vector<set_target> copied_sets;
     for (const std::string &set : find_sets(src)) {
-        const std::string target = path_in(dst, set.c_str());
+        std::string target = path_in(dst, set.c_str());
         if (make_owned_dir(target.c_str(), directory_mode) == 0 ||
             do_xcopy2(path_in(src, set.c_str()).c_str(), "*", target.c_str(), 1) == 0) {
             return 0;
         }
-        copied_sets.emplace_back(target);
+        copied_sets.emplace_back(std::move(target), copied_sets.size());
     }
     const std::string common = path_in(src, common_name);
     return copy_common(common, copied_sets, skip_words != 0) ? 1 : 0;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -251,6 +252,21 @@ TEST_F(SetCopy, ExistingSetIsOverwritten) {
     console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); });
     EXPECT_EQ(read_file("dst/one/own"), "own of one");
     EXPECT_EQ(read_file("dst/one/more"), "stays");
+}
+
+TEST_F(SetCopy, ManySetsNeedFewOpenFiles) {
+    for (int number = 0; number < 80; number++) {
+        std::filesystem::create_directory("src/many" + std::to_string(number));
+    }
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit few = {40, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); });
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    for (int number = 0; number < 80; number++) {
+        EXPECT_EQ(read_file("dst/many" + std::to_string(number) + "/words.dat"), "words");
+    }
 }
 
 TEST_F(SetCopy, MissingArgumentCopiesNothing) {

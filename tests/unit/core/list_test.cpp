@@ -1,5 +1,6 @@
 #include "core/list.h"
 
+#include "core/format.h"
 #include "support/console_capture.h"
 #include "support/rows.h"
 #include "unit/failing_memory.h"
@@ -20,20 +21,62 @@ char a[] = "a";
 char b[] = "b";
 char c[] = "c";
 char x[] = "x";
+char other_c[] = "c";
 
-std::string text_of(void *item) {
+std::string shown(void *item) {
     return item != nullptr ? static_cast<char *>(item) : "-";
 }
+
+std::string shown(int status) {
+    return std::to_string(status);
+}
+
+// The argument of a call: an item's name, a number, or "-" for null.
+struct call_argument {
+    std::string text;
+
+    operator void *() const {
+        const std::map<std::string, char *> items = {
+            {"a", a}, {"c", c}, {"x", x}, {"other_c", other_c}, {"-", nullptr}};
+        return items.at(text);
+    }
+    operator int() const { return std::atoi(text.c_str()); }
+};
+
+// clang-format off
+const std::map<std::string, std::function<std::string(LINK_LIST *, call_argument)>> calls = {
+    {"start", [](auto *list, auto) { return shown(list_start(list)); }},
+    {"last", [](auto *list, auto) { return shown(list_last(list)); }},
+    {"is_last", [](auto *list, auto item) { return shown(list_is_last(list, item)); }},
+    {"is_first", [](auto *list, auto item) { return shown(list_is_first(list, item)); }},
+    {"forward", [](auto *list, auto) { return shown(list_forward(list)); }},
+    {"back", [](auto *list, auto) { return shown(list_back(list)); }},
+    {"forward_num", [](auto *list, auto steps) { return shown(list_forward_num(list, steps)); }},
+    {"back_num", [](auto *list, auto steps) { return shown(list_back_num(list, steps)); }},
+    {"add", [](auto *list, auto item) { return shown(list_add(list, item)); }},
+    {"add_current", [](auto *list, auto item) { return shown(list_add_current(list, item)); }},
+    {"get", [](auto *list, auto) { return shown(list_get(list)); }},
+    {"get_back", [](auto *list, auto) { return shown(list_get_back(list)); }},
+    {"get_num", [](auto *list, auto place) { return shown(list_get_num(list, place)); }},
+    {"remove", [](auto *list, auto) { return shown(list_remove(list)); }},
+    {"remove_num", [](auto *list, auto place) { return shown(list_remove_num(list, place)); }},
+    {"remove_next", [](auto *list, auto) { return shown(list_remove_next(list)); }},
+    {"clear", [](auto *list, auto) { return shown(list_clear(list)); }},
+    {"clear_dealloc", [](auto *list, auto) { return shown(list_clear_dealloc(list)); }},
+    {"num", [](auto *list, auto) { return shown(list_num(list)); }},
+    {"list", [](auto *list, auto) { LINK_LIST other; list_init(&other, nullptr);
+                                    return shown(list_list(list, &other)); }},
+    {"emsg", [](auto *list, auto) { return shown(list_emsg(list, "text")); }},
+};
+// clang-format on
 
 std::vector<std::string> messages;
 
 int keep_message(const char *format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    bounded_text<4096> message;
-    message.vformat(format, arguments);
+    messages.push_back(vformatted(format, arguments));
     va_end(arguments);
-    messages.emplace_back(message.c_str());
     return 1;
 }
 
@@ -58,9 +101,10 @@ class ListOfThree : public testing::Test {
         for (const list_struct *node = list.first; node != nullptr; node = node->post) {
             EXPECT_EQ(node->pre, before);
             before = node;
-            text += text_of(node->item);
+            text += shown(node->item);
             count++;
         }
+        EXPECT_EQ(list.init_value, 32000);
         EXPECT_EQ(list.last, before);
         EXPECT_EQ(list.num, count);
         return text;
@@ -68,46 +112,18 @@ class ListOfThree : public testing::Test {
 
     // The item under the cursor.
     std::string at_cursor() const {
-        return list.current != nullptr ? text_of(list.current->item) : "-";
-    }
-
-    // Makes a call, "NAME" or "NAME:ARGUMENT"; gives its result as a text.
-    std::string call(const std::string &text) {
-        const std::string name = text.substr(0, text.find(':'));
-        const std::string argument = text.substr(std::min(name.size() + 1, text.size()));
-        const int number = name.starts_with("add") ? 0 : std::atoi(argument.c_str());
-        void *item = argument == "x" ? x : nullptr;
-        const bool has_number = !argument.empty();
-        const std::map<std::string, std::function<int()>> with_status = {
-            {"start", [&] { return list_start(&list); }},
-            {"last", [&] { return list_last(&list); }},
-            {"forward",
-             [&] { return has_number ? list_forward_num(&list, number) : list_forward(&list); }},
-            {"back", [&] { return has_number ? list_back_num(&list, number) : list_back(&list); }},
-            {"add", [&] { return list_add(&list, item); }},
-            {"add_current", [&] { return list_add_current(&list, item); }},
-            {"clear", [&] { return list_clear(&list); }},
-            {"num", [&] { return list_num(&list); }},
-        };
-        const std::map<std::string, std::function<void *()>> with_item = {
-            {"get", [&] { return list_get(&list); }},
-            {"get_back", [&] { return list_get_back(&list); }},
-            {"get_num", [&] { return list_get_num(&list, number); }},
-            {"remove", [&] { return list_remove(&list); }},
-            {"remove_num", [&] { return list_remove_num(&list, number); }},
-            {"remove_next", [&] { return list_remove_next(&list); }},
-        };
-        return with_status.contains(name) ? std::to_string(with_status.at(name)())
-                                          : text_of(with_item.at(name)());
+        return list.current != nullptr ? shown(list.current->item) : "-";
     }
 
     // The test of a row of the table below.
     template <typename Row>
     void check(const Row &row) {
-        std::istringstream calls(row.calls);
+        std::istringstream steps(row.calls);
         std::string results;
-        for (std::string text; calls >> text;) {
-            results += (results.empty() ? "" : " ") + call(text);
+        for (std::string step; steps >> step;) {
+            const std::string name = step.substr(0, step.find(':'));
+            const std::string argument = step.substr(std::min(name.size() + 1, step.size()));
+            results += (results.empty() ? "" : " ") + calls.at(name)(&list, {argument});
         }
         EXPECT_EQ(results, row.results);
         EXPECT_EQ(items(), row.items);
@@ -117,21 +133,20 @@ class ListOfThree : public testing::Test {
     LINK_LIST list;
 };
 
+class FreshList : public ListOfThree {
+  protected:
+    FreshList() {
+        list_clear(&list);
+        list_init(&list, nullptr);
+    }
+};
+
 using ListInit = ListOfThree;
-using ListIsLast = ListOfThree;
-using ListIsFirst = ListOfThree;
 using ListAdd = ListOfThree;
 using ListAddCurrent = ListOfThree;
 using ListClearDealloc = ListOfThree;
 using ListList = ListOfThree;
 using ListEmsg = ListOfThree;
-
-class FreshList : public testing::Test {
-  protected:
-    FreshList() { list_init(&list, nullptr); }
-
-    LINK_LIST list;
-};
 
 // --- Steps through the list ---
 
@@ -157,15 +172,16 @@ const std::vector<list_steps> steps = {
      "start forward forward forward", "1 1 1 -1", "abc", "-"},
     {"ListBack.FromTheFirstNodeGoesPastTheEndAndGivesMinusOne", "start back", "1 -1", "abc", "-"},
     {"ListBack.StepsBack", "start back back back", "1 -1 1 1", "abc", "b"},
-    {"ListForwardNum.StepsAsOften", "start forward:2", "1 1", "abc", "c"},
+    {"ListForwardNum.StepsAsOften", "start forward_num:2", "1 1", "abc", "c"},
     {"ListForwardNum.StopsAtTheFirstStepThatGivesMinusOne",
-     "start forward:2 forward:5", "1 1 -1", "abc", "-"},
+     "start forward_num:2 forward_num:5", "1 1 -1", "abc", "-"},
     {"ListForwardNum.NoStepsGiveOneAndLeaveTheCursor",
-     "start forward:0 forward:-3", "1 1 1", "abc", "a"},
-    {"ListBackNum.StepsAsOften", "last back:3", "1 1", "abc", "a"},
+     "start forward_num:0 forward_num:-3", "1 1 1", "abc", "a"},
+    {"ListBackNum.StepsAsOften", "last back_num:3", "1 1", "abc", "a"},
     {"ListBackNum.StopsAtTheFirstStepThatGivesMinusOne",
-     "last back:3 back:2", "1 1 -1", "abc", "-"},
-    {"ListBackNum.NoStepsGiveOneAndLeaveTheCursor", "start back:0 back:-1", "1 1 1", "abc", "a"},
+     "last back_num:3 back_num:2", "1 1 -1", "abc", "-"},
+    {"ListBackNum.NoStepsGiveOneAndLeaveTheCursor",
+     "start back_num:0 back_num:-1", "1 1 1", "abc", "a"},
     {"ListAdd.AppendsAndLeavesTheCursor", "start forward add:x", "1 1 1", "abcx", "b"},
     {"ListAdd.PastTheEndTheCursorStaysThere", "last add:x", "1 1", "abcx", "-"},
     {"ListAdd.RefusesANullItem", "add:-", "0", "abc", "-"},
@@ -201,47 +217,30 @@ const std::vector<list_steps> steps = {
     {"ListClear.ANullItemDoesNotKeepTheHeaderFromBeingEmptied",
      "start forward add_current:- clear", "1 1 1 1", "", "-"},
     {"ListNum.CountsAndLeavesTheCursor", "start num", "1 3", "abc", "a"},
+    {"ListIsLast.ComparesTheItemNotItsText",
+     "is_last:c is_last:a is_last:other_c", "1 0 0", "abc", "-"},
+    {"ListIsFirst.ComparesTheItemNotItsText",
+     "is_first:a is_first:c remove_num:0 remove_num:0 is_first:c is_first:other_c",
+     "1 0 a b 1 0", "c", "c"},
+    {"ListList.AnEmptyListAddsNothing", "list", "3", "abc", "-"},
+};
+const std::vector<list_steps> steps_of_fresh_list = {
+    {"FreshList.HasNoItems",
+     "get get_back get_num:0 num remove remove_num:0 remove_next num", "- - - 0 - - - 0", "", "-"},
+    {"FreshList.HasNoFirstOrLastItem",
+     "is_first:a is_last:a is_first:- is_last:-", "0 0 0 0", "", "-"},
+    {"FreshList.StepsNowhere",
+     "start last forward back forward_num:1 back_num:1 forward_num:0 back_num:0",
+     "1 1 -1 -1 -1 -1 1 1", "", "-"},
+    {"FreshList.ClearsToAnEmptyList", "clear clear_dealloc", "1 1", "", "-"},
+    {"FreshList.TakesNothingFromAnEmptyList", "list", "0", "", "-"},
 };
 // clang-format on
 
 const int registered = register_rows<ListOfThree>(steps);
+const int registered_too = register_rows<FreshList>(steps_of_fresh_list);
 
 } // namespace
-
-TEST_F(FreshList, HasNoItems) {
-    EXPECT_EQ(list_get(&list), nullptr);
-    EXPECT_EQ(list_get_back(&list), nullptr);
-    EXPECT_EQ(list_get_num(&list, 0), nullptr);
-    EXPECT_EQ(list_num(&list), 0);
-    EXPECT_EQ(list_remove(&list), nullptr);
-    EXPECT_EQ(list_remove_num(&list, 0), nullptr);
-    EXPECT_EQ(list_remove_next(&list), nullptr);
-    EXPECT_EQ(list_num(&list), 0);
-}
-
-TEST_F(FreshList, HasNoFirstOrLastItem) {
-    EXPECT_EQ(list_is_first(&list, a), 0);
-    EXPECT_EQ(list_is_last(&list, a), 0);
-    EXPECT_EQ(list_is_first(&list, nullptr), 0);
-    EXPECT_EQ(list_is_last(&list, nullptr), 0);
-}
-
-TEST_F(FreshList, StepsNowhere) {
-    EXPECT_EQ(list_start(&list), 1);
-    EXPECT_EQ(list_last(&list), 1);
-    EXPECT_EQ(list_forward(&list), -1);
-    EXPECT_EQ(list_back(&list), -1);
-    EXPECT_EQ(list_forward_num(&list, 1), -1);
-    EXPECT_EQ(list_back_num(&list, 1), -1);
-    EXPECT_EQ(list_forward_num(&list, 0), 1);
-    EXPECT_EQ(list_back_num(&list, 0), 1);
-}
-
-TEST_F(FreshList, ClearsToAnEmptyList) {
-    EXPECT_EQ(list_clear(&list), 1);
-    EXPECT_EQ(list_clear_dealloc(&list), 1);
-    EXPECT_EQ(list.init_value, 32000);
-}
 
 TEST_F(ListInit, EmptiesTheHeaderAndKeepsTheReceiver) {
     LINK_LIST other;
@@ -258,79 +257,28 @@ TEST_F(ListInit, EmptiesTheHeaderAndKeepsTheReceiver) {
 
 TEST(List, NullListGivesNothing) {
     EXPECT_EQ(list_init(nullptr, nullptr), 0);
-    EXPECT_EQ(list_start(nullptr), 0);
-    EXPECT_EQ(list_last(nullptr), 0);
-    EXPECT_EQ(list_is_last(nullptr, a), 0);
-    EXPECT_EQ(list_is_first(nullptr, a), 0);
-    EXPECT_EQ(list_forward(nullptr), 0);
-    EXPECT_EQ(list_back(nullptr), 0);
-    EXPECT_EQ(list_forward_num(nullptr, 1), 0);
-    EXPECT_EQ(list_back_num(nullptr, 1), 0);
-    EXPECT_EQ(list_add(nullptr, a), 0);
-    EXPECT_EQ(list_add_current(nullptr, a), 0);
-    EXPECT_EQ(list_get(nullptr), nullptr);
-    EXPECT_EQ(list_get_back(nullptr), nullptr);
-    EXPECT_EQ(list_get_num(nullptr, 0), nullptr);
-    EXPECT_EQ(list_remove(nullptr), nullptr);
-    EXPECT_EQ(list_remove_num(nullptr, 0), nullptr);
-    EXPECT_EQ(list_remove_next(nullptr), nullptr);
-    EXPECT_EQ(list_clear(nullptr), 0);
-    EXPECT_EQ(list_clear_dealloc(nullptr), 0);
-    EXPECT_EQ(list_num(nullptr), 0);
     EXPECT_EQ(list_list(nullptr, nullptr), 0);
-    EXPECT_EQ(list_emsg(nullptr, "text"), 0);
-}
-
-TEST(List, UseBeforeInitEndsTheProgramWithStatus1) {
-    const std::vector<std::function<void(LINK_LIST *)>> uses = {
-        [](LINK_LIST *list) { list_start(list); },
-        [](LINK_LIST *list) { list_last(list); },
-        [](LINK_LIST *list) { list_is_last(list, a); },
-        [](LINK_LIST *list) { list_is_first(list, a); },
-        [](LINK_LIST *list) { list_forward(list); },
-        [](LINK_LIST *list) { list_back(list); },
-        [](LINK_LIST *list) { list_forward_num(list, 0); },
-        [](LINK_LIST *list) { list_back_num(list, 0); },
-        [](LINK_LIST *list) { list_add(list, a); },
-        [](LINK_LIST *list) { list_add_current(list, a); },
-        [](LINK_LIST *list) { list_get(list); },
-        [](LINK_LIST *list) { list_get_back(list); },
-        [](LINK_LIST *list) { list_get_num(list, 0); },
-        [](LINK_LIST *list) { list_remove(list); },
-        [](LINK_LIST *list) { list_remove_num(list, 0); },
-        [](LINK_LIST *list) { list_remove_next(list); },
-        [](LINK_LIST *list) { list_clear(list); },
-        [](LINK_LIST *list) { list_clear_dealloc(list); },
-        [](LINK_LIST *list) { list_num(list); },
-        [](LINK_LIST *list) {
-            LINK_LIST ready;
-            list_init(&ready, nullptr);
-            list_list(&ready, list);
-        },
-        [](LINK_LIST *list) { list_emsg(list, "text"); },
-    };
-    for (const auto &use : uses) {
-        LINK_LIST raw;
-        EXPECT_EXIT((errno = ENOENT, use(&raw)), testing::ExitedWithCode(1),
-                    testing::Eq(std::string("Error Using Link List before Init\n: "
-                                            "No such file or directory\n")));
-        raw.init_value = 31999;
-        EXPECT_EXIT(use(&raw), testing::ExitedWithCode(1), "before Init");
+    for (const auto &[name, call] : calls) {
+        const bool gives_an_item = name.starts_with("get") || name.starts_with("remove");
+        EXPECT_EQ(call(nullptr, {"a"}), gives_an_item ? "-" : "0") << name;
     }
 }
 
-TEST_F(ListIsLast, ComparesTheItemNotItsText) {
-    char other_c[] = "c";
-    EXPECT_NE(list_is_last(&list, c), 0);
-    EXPECT_EQ(list_is_last(&list, a), 0);
-    EXPECT_EQ(list_is_last(&list, other_c), 0);
+TEST(List, UseBeforeInitEndsTheProgramWithStatus1) {
+    for (const auto &[name, call] : calls) {
+        LINK_LIST raw;
+        EXPECT_EXIT((errno = ENOENT, call(&raw, {"a"})), testing::ExitedWithCode(1),
+                    testing::Eq(std::string("Error Using Link List before Init\n: "
+                                            "No such file or directory\n")))
+            << name;
+        raw.init_value = 31999;
+        EXPECT_EXIT(call(&raw, {"a"}), testing::ExitedWithCode(1), "before Init") << name;
+    }
 }
 
-TEST_F(ListIsFirst, ComparesTheItemNotItsText) {
-    char other_a[] = "a";
-    EXPECT_NE(list_is_first(&list, a), 0);
-    EXPECT_EQ(list_is_first(&list, c), 0);
-    EXPECT_EQ(list_is_first(&list, other_a), 0);
+TEST_F(ListList, FromAListBeforeInitEndsTheProgramToo) {
+    LINK_LIST raw;
+    EXPECT_EXIT(list_list(&list, &raw), testing::ExitedWithCode(1), "before Init");
 }
 
 TEST_F(ListAdd, WithoutMemoryReportsTheErrorAndChangesNothing) {
@@ -360,7 +308,6 @@ TEST_F(ListClearDealloc, FreesEveryItem) {
     list_get(&list);
     EXPECT_EQ(list_clear_dealloc(&list), 1);
     EXPECT_EQ(items(), "");
-    EXPECT_EQ(list.init_value, 32000);
 }
 
 TEST_F(ListClearDealloc, StopsAtANullItemAndEmptiesTheHeaderAllTheSame) {
@@ -399,13 +346,6 @@ TEST_F(ListList, AnAppendThatFailsGivesZero) {
     }
     EXPECT_EQ(items(), "abcx");
     list_clear(&other);
-}
-
-TEST_F(ListList, AnEmptyListAddsNothing) {
-    LINK_LIST other;
-    list_init(&other, nullptr);
-    EXPECT_EQ(list_list(&list, &other), 3);
-    EXPECT_EQ(list_list(&other, &other), 0);
 }
 
 TEST_F(ListEmsg, BeginsEveryMessageWithList) {

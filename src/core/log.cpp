@@ -60,7 +60,8 @@ bool open_log_lazily() {
         print("Cant open logfile %s\n", state.logfile.c_str());
         return false;
     }
-    // What an earlier run logged counts towards the next rotation.
+    // What an earlier run logged counts towards the next rotation. (A log that inilog opens is
+    // rotated at once.)
     std::fseek(state.logf.get(), 0, SEEK_END);
     state.logged_bytes = static_cast<std::size_t>(std::max(0L, std::ftell(state.logf.get())));
     state.unloged = true;
@@ -125,7 +126,7 @@ int inilog(const char *path, const char *s) {
     if (!open_log(open_to_append(state.logfile.c_str()))) {
         return 0;
     }
-    tell_refusals(emsg);
+    tell_refusals(emsg); // core/place cannot log: it is used by the log
     if (state.unloged) {
         emsg("Errors logged before inilog called see init.log");
         state.unloged = false;
@@ -230,12 +231,13 @@ int rotate_logs() {
 
     close_log();
     const place here(".");
-    here.remove(generation(generations).c_str());
+    here.remove(generation(generations).c_str()); // the first runs have none
     for (int number = generations; number > 1; number--) {
         if (!here.rename(generation(number - 1).c_str(), generation(number).c_str())) {
             ok = false;
         }
     }
+    // Before the rename: a message about its failure opens the log anew under this name.
     state.logfile = shown_generation(0);
     if (!here.rename(generation(0).c_str(), generation(1).c_str())) {
         dmsg("rotate_logs: Cant rename %s as %s\n", state.logfile.c_str(),

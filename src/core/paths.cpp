@@ -75,6 +75,7 @@ char *valid_file(const char *file) {
     static path_text result;
     const std::string_view text = file != nullptr ? file : "";
     std::string kept;
+    // Required: the bound is on what is read, not on what is kept.
     for (const char character : text.substr(0, path_text::capacity)) {
         if (character == ' ') {
             kept.push_back('_');
@@ -94,6 +95,7 @@ char *attach_path(const char *work_path, const char *file) {
         return result.data();
     }
     path_text directory(work_path);
+    // One "/" at the seam, wherever it comes from.
     if (!directory.view().ends_with('/')) {
         if (!name.starts_with('/')) {
             directory.append("/");

@@ -36,9 +36,6 @@ const char *strip_directory(const char *path);
 // Returns a copy of `path`, 511 characters at most, without one trailing "/". Null counts as "".
 char *rmv_end_sep(const char *path);
 
-// Returns what follows the last "/", without its extension (strip_ext) if `rm_extend` is set.
-char *strip_path(const char *in, int rm_extend);
-
 // --- Part of the fixed interface; the program itself does not call these ---
 
 // As rmv_end_sep, with one "/" at the end.
@@ -58,6 +55,9 @@ char *attach_ext(const char *path_file, const char *ext);
 // Cuts at the last "." of the whole text, directories included. A trailing dot is dropped unless it
 // is among the first two characters or follows another dot.
 char *strip_ext(const char *in);
+
+// Returns what follows the last "/", without its extension (strip_ext) if `rm_extend` is set.
+char *strip_path(const char *in, int rm_extend);
 
 // Returns the directory with its "/"; null if there is none.
 char *strip_filename(const char *in);

@@ -74,7 +74,7 @@ char *ncpy(char *dst, const char *src, std::size_t len) {
         return dst;
     }
     const std::size_t length = ::strnlen(src, len);
-    std::memmove(dst, src, length);
+    std::memmove(dst, src, length); // a caller may copy a text within itself
     dst[length] = '\0';
     dst[len] = '\0'; // required, also after a shorter text
     return dst + length;
@@ -133,7 +133,7 @@ int s_stricmp(const char *a, const char *b) {
             return difference;
         }
     }
-    return *a == *b ? 0 : 1;
+    return *a == *b ? 0 : 1; // required: 1 also if the first text is the shorter one
 }
 
 int s_strncmp(const char *a, const char *b, std::size_t n) {
@@ -255,6 +255,12 @@ char *s_strtoken(const char *string, const char *sep) {
 std::string_view text_after(std::string_view text, char separator) {
     const std::size_t at = text.find(separator);
     return at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
+}
+
+std::string lower_case(std::string_view text) {
+    std::string lower(text);
+    strlwr(lower.data());
+    return lower;
 }
 
 char *remove_quote(const char *str) {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 
 struct text_freer {
@@ -32,10 +33,8 @@ int s_stricmp(const char *a, const char *b);
 int s_strncmp(const char *a, const char *b, std::size_t n);
 int s_strnicmp(const char *a, const char *b, std::size_t n);
 
-// Lower-case a text in place and return it. strlwr changes A to Z only, and its text may not be
-// null; s_strlwr changes what the C library (tolower, ISO C 7.4.2.1) holds for letters.
+// Lower-cases A to Z in place. Returns `text`, which may not be null.
 char *strlwr(char *text);
-char *s_strlwr(char *text);
 
 const char *s_strstr(const char *hay, const char *needle);
 std::size_t s_strlen(const char *text);
@@ -54,6 +53,9 @@ char *s_strtoken(const char *string, const char *sep);
 
 // Returns what follows the first `separator` of `text`; nothing if it holds none.
 std::string_view text_after(std::string_view text, char separator);
+
+// Returns a copy of `text` as strlwr leaves it.
+std::string lower_case(std::string_view text);
 
 // --- Part of the fixed interface; the program itself does not call these ---
 
@@ -77,6 +79,10 @@ char *s_strcpy(char *dst, const char *src);
 // Grows the heap text `str`, null counting as "", by `add`. The caller owns and frees the result;
 // if memory runs out it is `str` unchanged.
 char *s_stradd(char *str, const char *add);
+
+// Lower-cases in place what the C library takes for letters (tolower, ISO C 7.4.2.1). Returns
+// `text`, which may be null.
+char *s_strlwr(char *text);
 
 const char *s_strchr(const char *text, int character);
 // Returns the first match in `hay` ignoring case, or null.

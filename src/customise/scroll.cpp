@@ -30,12 +30,6 @@ std::string_view leading_word(std::string_view text) {
     return text.substr(0, static_cast<std::size_t>(end - text.begin()));
 }
 
-std::string lower_case(std::string_view word) {
-    std::string lower(word);
-    s_strlwr(lower.data());
-    return lower;
-}
-
 // Reads the applet's HTML into a record, in one pass. A "=" makes an attribute, which then awaits
 // what follows: a size awaits its first digit; a parameter awaits the quote before its name, then
 // the "=" of its value, then the word that begins the value.

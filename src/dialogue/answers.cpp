@@ -19,6 +19,7 @@ bool says_yes(const char *reply) {
 }
 
 bool says_no(const char *reply) {
+    // Required: "N" alone is an ordinary answer, "Y" a yes.
     return s_stricmp(reply, "no") == 0 || s_strcmp(reply, "n") == 0;
 }
 

@@ -25,13 +25,13 @@ path_text probe_name() {
 int check_valid_dir(const char *path) {
     if (path == nullptr || *path == '\0') {
         print("No path given! ");
-        return 1;
+        return directory_lacks_root;
     }
     if (check_for_root(path) == 0) {
         print("No root given! ");
-        return 1;
+        return directory_lacks_root;
     }
-    return dir_exists(path) == 1 ? 0 : 3;
+    return dir_exists(path) == 1 ? directory_is_there : directory_is_missing;
 }
 
 // Compares the directories themselves too: another user may have put a file of the probe's name

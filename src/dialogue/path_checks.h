@@ -2,9 +2,14 @@
 // program runs in. The question engine and the flows use them.
 #pragma once
 
-// Returns 0 for an existing directory given from the root, 1 for an empty path or one without root,
-// 3 if it does not exist. "/" alone counts as not existing. For a 1 prints "No path given! " or "No
-// root given! "; the caller prints the rest of the line.
+// The results of check_valid_dir.
+inline constexpr int directory_is_there = 0;
+inline constexpr int directory_lacks_root = 1;
+inline constexpr int directory_is_missing = 3;
+
+// Looks for a directory given from the root. "/" alone counts as missing, an empty path as one
+// without root. For a path without root prints "No path given! " or "No root given! "; the caller
+// prints the rest of the line.
 int check_valid_dir(const char *path);
 
 // Returns 1 if `dir` is the current working directory, else 0. Creates a probe file here, looks for

@@ -78,20 +78,20 @@ void read_reply(const asked_question &asked) {
 // Whether the reply is a directory that the question takes; prints why not.
 bool accept_directory(int dir_action) {
     switch (check_valid_dir(reply.c_str())) {
-    case 0:
+    case directory_is_there:
         return true;
-    case 3:
-        // The root is there, though the existence test does not find it, and cannot be created.
+    case directory_is_missing:
+        // The root always counts as missing: never offer to create it.
         if ((dir_action & dir_may_be_new) != 0 && reply.view() != "/") {
             print_imsg("%s does not exist... gxsetup will create it\n", reply.c_str());
             return true;
         }
         print("%s does not exist... please enter a valid directory\n", reply.c_str());
         return false;
-    case 1:
+    case directory_lacks_root:
         print("please enter a directory from the root\n");
         return false;
-    default:
+    default: // no result of today's check (kept)
         print("please enter a valid directory\n");
         return false;
     }

@@ -64,12 +64,6 @@ element_result match_element(std::string_view pattern, unsigned char character) 
     }
 }
 
-std::string lower_case(std::string_view text) {
-    std::string lower(text);
-    strlwr(lower.data());
-    return lower;
-}
-
 // Whether a list element is left to look at; a list ends with its last character or at a final ",".
 bool next_element(std::string_view &list, std::string &element) {
     if (list.empty()) {

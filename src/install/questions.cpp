@@ -94,6 +94,7 @@ int gxinstall_quest(pINI_SETTINGS ini) {
         ask_wml_support(ini);
         dmsg("Action install");
         set_answer(ini, D_ACTION, "install");
+        // The summary shows the hosts only if the .ini is replaced.
         set_answer(ini, D_REPLACE_INI, "TRUE");
         set_answer(ini, D_REPLACE_TMPLTS, "TRUE");
         if (print_gxvalues(ini) == 0) {

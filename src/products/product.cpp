@@ -14,6 +14,7 @@ constexpr const product &osprey = products[3];
 static_assert(std::string_view(plover.name) == "plover");
 static_assert(std::string_view(osprey.name) == "osprey");
 
+// Case counts: it does in file names.
 const product *owner_of_program(std::string_view file) {
     const auto found = std::find_if(products.begin(), products.end(), [file](const product &one) {
         return file == std::string(one.name).append(".cgi");

@@ -48,6 +48,7 @@ void load_old_settings(const setup_job &job) {
         gxdat_found_here = load_installed_answers(job.ini);
     }
     if (job.has_sets) {
+        // The .ini names the default set's directory, which is below this one.
         set_answer(job.ini, D_TEMPLATES, job.answer(D_INSTALL_DIR));
     }
 }
@@ -100,6 +101,7 @@ void remove_user_directories(setup_job &job, const char *workarea) {
 
 void remove_users(setup_job &job) {
     dmsg("Remove user files");
+    // By name: looked up by position, the templates directory would stand in for it.
     if (ini_value(job.ini, "workarea", 0) == nullptr) {
         set_answer(job.ini, D_WORKAREA, job.answer(D_TEMPLATES));
     }
@@ -115,6 +117,7 @@ void remove_users(setup_job &job) {
 // What the question about the templates says of users' directories below them.
 const char *users_note(const setup_job &job) {
     const char *templates = job.answer(D_TEMPLATES);
+    // Required: FALSE is a value too. The session stores one, so it never shows the note.
     const bool are_kept = job.answer(D_DEL_USERS) == nullptr &&
                           s_strncmp(job.answer(D_WORKAREA), templates, s_strlen(templates)) == 0;
     return are_kept ? keeps_users_note : "";
@@ -128,7 +131,7 @@ void remove_templates(setup_job &job) {
     }
     if (match_root_dir(templates.c_str()) == 1) {
         job.check(do_tmprmv(job.ini, "*"));
-        remove_here(answers_file);
+        remove_here(answers_file); // do_tmprmv keeps every "gxsetup..."
         return;
     }
     job.check(do_xrmv(job.ini, "*", templates.c_str(), 1, 0));
@@ -144,7 +147,7 @@ int gxremove_main(pINI_SETTINGS ini) {
     dmsg("Remove cgi");
     ask_answer(ini, D_CGI_PATH, D_CGI2_Q);
     ask_program_name(ini, BLANK, explain_missing_program);
-    load_old_settings(job);
+    load_old_settings(job); // before the program's .ini goes
     remove_program(job, job.answer(D_PROD_NAME), job.answer(D_CGI_NAME));
     remove_program(job, job.answer(D_WML_NAME), job.answer(D_WML_NAME));
     remove_images(job);

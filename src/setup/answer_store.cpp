@@ -6,6 +6,7 @@ INI_SETTINGS gxvalues;
 
 int gxdat_found = 0;
 
+// In the order of answer_position.
 const INI_NAMES_INFO ans_values[D_LAST + 1] = {
     {"install_dir", nullptr, 0, 0},
     {"wap_templates", "", 0, 0},
@@ -42,6 +43,7 @@ const INI_NAMES_INFO ans_values[D_LAST + 1] = {
     {nullptr, nullptr, 0, 0},
 };
 
+// With template sets `templates` ends as the default set's directory; these keep the one above it.
 const char *const ans_associations[] = {
     "workarea", "templates", "install_dir", "templates", nullptr,
 };

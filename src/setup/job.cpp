@@ -34,7 +34,7 @@ void announce(const char *shown) {
 
 void announce(const char *shown, const char *logged) {
     dmsg("%s", logged);
-    print("\n%s", shown);
+    print("\n%s", shown); // no line end: the dots of the copies follow
 }
 
 void copy_flat_images(setup_job &job, int overwrite) {
@@ -74,6 +74,7 @@ void print_outcome(const setup_job &job, const char *title, const char *work) {
     print("\n%s\n", dashed_rule);
     print("%s %s.\n\n", title, job.success ? "successful" : "unsuccessful");
     if (!job.success) {
+        // Shown without print_emsg, which would note it.
         note_failure(formatted("%s unsuccessful", title));
     }
     print("A log of the %s can be found \"%s/gxsetup.log\".\n", work, install_dir);
@@ -93,6 +94,7 @@ void print_thanks(const setup_job &job, const char *doing) {
     print("\n\nThank-you for %s %s\n\n", doing, job.answer(D_PROD_NAME));
     print("To connect to %s enter the following URL on your web browser\n\n",
           job.answer(D_PROD_NAME));
-    print("    http://%s/%s/%s.%s", job.answer(D_DOMAIN), strip_path(job.answer(D_CGI_PATH), 0),
-          job.answer(D_CGI_NAME), "cgi");
+    // The web server is taken to offer the directory under its last name.
+    const char *cgi_directory = strip_directory(ini_value2_num(job.ini, D_CGI_PATH));
+    print("    http://%s/%s/%s.cgi", job.answer(D_DOMAIN), cgi_directory, job.answer(D_CGI_NAME));
 }

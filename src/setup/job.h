@@ -1,5 +1,4 @@
-// The work of a flow: what it works on, and the steps that install and upgrade both take. Progress
-// lines have no end of their own: the dots of the copies follow on the same line.
+// The work of a flow: what it works on, and the steps that install and upgrade both take.
 #pragma once
 
 #include "setup/answer_store.h"

@@ -58,6 +58,7 @@ bool is_replaced(std::string_view line, const ini_rules &rules) {
 
 void copy_sample(std::FILE *sample, std::FILE *file, const ini_rules &rules) {
     std::array<char, setting_piece_size> piece{};
+    // A line of more than 510 characters is several pieces, each looked at alone (kept).
     for (std::string_view line = read_piece(sample, piece); !line.empty();
          line = read_piece(sample, piece)) {
         if (!is_replaced(line, rules)) {
@@ -126,6 +127,38 @@ void read_allowed_hosts(pINI_SETTINGS ini) {
     }
 }
 
+void print_directories(pINI_SETTINGS ini) {
+    print("Directories\n");
+    print("webserver directory: %s\n", ini_value_num(ini, D_CGI_PATH));
+    print("images directory:    %s\n", ini_value_num(ini, D_VLIMG_DIR));
+    print("templates directory: %s\n", ini_value_num(ini, D_TEMPLATES));
+    const product *known = find_product(ini_value_num(ini, D_PROD_NAME));
+    if (known != nullptr && known->shows_manuals) {
+        print("manuals directory:   %s\n\n", ini_value_num(ini, D_MANUAL));
+    }
+}
+
+// What an upgrade replaces. If that is the .ini its line stays open for print_ini_settings.
+void print_rules(pINI_SETTINGS ini) {
+    print("Rules\n");
+    print(is_true_answer(ini, D_REPLACE_TMPLTS) ? "templates WILL be overwritten\n\n"
+                                                : "templates WILL NOT be overwritten\n\n");
+    print(is_true_answer(ini, D_REPLACE_INI) ? "ini file WILL be overwritten using the following "
+                                             : "ini file WILL NOT be overwritten\n\n");
+}
+
+void print_ini_settings(pINI_SETTINGS ini) {
+    print("ini file settings\n");
+    if (is_imap_product(ini_value_num(ini, D_PROD_NAME))) {
+        print("imap host:           %s\n", ini_value_num(ini, D_IMAPHOST));
+    } else {
+        print("pop host:            %s\n", ini_value_num(ini, D_POPHOST));
+    }
+    print("smtp host:           %s\n", ini_value_num(ini, D_SMTPHOST));
+    print("domain name:         %s\n", ini_value_num(ini, D_DOMAIN));
+    print("relative images URL: %s\n\n", ini_value_num(ini, D_VLIMG));
+}
+
 } // namespace
 
 int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
@@ -150,7 +183,7 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
     }
     format_file(written.stream(), "\n\n");
     write_answers(written.stream(), ini, rules);
-    written.give(gx_user, gx_group);
+    written.give(gx_user, gx_group); // before it is in place: nobody finds it with another owner
     if (!written.commit()) {
         print_emsg("Can't write %s: %s", file, std::strerror(errno));
         return 0;
@@ -196,39 +229,16 @@ const char *get_URL(pINI_SETTINGS ini, path_text &url) {
 }
 
 int print_gxvalues(pINI_SETTINGS ini) {
-    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
-    const bool is_imap = is_imap_product(prod_name);
-    const bool replaces_ini = is_true_answer(ini, D_REPLACE_INI);
-
     print("\n\n%s\n", dashed_rule);
     print("gxsetup is ready to %s %s, to version %s\nusing the following answers:\n\n",
-          ini_value_num(ini, D_ACTION), prod_name, ini_value_num(ini, D_VERSION));
-    print("Directories\n");
-    print("webserver directory: %s\n", ini_value_num(ini, D_CGI_PATH));
-    print("images directory:    %s\n", ini_value_num(ini, D_VLIMG_DIR));
-    print("templates directory: %s\n", ini_value_num(ini, D_TEMPLATES));
-    const product *known = find_product(prod_name);
-    if (known != nullptr && known->shows_manuals) {
-        print("manuals directory:   %s\n\n", ini_value_num(ini, D_MANUAL));
-    }
+          ini_value_num(ini, D_ACTION), ini_value_num(ini, D_PROD_NAME),
+          ini_value_num(ini, D_VERSION));
+    print_directories(ini);
     if (s_stricmp(ini_value_num(ini, D_ACTION), "upgrade") == 0) {
-        print("Rules\n");
-        print(is_true_answer(ini, D_REPLACE_TMPLTS) ? "templates WILL be overwritten\n\n"
-                                                    : "templates WILL NOT be overwritten\n\n");
-        print(replaces_ini ? "ini file WILL be overwritten using the following "
-                           : "ini file WILL NOT be overwritten\n\n");
+        print_rules(ini);
     }
-    if (replaces_ini) {
-        // Completes the line of an upgrade above.
-        print("ini file settings\n");
-        if (is_imap) {
-            print("imap host:           %s\n", ini_value_num(ini, D_IMAPHOST));
-        } else {
-            print("pop host:            %s\n", ini_value_num(ini, D_POPHOST));
-        }
-        print("smtp host:           %s\n", ini_value_num(ini, D_SMTPHOST));
-        print("domain name:         %s\n", ini_value_num(ini, D_DOMAIN));
-        print("relative images URL: %s\n\n", ini_value_num(ini, D_VLIMG));
+    if (is_true_answer(ini, D_REPLACE_INI)) {
+        print_ini_settings(ini);
     }
     return is_yes(question(YN_CHANS_Q, "NO")) ? 1 : 0;
 }

@@ -41,6 +41,7 @@ void print_questions_banner(pINI_SETTINGS ini, const char *verb) {
 
 const char *ask_answer(pINI_SETTINGS ini, answer_position position, question_number quest_num) {
     set_answer(ini, position, question(quest_num, ini_value_num(ini, position)));
+    // A directory that was typed stays, whatever a file says that is loaded later.
     if (quest_pool[static_cast<std::size_t>(quest_num)].dir_action != 0) {
         mark_typed(position);
     }

@@ -48,6 +48,7 @@ constexpr std::array<option, 10> long_options = {{
 
 [[noreturn]] void print_and_exit(const char *format, const char *argument) {
     print(format, argument);
+    // A text that could not be shown is no success.
     std::exit(std::fflush(stdout) == 0 ? done_whole : not_begun);
 }
 
@@ -102,6 +103,7 @@ flow_number flow_of(std::string_view action) {
 
 run_options read_options(int argc, char **argv) {
     run_options options;
+    // getopt_long prints what is wrong with an option itself.
     for (int found = 0;
          (found = ::getopt_long(argc, argv, "C:nlq", long_options.data(), nullptr)) != -1;) {
         take_option(options, found);

@@ -148,6 +148,7 @@ int print_upgrade_list(std::span<const TMPLT_INFO> templates) {
           "categories:\n"
           "1. Templates that have not been modified and are safe to change now.\n"
           "2. Templates have been modified but need to be inspected for any changes.\n"
+          // The full stop after "currently" is kept.
           "3. Templates belonging to a different template set from the ones currently.\n"
           "   in the distribution set.\n");
     if (is_yes(question(YN_VIEWLIST_Q, "YES"))) {
@@ -173,7 +174,7 @@ int safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
             print_emsg("Can't copy %s", path.c_str());
             result = 0;
         } else {
-            entry.category = 0;
+            entry.category = 0; // up to date: the list leaves it out
         }
     }
     return result;
@@ -186,7 +187,7 @@ int save_upgrade_list(pINI_SETTINGS ini, std::span<const TMPLT_INFO> templates) 
         return 0;
     }
     if (std::none_of(templates.begin(), templates.end(), has_category)) {
-        place(".").remove(list_file);
+        place(".").remove(list_file); // an older run's
         return 0;
     }
     write_header(file.stream());

@@ -47,6 +47,26 @@ void load_old_settings(pINI_SETTINGS ini, bool has_sets) {
     }
 }
 
+// Asks where the old program is and, in the first pass, loads what was saved with it. Returns false
+// if there is none and the install is wanted.
+bool find_old_installation(pINI_SETTINGS ini, bool has_sets) {
+    dmsg("replace templates?");
+    const std::string replaces = question(YN_RPLTMPLTS_Q, "NO");
+    dmsg("CGI Path?");
+    const std::string cgi_path = question(D_CGI2_Q, ini_value_num(ini, D_CGI_PATH));
+    if (firsttime) {
+        // Required: the old program is looked for in the directory stored before this reply.
+        if (wants_install(ini)) {
+            return false;
+        }
+        load_old_settings(ini, has_sets);
+    }
+    // Only now: what was loaded must not undo the replies.
+    set_answer(ini, D_CGI_PATH, cgi_path.c_str());
+    set_answer(ini, D_REPLACE_TMPLTS, replaces.c_str());
+    return true;
+}
+
 void ask_url(pINI_SETTINGS ini) {
     path_text url(ini_value_num(ini, D_VLIMG));
     if (firsttime) {
@@ -69,20 +89,9 @@ int gxupgrade_quest(pINI_SETTINGS ini) {
         keeps_sets = keeps_sets || (known != nullptr && known->upgrade_keeps_sets);
         const bool has_sets = keeps_sets || (known != nullptr && known->has_template_sets);
 
-        dmsg("replace templates?");
-        const std::string replaces = question(YN_RPLTMPLTS_Q, "NO");
-        dmsg("CGI Path?");
-        const std::string cgi_path = question(D_CGI2_Q, ini_value_num(ini, D_CGI_PATH));
-        if (firsttime) {
-            // Required: the old program is looked for in the directory stored before this reply.
-            if (wants_install(ini)) {
-                return 0;
-            }
-            load_old_settings(ini, has_sets);
+        if (!find_old_installation(ini, has_sets)) {
+            return 0;
         }
-        // Only now: what was loaded must not undo the replies.
-        set_answer(ini, D_CGI_PATH, cgi_path.c_str());
-        set_answer(ini, D_REPLACE_TMPLTS, replaces.c_str());
         dmsg("Templates ?");
         ask_answer(ini, D_TEMPLATES, D_TMPLTS_Q);
         dmsg("vlimg dir ?");

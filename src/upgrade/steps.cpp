@@ -48,6 +48,7 @@ void copy_templates(setup_job &job, int overwrite) {
     if (overwrite != 0) {
         replace_templates(job);
     } else {
+        // Before any copy: it compares what was installed so far.
         do_upgrade_list(job.ini);
         announce("Copying new template files");
     }

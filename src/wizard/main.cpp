@@ -55,7 +55,7 @@ selected_modes read_argument(char *argument) {
         log_details();
         modes.gxsetup = true;
     } else if (is_one_of(argument, {"-version"})) {
-        print("%s\n", program_version);
+        print("%s\n", program_version); // enter is waited for here too (kept)
     } else {
         print_emsg("Invalid Argument");
         help(argument_help);

@@ -85,6 +85,7 @@ void load_saved_answers() {
 void ask_product() {
     while (true) {
         path_text reply(question(I_PROD2_Q, "plover"));
+        // Two steps: the log tells the name as it was typed.
         set_answer(&gxvalues, D_PROD_NAME, reply.c_str());
         replace_answer(&gxvalues, D_PROD_NAME, strlwr(reply.data()));
         if (find_product(reply.c_str()) != nullptr) {
@@ -250,6 +251,7 @@ void strip_one_run_answers() {
 
 void save_answers() {
     dmsg("Save gxvalues to default file");
+    // The host of the other protocol, which no question asked for.
     remove_answer(&gxvalues, is_imap ? D_POPHOST : D_IMAPHOST);
     if (ini_save_limited(&gxvalues, answers_file, program_version, saved_answers_mode()) == 0) {
         print_emsg("Can't write \"%s\": %s", answers_file, std::strerror(errno));
@@ -261,6 +263,7 @@ void close_session() {
     if (is_action("install")) {
         set_answer(&gxvalues, D_ACTION, "upgrade"); // what the next run offers
     }
+    // Required: a removal leaves no answers behind, nor does customising.
     if (!is_action("custom") && !is_action("remove")) {
         save_answers();
     }
@@ -271,6 +274,8 @@ void close_session() {
 } // namespace
 
 flow_number begin_session() {
+    // Each step goes by what those before it settled: the product tells the directories, the
+    // templates directory holds older answers, these name the program that tells its version.
     add_built_in_answers();
     load_saved_answers();
     settle_product();
@@ -322,6 +327,7 @@ int run_flows(flow_number flow) {
 }
 
 void print_end(int success) {
+    // No flow sets "quit"; a loaded file can.
     if (!is_action("remove") && !is_action("quit")) {
         dmsg("Copy gxsetup.log");
         if (do_copy(log_file, answer(D_INSTALL_DIR), 1) == 0) {

@@ -11,7 +11,7 @@
 void secure_standard_streams() {
     for (int descriptor = 0; descriptor <= 2; descriptor++) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
-            ::open("/dev/null", O_RDWR);
+            ::open("/dev/null", O_RDWR); // takes the lowest free number: this one (POSIX open)
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
@@ -23,7 +23,7 @@ void start_log() {
     if (inilog(".", "gxsetup") == 0) {
         print("Error: log file cannot be opened\n");
     }
-    rotate_logs();
+    rotate_logs(); // renames what inilog named: a run begins in an empty log
     support_email.assign("support@varnel.example");
     imsg("* %s started *", program_version);
 }

@@ -77,12 +77,16 @@ bool follows_a_directory(std::string_view line) {
 
 } // namespace
 
-std::string tree_of(const world &host, const std::string &directory) {
+std::string tree_of(const std::string &directory) {
     std::string lines;
     for (const std::string &path : paths_below(directory)) {
         lines += describe(path) + "\n";
     }
-    return host.shown(lines);
+    return lines;
+}
+
+std::string tree_of(const world &host, const std::string &directory) {
+    return host.shown(tree_of(directory));
 }
 
 std::string not_owned(const std::string &directory) {

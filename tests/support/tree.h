@@ -10,6 +10,7 @@
 
 // A line for each entry below `directory`, sorted by path: mode and path, a directory with a "/" at
 // its end, and the content of a file when it is short and printable. The root shows as "@".
+std::string tree_of(const std::string &directory);
 std::string tree_of(const world &host, const std::string &directory);
 
 // The entries at and below `directory` that the owner of installed files does not own: user nobody

@@ -1,21 +1,12 @@
 #include "support/world.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <dirent.h>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
-
-namespace {
-
-void replace_all(std::string &text, std::string_view from, std::string_view to) {
-    for (std::size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
-    }
-}
-
-} // namespace
 
 world::world(std::string product) : product_(std::move(product)) {
     ::umask(022);
@@ -45,15 +36,23 @@ world::world(std::string product) : product_(std::move(product)) {
 }
 
 std::string world::shown(std::string_view text) const {
-    std::string result(text);
-    replace_all(result, root(), "@");
-    return result;
+    return replaced(std::string(text), root(), "@");
 }
 
 std::string world::meant(std::string_view text) const {
-    std::string result(text);
-    replace_all(result, "@", root());
-    return result;
+    return replaced(std::string(text), "@", root());
+}
+
+std::string replaced(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+void shell(const std::string &commands) {
+    EXPECT_EQ(std::system(("set -e\n" + commands).c_str()), 0) << commands;
 }
 
 void add_answers(const world &host, const std::string &path, std::string_view lines) {

@@ -34,6 +34,12 @@ class world {
     std::string product_;
 };
 
+// A text with each `from` written `to`.
+std::string replaced(std::string text, std::string_view from, std::string_view to);
+
+// Runs commands of the shell in the working directory. The test fails when one of them does.
+void shell(const std::string &commands);
+
 // Makes a file of answers or settings, in which "@" is the root.
 void add_answers(const world &host, const std::string &path, std::string_view lines);
 

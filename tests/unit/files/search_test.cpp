@@ -1,7 +1,9 @@
 #include "files/search.h"
 
 #include "support/console_capture.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
+#include "support/world.h"
 #include "unit/failing_memory.h"
 
 #include <algorithm>
@@ -15,12 +17,30 @@
 
 namespace {
 
-// Whether the name is matched, written "NAME ~ PATTERN" where a test fails.
-testing::AssertionResult matches(const char *name, const char *pattern) {
-    const int result = domatch(name, pattern);
-    return (result == 1 ? testing::AssertionSuccess() : testing::AssertionFailure())
-           << name << " ~ " << pattern << " gives " << result;
-}
+// A rule of matching and examples of it, "NAME ~ PATTERN" or, where nothing matches,
+// "NAME !~ PATTERN".
+struct matching_rule {
+    const char *name;
+    std::vector<std::string> examples;
+};
+
+// Matches with domatch, or in the suite MatchList with match_list.
+class matching_test : public testing::Test {
+  protected:
+    static void check(const matching_rule &rule) {
+        const bool is_list = std::string_view(rule.name).starts_with("MatchList.");
+        for (const std::string &example : rule.examples) {
+            const std::size_t sign = example.find("~ ");
+            const bool is_match = sign == 0 || example[sign - 1] != '!';
+            const std::string name = example.substr(0, sign - (is_match ? 1 : 2));
+            const std::string pattern = example.substr(sign + 2);
+            EXPECT_EQ(is_list ? match_list(pattern.c_str(), name.c_str())
+                              : domatch(name.c_str(), pattern.c_str()),
+                      is_match ? 1 : 0)
+                << example;
+        }
+    }
+};
 
 class Search : public scratch_test {
   protected:
@@ -58,124 +78,76 @@ using FileExists = Search;
 
 using string_set = std::set<std::string>;
 
+const std::string hundred(100, 'a');
+
+const std::vector<matching_rule> rules = {
+    {"Domatch.OrdinaryCharactersMatchThemselvesCaseSensitively",
+     {"index.tpl ~ index.tpl", "index.tpl !~ index.TPL", "index.tpl !~ index.tp",
+      "index.tp !~ index.tpl", " ~ ", "a !~ ", " !~ a"}},
+    // What stands before the star and what stands behind it do not overlap.
+    {"Domatch.AStarMatchesAnyRun",
+     {"index.tpl ~ *.tpl", ".tpl ~ *.tpl", "index.TPL !~ *.tpl", "index.tpl.tpl ~ *.tpl",
+      "index.tpl ~ in*", "in ~ in*", "abcabd ~ *ab?", "a1b2c ~ a*b*c", "a1b2 !~ a*b*c",
+      "anything ~ *", " ~ *", "aabc !~ aab*abc"}},
+    {"Domatch.SeveralStarsCountAsOne", {"index.tpl ~ ***.tpl", " ~ ***", "a ~ a**"}},
+    {"Domatch.AQuestionMarkMatchesExactlyOneCharacter",
+     {"ab ~ a?", "a !~ a?", " !~ ?", " !~ *?", "abc !~ a?"}},
+    {"Domatch.ASetMatchesItsMembersAndRanges",
+     {"bx ~ [a-c]x", "ax ~ [a-c]x", "cx ~ [a-c]x", "dx !~ [a-c]x", "z ~ [xyz]", " !~ [xyz]",
+      "\xe4 ~ [\x80-\xff]", "b !~ [c-a]"}},
+    {"Domatch.ACircumflexNegatesTheSet", {"dx ~ [^a-c]x", "bx !~ [^a-c]x", " !~ [^a]", "^ ~ [a^]"}},
+    {"Domatch.ABracketOrHyphenInFirstPlaceIsAMember",
+     {"] ~ []]", "a ~ []a]", "- ~ [-a]", "a ~ [-a]", "b !~ [-a]", "b !~ [-z]", "] !~ [^]]",
+      "a ~ [^]]", "- !~ [^-a]", "b ~ [^-a]"}},
+    {"Domatch.AHyphenBeforeTheClosingBracketIsAMember",
+     {"- ~ [a-]", "a ~ [a-]", "b !~ [a-]", "-] ~ [a-]]"}},
+    {"Domatch.AHyphenBehindARangeJoinsItsEndToTheNextCharacter",
+     {"d ~ [a-c-e]", "- !~ [a-c-e]", "- ~ [a-c-]"}},
+    {"Domatch.ABackslashTakesTheNextCharacterLiterally",
+     {"* ~ \\*", "a !~ \\*", "** !~ \\*", "\\ ~ \\\\", "[a] ~ \\[a]", "x? ~ *\\?"}},
+    {"MatchList.AnyElementMayMatchIgnoringCase",
+     {"logo.jpg ~ *.gif,*.jpg,*.wav", "LOGO.Gif ~ *.gif,*.jpg,*.wav", "index.tpl ~ *.TPL",
+      "index.tpl !~ *.gif,*.jpg,*.wav"}},
+    {"MatchList.AnEmptyListMatchesNothing", {"a !~ ", " !~ "}},
+    // The last example has an empty element before the comma.
+    {"MatchList.ATrailingCommaIsAsIfAbsent", {"logo.gif ~ *.gif,", " !~ *.gif,", " ~ ,"}},
+    {"MatchList.TheLastElementThatMatchesDecides",
+     {"logo1.gif !~ *.gif,!logo*.gif", "back.gif ~ *.gif,!logo*.gif",
+      "logo1.gif ~ !logo*.gif,*.gif", "logo1.gif ~ *.gif,!*.GIF,logo*", "a !~ !*"}},
+    {"MatchList.LeadingBlanksAndTrailingLineEndsOfAnElementAreDropped",
+     {"a.jpg ~  \t*.gif,\t *.jpg\r\n", "a.gif ~ *.gif\n,*.jpg", "a  ~ a , b", "a !~ a , b"}},
+    {"MatchList.AHundredCharactersOfAnElementCount",
+     {hundred + " ~ " + hundred + "bcd,x", hundred + "bcd !~ " + hundred + "bcd,x",
+      hundred + " ~  " + hundred}},
+    {"MatchList.FiveHundredAndElevenCharactersOfTheNameCount",
+     {std::string(510, 'a') + "bc ~ *b", std::string(511, 'a') + "c !~ *c"}},
+};
+
+using Domatch = matching_test;
+using MatchList = matching_test;
+
+const int registered = register_rows<matching_test>(rules);
+
 } // namespace
 
 // --- Matching ---
 
-TEST(Domatch, OrdinaryCharactersMatchThemselvesCaseSensitively) {
-    EXPECT_TRUE(matches("index.tpl", "index.tpl"));
-    EXPECT_FALSE(matches("index.tpl", "index.TPL"));
-    EXPECT_FALSE(matches("index.tpl", "index.tp"));
-    EXPECT_FALSE(matches("index.tp", "index.tpl"));
-    EXPECT_TRUE(matches("", ""));
-    EXPECT_FALSE(matches("a", ""));
-    EXPECT_FALSE(matches("", "a"));
-}
-
-TEST(Domatch, AStarMatchesAnyRun) {
-    EXPECT_TRUE(matches("index.tpl", "*.tpl"));
-    EXPECT_TRUE(matches(".tpl", "*.tpl"));
-    EXPECT_FALSE(matches("index.TPL", "*.tpl"));
-    EXPECT_TRUE(matches("index.tpl.tpl", "*.tpl"));
-    EXPECT_TRUE(matches("index.tpl", "in*"));
-    EXPECT_TRUE(matches("in", "in*"));
-    EXPECT_TRUE(matches("abcabd", "*ab?"));
-    EXPECT_TRUE(matches("a1b2c", "a*b*c"));
-    EXPECT_FALSE(matches("a1b2", "a*b*c"));
-    EXPECT_TRUE(matches("anything", "*"));
-    EXPECT_TRUE(matches("", "*"));
-    // What stands before the star and what stands behind it do not overlap.
-    EXPECT_FALSE(matches("aabc", "aab*abc"));
-}
-
-TEST(MatchWild, AStarAloneMatchesAnEmptyNameToo) {
-    EXPECT_EQ(match_wild("*", ""), 1);
-    EXPECT_EQ(match_wild("?", ""), 0);
-}
-
-TEST(Domatch, SeveralStarsCountAsOne) {
-    EXPECT_TRUE(matches("index.tpl", "***.tpl"));
-    EXPECT_TRUE(matches("", "***"));
-    EXPECT_TRUE(matches("a", "a**"));
-}
-
-TEST(Domatch, AQuestionMarkMatchesExactlyOneCharacter) {
-    EXPECT_TRUE(matches("ab", "a?"));
-    EXPECT_FALSE(matches("a", "a?"));
-    EXPECT_FALSE(matches("", "?"));
-    EXPECT_FALSE(matches("", "*?"));
-    EXPECT_FALSE(matches("abc", "a?"));
-}
-
-TEST(Domatch, ASetMatchesItsMembersAndRanges) {
-    EXPECT_TRUE(matches("bx", "[a-c]x"));
-    EXPECT_TRUE(matches("ax", "[a-c]x"));
-    EXPECT_TRUE(matches("cx", "[a-c]x"));
-    EXPECT_FALSE(matches("dx", "[a-c]x"));
-    EXPECT_TRUE(matches("z", "[xyz]"));
-    EXPECT_FALSE(matches("", "[xyz]"));
-    EXPECT_TRUE(matches("\xe4", "[\x80-\xff]"));
-    EXPECT_FALSE(matches("b", "[c-a]"));
-}
-
-TEST(Domatch, ACircumflexNegatesTheSet) {
-    EXPECT_TRUE(matches("dx", "[^a-c]x"));
-    EXPECT_FALSE(matches("bx", "[^a-c]x"));
-    EXPECT_FALSE(matches("", "[^a]"));
-    EXPECT_TRUE(matches("^", "[a^]"));
-}
-
-TEST(Domatch, ABracketOrHyphenInFirstPlaceIsAMember) {
-    EXPECT_TRUE(matches("]", "[]]"));
-    EXPECT_TRUE(matches("a", "[]a]"));
-    EXPECT_TRUE(matches("-", "[-a]"));
-    EXPECT_TRUE(matches("a", "[-a]"));
-    EXPECT_FALSE(matches("b", "[-a]"));
-    EXPECT_FALSE(matches("b", "[-z]"));
-    EXPECT_FALSE(matches("]", "[^]]"));
-    EXPECT_TRUE(matches("a", "[^]]"));
-    EXPECT_FALSE(matches("-", "[^-a]"));
-    EXPECT_TRUE(matches("b", "[^-a]"));
-}
-
-TEST(Domatch, AHyphenBeforeTheClosingBracketIsAMember) {
-    EXPECT_TRUE(matches("-", "[a-]"));
-    EXPECT_TRUE(matches("a", "[a-]"));
-    EXPECT_FALSE(matches("b", "[a-]"));
-    EXPECT_TRUE(matches("-]", "[a-]]"));
-}
-
-TEST(Domatch, AHyphenBehindARangeJoinsItsEndToTheNextCharacter) {
-    EXPECT_TRUE(matches("d", "[a-c-e]"));
-    EXPECT_FALSE(matches("-", "[a-c-e]"));
-    EXPECT_TRUE(matches("-", "[a-c-]"));
-}
-
-TEST(Domatch, ABackslashTakesTheNextCharacterLiterally) {
-    EXPECT_TRUE(matches("*", "\\*"));
-    EXPECT_FALSE(matches("a", "\\*"));
-    EXPECT_FALSE(matches("**", "\\*"));
-    EXPECT_TRUE(matches("\\", "\\\\"));
-    EXPECT_TRUE(matches("[a]", "\\[a]"));
-    EXPECT_TRUE(matches("x?", "*\\?"));
-}
-
-TEST(Domatch, AnUnclosedSetOrALoneBackslashMatchesNothing) {
+TEST_F(Domatch, AnUnclosedSetOrALoneBackslashMatchesNothing) {
     for (const char *pattern : {"[", "[a", "[^", "[]", "[a-", "*[a", "\\", "a\\", "*\\"}) {
         for (const char *name : {"", "a", "[", "[a", "\\", "a\\"}) {
-            EXPECT_FALSE(matches(name, pattern));
+            EXPECT_EQ(domatch(name, pattern), 0) << name << " ~ " << pattern;
         }
     }
 }
 
-TEST(Domatch, ManyStarsEndSoon) {
+TEST_F(Domatch, ManyStarsEndSoon) {
     const std::string name(5000, 'a');
     std::string pattern;
     for (int star = 0; star < 200; star++) {
         pattern += "*a";
     }
-    EXPECT_FALSE(matches(name.c_str(), (pattern + "b").c_str()));
-    EXPECT_TRUE(matches(name.c_str(), pattern.c_str()));
+    EXPECT_EQ(domatch(name.c_str(), (pattern + "b").c_str()), 0);
+    EXPECT_EQ(domatch(name.c_str(), pattern.c_str()), 1);
 }
 
 TEST(MatchWild, AStarAloneMatchesEveryNameEvenAnEmptyOne) {
@@ -186,67 +158,19 @@ TEST(MatchWild, AStarAloneMatchesEveryNameEvenAnEmptyOne) {
 TEST(MatchWild, TakesThePatternFirst) {
     EXPECT_EQ(match_wild("*.tpl", "index.tpl"), 1);
     EXPECT_EQ(match_wild("index.tpl", "*.tpl"), 0);
+    EXPECT_EQ(match_wild("?", ""), 0);
 }
 
-TEST(MatchList, AnyElementMayMatchIgnoringCase) {
-    EXPECT_EQ(match_list("*.gif,*.jpg,*.wav", "logo.jpg"), 1);
-    EXPECT_EQ(match_list("*.gif,*.jpg,*.wav", "LOGO.Gif"), 1);
-    EXPECT_EQ(match_list("*.TPL", "index.tpl"), 1);
-    EXPECT_EQ(match_list("*.gif,*.jpg,*.wav", "index.tpl"), 0);
-}
-
-TEST(MatchList, NullGivesZero) {
+TEST_F(MatchList, NullGivesZero) {
     EXPECT_EQ(match_list(nullptr, "a"), 0);
     EXPECT_EQ(match_list("*", nullptr), 0);
-}
-
-TEST(MatchList, AnEmptyListMatchesNothing) {
-    EXPECT_EQ(match_list("", "a"), 0);
-    EXPECT_EQ(match_list("", ""), 0);
-}
-
-TEST(MatchList, ATrailingCommaIsAsIfAbsent) {
-    EXPECT_EQ(match_list("*.gif,", "logo.gif"), 1);
-    EXPECT_EQ(match_list("*.gif,", ""), 0);
-    EXPECT_EQ(match_list(",", ""), 1); // an empty element before the comma
-}
-
-TEST(MatchList, TheLastElementThatMatchesDecides) {
-    EXPECT_EQ(match_list("*.gif,!logo*.gif", "logo1.gif"), 0);
-    EXPECT_EQ(match_list("*.gif,!logo*.gif", "back.gif"), 1);
-    EXPECT_EQ(match_list("!logo*.gif,*.gif", "logo1.gif"), 1);
-    EXPECT_EQ(match_list("*.gif,!*.GIF,logo*", "logo1.gif"), 1);
-    EXPECT_EQ(match_list("!*", "a"), 0);
-}
-
-TEST(MatchList, LeadingBlanksAndTrailingLineEndsOfAnElementAreDropped) {
-    EXPECT_EQ(match_list(" \t*.gif,\t *.jpg\r\n", "a.jpg"), 1);
-    EXPECT_EQ(match_list("*.gif\n,*.jpg", "a.gif"), 1);
-    EXPECT_EQ(match_list("a , b", "a "), 1); // trailing blanks are kept
-    EXPECT_EQ(match_list("a , b", "a"), 0);
-}
-
-TEST(MatchList, AHundredCharactersOfAnElementCount) {
-    const std::string hundred(100, 'a');
-    EXPECT_EQ(match_list((hundred + "bcd,x").c_str(), hundred.c_str()), 1);
-    EXPECT_EQ(match_list((hundred + "bcd,x").c_str(), (hundred + "bcd").c_str()), 0);
-    EXPECT_EQ(match_list((" " + hundred).c_str(), hundred.c_str()), 1);
-}
-
-TEST(MatchList, FiveHundredAndElevenCharactersOfTheNameCount) {
-    EXPECT_EQ(match_list("*b", (std::string(510, 'a') + "bc").c_str()), 1);
-    EXPECT_EQ(match_list("*c", (std::string(511, 'a') + "c").c_str()), 0);
 }
 
 // --- Directory search ---
 
 TEST_F(WildFind, GivesTheMatchingNamesOfTheCurrentDirectory) {
     std::filesystem::current_path("world");
-    for (const char *name : {"a.tpl", "b.tpl", "c.TPL", "d.gif"}) {
-        write_file(name, "");
-    }
-    std::filesystem::create_directory("set.tpl");
-    std::filesystem::create_symlink("nowhere", "link.tpl");
+    shell("touch a.tpl b.tpl c.TPL d.gif; mkdir set.tpl; ln -s nowhere link.tpl");
     const int count = wild_find("*.tpl", *names);
     EXPECT_EQ(found(count), (string_set{"a.tpl", "b.tpl", "set.tpl", "link.tpl"}));
     EXPECT_EQ(log(), "Debug: Wild finding [*.tpl]\n");

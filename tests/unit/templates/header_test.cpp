@@ -1,14 +1,31 @@
 #include "templates/header.h"
 
+#include "support/rows.h"
 #include "support/scratch_test.h"
+#include "support/world.h"
 #include "templates.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
-constexpr const char *header_line = "||header: modified=false tpl_set=kst_s1 tpl_version=1.0b||\n";
+const std::string header_line = "||header: modified=false tpl_set=kst_s1 tpl_version=1.0b||\n";
+
+// What is read of an installed copy: "set [SET] version [VERSION]", or "none".
+struct installed_copy {
+    const char *name;
+    std::string content;
+    std::string read;
+};
+
+// What a copy without header or with one counts as.
+struct loaded_copy {
+    const char *name;
+    std::string content;
+    int is_new;
+    int found;
+    int modified;
+};
 
 class HeaderTest : public scratch_test {
   protected:
@@ -28,6 +45,19 @@ class HeaderTest : public scratch_test {
         return tpl;
     }
 
+    void check(const installed_copy &row) {
+        const TMPLT_INFO tpl = installed(row.content);
+        const std::string read = "set [" + tpl.old_tmplt_set + "] version [" + tpl.old_tmplt_vers +
+                                 "]" + (tpl.modified == 1 ? " modified" : "");
+        EXPECT_EQ(found == 1 ? read : "none", row.read);
+        EXPECT_EQ(tpl.new_tmplt_set + tpl.new_tmplt_vers, "");
+    }
+
+    void check(const loaded_copy &row) {
+        EXPECT_EQ(loaded(row.content, "kestrel", row.is_new).modified, row.modified);
+        EXPECT_EQ(found, row.found);
+    }
+
     [[nodiscard]] std::string log() const { return log_.text(); }
 
     int found = -1;
@@ -36,16 +66,71 @@ class HeaderTest : public scratch_test {
     test_log log_{scratch.path()};
 };
 
-// Reading the header.
+using namespace std::string_literals;
 
-TEST_F(HeaderTest, SetAndVersionAreRead) {
-    const TMPLT_INFO tpl = installed(std::string(header_line) + "<html>\n");
-    EXPECT_EQ(found, 1);
-    EXPECT_EQ(tpl.old_tmplt_set, "kst_s1");
-    EXPECT_EQ(tpl.old_tmplt_vers, "1.0b");
-    EXPECT_EQ(tpl.new_tmplt_set, "");
-    EXPECT_EQ(tpl.new_tmplt_vers, "");
+const std::string four_pieces = std::string(4 * 511, 'x');
+
+// A header of these words.
+std::string marked(const std::string &words) {
+    return "||header: " + words;
 }
+
+const std::vector<installed_copy> installed_copies = {
+    {"HeaderTest.SetAndVersionAreRead", header_line + "<html>\n", "set [kst_s1] version [1.0b]"},
+    {"HeaderTest.OnTheFifthLineIsFound", "1\n2\n\n4\n" + header_line,
+     "set [kst_s1] version [1.0b]"},
+    {"HeaderTest.OnTheSixthLineIsNotFound", "1\n2\n\n4\n5\n" + header_line, "none"},
+    {"HeaderTest.PiecesOfALongLineCountAsLines", four_pieces + header_line,
+     "set [kst_s1] version [1.0b]"},
+    {"HeaderTest.TheSixthPieceIsNotLookedAt", four_pieces + "x\n" + header_line, "none"},
+    {"HeaderTest.AMarkCutByTheEndOfAPieceIsNotFound", std::string(505, 'x') + header_line, "none"},
+    {"HeaderTest.AMarkBehindTheEndOfAPieceIsFound", std::string(511, 'x') + header_line,
+     "set [kst_s1] version [1.0b]"},
+    {"HeaderTest.WhatStandsBeforeTheMarkIsDropped",
+     "<!-- a=b c=d ||header: modified=true tpl_set=plv_s1 tpl_version=3.1||-->\n",
+     "set [plv_s1] version [3.1] modified"},
+    {"HeaderTest.AnEmptyFileHasNone", "", "none"},
+    {"HeaderTest.TheMarkAloneHasNoFields", "||header:\n", "set [] version []"},
+    {"HeaderTest.TheMarkAtTheEndOfTheFileHasNoFields", "||header:", "set [] version []"},
+    {"HeaderTest.AFlagAloneHasNoFields", marked("modified=false\n"), "set [] version []"},
+    {"HeaderTest.ASetMayBeEmpty", marked("modified=false tpl_set=\n"), "set [] version []"},
+    {"HeaderTest.ASetMayBeCut", marked("modified=false tpl_set=kst"), "set [kst] version []"},
+    {"HeaderTest.ALineEndEndsTheSet", marked("modified=false tpl_set=kst_s1\r\n"),
+     "set [kst_s1] version []"},
+    {"HeaderTest.AVersionMayBeEmpty", marked("modified=false tpl_set=kst_s1 tpl_version=||\n"),
+     "set [kst_s1] version []"},
+    {"HeaderTest.AVersionNeedsAnEqualsSign", marked("modified=false tpl_set=kst_s1 2.0||\n"),
+     "set [kst_s1] version []"},
+    {"HeaderTest.ALineEndEndsTheVersion",
+     marked("modified=false tpl_set=kst_s1 tpl_version=2.0a\r\n"), "set [kst_s1] version [2.0a]"},
+    {"HeaderTest.AVersionMayBeCut", marked("modified=false tpl_set=kst_s1 tpl_version=2."),
+     "set [kst_s1] version [2.]"},
+    {"HeaderTest.TwoBlanksMayStandBeforeTheVersion",
+     marked("modified=false tpl_set=kst_s1  v=2||\n"), "set [kst_s1] version [2]"},
+    {"HeaderTest.ABlankBehindTheEqualsSignIsAnEmptySet",
+     marked("modified=false tpl_set= tpl_version=2||\n"), "set [] version [2]"},
+    {"HeaderTest.ANulEndsTheText", marked("modified=false tpl_set=ks\0t_s1 tpl_version=2||\n"s),
+     "set [ks] version []"},
+    {"HeaderTest.ANulMayStandBeforeTheMark",
+     "\0"s + marked("modified=false tpl_set=kst tpl_version=2||\n"), "set [kst] version [2]"},
+};
+
+const std::vector<loaded_copy> loaded_copies = {
+    {"HeaderTest.AnInstalledCopyWithoutHeaderCountsAsModified", "<html>\n", 0, 0, 1},
+    {"HeaderTest.ANewCopyWithoutHeaderDoesNot", "<html>\n", 1, 0, 0},
+    {"HeaderTest.AnInstalledCopyWhoseChecksumAgreesIsNotModified", expected_stamped(header_line), 0,
+     1, 0},
+    {"HeaderTest.AnInstalledCopyWhoseChecksumDisagreesIsModified",
+     replaced(expected_stamped(header_line + "<html>\n"), "html", "Html"), 0, 1, 1},
+    {"HeaderTest.AnInstalledCopyWithoutChecksumLineCountsAsModified", header_line + "<html>\n", 0,
+     1, 1},
+    {"HeaderTest.AModifiedFlagStandsWhateverTheChecksum",
+     expected_stamped(marked("modified=true tpl_set=kst_s1 tpl_version=1.0b||\n")), 0, 1, 1},
+    {"HeaderTest.TheChecksumOfANewCopyIsNotLookedAt", header_line + "<html>\n", 1, 1, 0},
+};
+
+const int registered =
+    register_rows<HeaderTest>(installed_copies) + register_rows<HeaderTest>(loaded_copies);
 
 TEST_F(HeaderTest, ANewCopyFillsTheNewFieldsAndNeverTheFlag) {
     write_file("index.tpl", "||header: modified=true tpl_set=kst_s2 tpl_version=2.0a||\n");
@@ -57,52 +142,15 @@ TEST_F(HeaderTest, ANewCopyFillsTheNewFieldsAndNeverTheFlag) {
     EXPECT_EQ(tpl.modified, 0);
 }
 
-TEST_F(HeaderTest, OnTheFifthLineIsFound) {
-    EXPECT_EQ(installed(std::string("1\n2\n\n4\n") + header_line).old_tmplt_set, "kst_s1");
-    EXPECT_EQ(found, 1);
-}
-
-TEST_F(HeaderTest, OnTheSixthLineIsNotFound) {
-    EXPECT_EQ(installed(std::string("1\n2\n\n4\n5\n") + header_line).old_tmplt_set, "");
-    EXPECT_EQ(found, 0);
-}
-
-TEST_F(HeaderTest, PiecesOfALongLineCountAsLines) {
-    const std::string four_pieces = std::string(4 * 511, 'x');
-    installed(four_pieces + header_line);
-    EXPECT_EQ(found, 1);
-    installed(four_pieces + "x\n" + header_line);
-    EXPECT_EQ(found, 0);
-}
-
-TEST_F(HeaderTest, AMarkCutByTheEndOfAPieceIsNotFound) {
-    installed(std::string(505, 'x') + header_line);
-    EXPECT_EQ(found, 0);
-    installed(std::string(511, 'x') + header_line);
-    EXPECT_EQ(found, 1);
-}
-
-TEST_F(HeaderTest, WhatStandsBeforeTheMarkIsDropped) {
-    const TMPLT_INFO tpl =
-        installed("<!-- a=b c=d ||header: modified=true tpl_set=plv_s1 tpl_version=3.1||-->\n");
-    EXPECT_EQ(tpl.modified, 1);
-    EXPECT_EQ(tpl.old_tmplt_set, "plv_s1");
-    EXPECT_EQ(tpl.old_tmplt_vers, "3.1");
-}
-
 TEST_F(HeaderTest, TheFlagIsReadInAnyLetterCase) {
     for (const char *flag : {"true", "True", "TRUE", "tRuEst"}) {
-        const TMPLT_INFO tpl = installed(std::string("||header: modified=") + flag +
-                                         " tpl_set=kst_s1 tpl_version=1.0b||\n");
-        EXPECT_EQ(tpl.modified, 1) << flag;
+        EXPECT_EQ(installed(marked("modified="s + flag + " tpl_set=k")).modified, 1) << flag;
     }
 }
 
 TEST_F(HeaderTest, AnyOtherFlagIsNotModified) {
     for (const char *flag : {"false", "", "yes", "1", "tru", " true", "untrue"}) {
-        const TMPLT_INFO tpl = installed(std::string("||header: modified=") + flag +
-                                         " tpl_set=kst_s1 tpl_version=1.0b||\n");
-        EXPECT_EQ(tpl.modified, 0) << flag;
+        EXPECT_EQ(installed(marked("modified="s + flag + " tpl_set=k")).modified, 0) << flag;
     }
 }
 
@@ -112,48 +160,6 @@ TEST_F(HeaderTest, AFalseFlagClearsTheRecords) {
     tpl.modified = 1;
     tpl_get_header_info(&tpl, "index.tpl", 0);
     EXPECT_EQ(tpl.modified, 0);
-}
-
-struct malformed_header {
-    const char *description;
-    std::string_view line;
-    const char *set;
-    const char *version;
-};
-
-TEST_F(HeaderTest, WhatAMalformedLineLacksIsEmpty) {
-    using namespace std::string_view_literals;
-    const malformed_header cases[] = {
-        {"the mark alone", "||header:\n", "", ""},
-        {"the mark alone, cut file", "||header:", "", ""},
-        {"one piece", "||header: modified=false\n", "", ""},
-        {"no set", "||header: modified=false tpl_set=\n", "", ""},
-        {"cut in the set", "||header: modified=false tpl_set=kst", "kst", ""},
-        {"line end behind the set", "||header: modified=false tpl_set=kst_s1\r\n", "kst_s1", ""},
-        {"no version", "||header: modified=false tpl_set=kst_s1 tpl_version=||\n", "kst_s1", ""},
-        {"no equals sign before the version", "||header: modified=false tpl_set=kst_s1 2.0||\n",
-         "kst_s1", ""},
-        {"no bar", "||header: modified=false tpl_set=kst_s1 tpl_version=2.0a\r\n", "kst_s1",
-         "2.0a"},
-        {"cut in the version", "||header: modified=false tpl_set=kst_s1 tpl_version=2.", "kst_s1",
-         "2."},
-        {"two blanks before the version", "||header: modified=false tpl_set=kst_s1  v=2||\n",
-         "kst_s1", "2"},
-        {"blank behind the equals sign", "||header: modified=false tpl_set= tpl_version=2||\n", "",
-         "2"},
-        {"a NUL ends the text", "||header: modified=false tpl_set=ks\0t_s1 tpl_version=2||\n"sv,
-         "ks", ""},
-        {"a NUL before the mark", "\0||header: modified=false tpl_set=kst tpl_version=2||\n"sv,
-         "kst", "2"},
-    };
-    for (const malformed_header &row : cases) {
-        SCOPED_TRACE(row.description);
-        const TMPLT_INFO tpl = installed(row.line);
-        EXPECT_EQ(found, 1);
-        EXPECT_EQ(tpl.modified, 0);
-        EXPECT_EQ(tpl.old_tmplt_set, row.set);
-        EXPECT_EQ(tpl.old_tmplt_vers, row.version);
-    }
 }
 
 TEST_F(HeaderTest, ALineThatFillsThePieceIsRead) {
@@ -170,11 +176,6 @@ TEST_F(HeaderTest, AFileWithoutHeaderLeavesTheRecord) {
     EXPECT_EQ(tpl_get_header_info(&tpl, "index.tpl", 0), 0);
     EXPECT_EQ(tpl.old_tmplt_set, "kept");
     EXPECT_EQ(tpl.modified, 7);
-}
-
-TEST_F(HeaderTest, AnEmptyFileHasNone) {
-    installed("");
-    EXPECT_EQ(found, 0);
 }
 
 TEST_F(HeaderTest, AFileThatCannotBeOpenedIsLoggedUnderTheRecordsName) {
@@ -222,42 +223,12 @@ TEST_F(HeaderTest, WithoutHeaderTheProductsDefaultsAreTaken) {
     }
 }
 
-TEST_F(HeaderTest, AnInstalledCopyWithoutHeaderCountsAsModified) {
-    EXPECT_EQ(loaded("<html>\n", "kestrel", 0).modified, 1);
-    EXPECT_EQ(loaded("<html>\n", "kestrel", 1).modified, 0);
-}
-
 TEST_F(HeaderTest, MissingHeadersAreLoggedAtDebugLevel) {
     set_loglvl(LOG_DEBUG);
     loaded("<html>\n", "kestrel", 0);
     loaded("<html>\n", "kestrel", 1);
     set_loglvl(LOG_ERROR);
     EXPECT_EQ(log(), "Debug: Old header info not found\nDebug: New header info not found\n");
-}
-
-TEST_F(HeaderTest, AnInstalledCopyWhoseChecksumAgreesIsNotModified) {
-    EXPECT_EQ(loaded(expected_stamped(header_line), "kestrel", 0).modified, 0);
-    EXPECT_EQ(found, 1);
-}
-
-TEST_F(HeaderTest, AnInstalledCopyWhoseChecksumDisagreesIsModified) {
-    std::string content = expected_stamped(std::string(header_line) + "<html>\n");
-    content[content.find("html")] = 'H';
-    EXPECT_EQ(loaded(content, "kestrel", 0).modified, 1);
-}
-
-TEST_F(HeaderTest, AnInstalledCopyWithoutChecksumLineCountsAsModified) {
-    EXPECT_EQ(loaded(std::string(header_line) + "<html>\n", "kestrel", 0).modified, 1);
-    EXPECT_EQ(found, 1);
-}
-
-TEST_F(HeaderTest, AModifiedFlagStandsWhateverTheChecksum) {
-    const std::string header = "||header: modified=true tpl_set=kst_s1 tpl_version=1.0b||\n";
-    EXPECT_EQ(loaded(expected_stamped(header), "kestrel", 0).modified, 1);
-}
-
-TEST_F(HeaderTest, TheChecksumOfANewCopyIsNotLookedAt) {
-    EXPECT_EQ(loaded(std::string(header_line) + "<html>\n", "kestrel", 1).modified, 0);
 }
 
 // Categories.

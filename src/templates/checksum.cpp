@@ -77,10 +77,7 @@ int calculate(std::string_view bf, std::size_t fpos) {
 }
 
 template_reader::template_reader(std::FILE *file, std::string_view marker)
-    : file_(file), marker_(marker) {
-    // What is read goes to the reader's own buffer; another one would only cost a copy.
-    std::setvbuf(file, nullptr, _IONBF, 0);
-}
+    : file_(file), marker_(marker) {}
 
 std::optional<template_part> template_reader::next() {
     if (block_.empty()) {
@@ -102,6 +99,9 @@ std::optional<template_part> template_reader::next() {
 // Reads the next block: the pieces that end in the buffer, so that no piece is torn. Leaves it
 // empty at the end of the file and if a read fails.
 void template_reader::read_block() {
+    if (std::feof(file_) != 0) {
+        return;
+    }
     char *end = std::copy(unfinished_.begin(), unfinished_.end(), buffer_.data());
     const std::size_t room = buffer_.size() - unfinished_.size();
     end += std::fread(end, 1, room, file_);
@@ -145,17 +145,21 @@ std::string_view running_checksum::read_checksum_line(std::string_view line) {
 
 int do_checksum(const char *file, int compare) {
     const stream_handle stream = open_plain_file(file, template_limit);
+    return checksum_of(stream.get(), file, compare);
+}
+
+int checksum_of(std::FILE *stream, const char *file, int compare) {
     running_checksum checksum;
-    if (stream) {
-        template_reader reader(stream.get(), checksum_line_start);
+    if (stream != nullptr) {
+        template_reader reader(stream, checksum_line_start);
         while (const std::optional<template_part> part = reader.next()) {
             checksum.add(*part);
         }
     }
-    if (!stream || std::ferror(stream.get()) != 0) {
+    if (stream == nullptr || std::ferror(stream) != 0) {
         emsg("can't open %s, %s", file, std::strerror(errno));
         // Not 0 after a failed read: a template that was read in part must not count as unchanged.
-        return stream && compare != 0 ? 1 : 0;
+        return stream != nullptr && compare != 0 ? 1 : 0;
     }
     return compare != 0 ? checksum.difference() : checksum.sum();
 }

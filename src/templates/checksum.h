@@ -23,6 +23,9 @@ inline constexpr std::string_view checksum_line_start = "||checksu";
 // cannot be read to its end, logs it and returns 1 with `compare`, so that it never agrees, else 0.
 int do_checksum(const char *file, int compare);
 
+// The same for a file that is open at its start; null is one that could not be opened.
+int checksum_of(std::FILE *stream, const char *file, int compare);
+
 // Returns what the bytes `bf` add to a checksum if the first of them stands at the offset `fpos` of
 // the file. Each byte but line feeds and carriage returns is shifted left by its offset modulo 3;
 // the sum wraps at 32 bits.
@@ -38,7 +41,7 @@ struct template_part {
 // Reads a template in parts, which together are the whole file in its order.
 class template_reader {
   public:
-    // Reads `file`, which was just opened. The caller keeps `file` and `marker` while it reads.
+    // Reads `file` from where it stands. The caller keeps `file` and `marker` while it reads.
     template_reader(std::FILE *file, std::string_view marker);
     ~template_reader() = default;
     template_reader(const template_reader &) = delete; // the views lead into its own buffer

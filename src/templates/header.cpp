@@ -49,6 +49,30 @@ std::string_view cut_field(std::string_view &line, char separator) {
     return field;
 }
 
+// Fills the fields from the header line of an open template; null is one that could not be opened.
+bool read_header(TMPLT_INFO &tpl, std::FILE *file, int is_new) {
+    const std::string header = file != nullptr ? find_header(file) : "";
+    if (file == nullptr || std::ferror(file) != 0) {
+        emsg("Can't open %s, header information unobtainable", tpl.name.c_str());
+        return false;
+    }
+    if (header.empty()) {
+        return false;
+    }
+    // ||header: modified=FLAG tpl_set=SET tpl_version=VERSION||; the names are not looked at.
+    std::string_view line = header;
+    cut_field(line, '=');
+    const std::string flag(cut_field(line, '='));
+    const std::string_view set = cut_field(line, ' ');
+    cut_field(line, '=');
+    const std::string_view version = cut_field(line, '|');
+    set_fields(tpl, is_new, set, version);
+    if (is_new == 0) {
+        tpl.modified = s_strnicmp(flag.c_str(), "true", 4) == 0 ? 1 : 0;
+    }
+    return true;
+}
+
 void set_defaults(TMPLT_INFO &tpl, std::string_view prodname, int is_new) {
     const std::string family(set_family(prodname));
     if (is_new != 0) {
@@ -72,33 +96,15 @@ bool is_older(const std::string &version, const std::string &than) {
 
 int tpl_get_header_info(TMPLT_INFO *tpl, const char *file, int is_new) {
     const stream_handle stream = open_plain_file(file, template_limit);
-    const std::string header = stream ? find_header(stream.get()) : "";
-    if (!stream || std::ferror(stream.get()) != 0) {
-        emsg("Can't open %s, header information unobtainable", tpl->name.c_str());
-        return 0;
-    }
-    if (header.empty()) {
-        return 0;
-    }
-    // ||header: modified=FLAG tpl_set=SET tpl_version=VERSION||; the names are not looked at.
-    std::string_view line = header;
-    cut_field(line, '=');
-    const std::string flag(cut_field(line, '='));
-    const std::string_view set = cut_field(line, ' ');
-    cut_field(line, '=');
-    const std::string_view version = cut_field(line, '|');
-    set_fields(*tpl, is_new, set, version);
-    if (is_new == 0) {
-        tpl->modified = s_strnicmp(flag.c_str(), "true", 4) == 0 ? 1 : 0;
-    }
-    return 1;
+    return read_header(*tpl, stream.get(), is_new) ? 1 : 0;
 }
-
 int tpl_load(TMPLT_INFO *tpl, const char *file, const char *prodname, int is_new) {
-    if (tpl_get_header_info(tpl, file, is_new) == 1) {
+    const stream_handle stream = open_plain_file(file, template_limit);
+    if (read_header(*tpl, stream.get(), is_new)) {
         // A copy whose header says that it was edited needs no sum.
-        if (is_new == 0 && tpl->modified == 0 && do_checksum(file, 1) != 0) {
-            tpl->modified = 1;
+        if (is_new == 0 && tpl->modified == 0) {
+            std::rewind(stream.get());
+            tpl->modified = checksum_of(stream.get(), file, 1) != 0 ? 1 : 0;
         }
         return 1;
     }

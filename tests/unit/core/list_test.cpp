@@ -1,9 +1,9 @@
 #include "core/list.h"
 
-#include "core/format.h"
 #include "support/console_capture.h"
 #include "support/rows.h"
 #include "unit/failing_memory.h"
+#include "unit/kept_messages.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -72,20 +72,12 @@ const std::map<std::string, std::function<std::string(LINK_LIST *, call_argument
 
 std::vector<std::string> messages;
 
-int keep_message(const char *format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    messages.push_back(vformatted(format, arguments));
-    va_end(arguments);
-    return 1;
-}
-
 // Every test begins with the list a, b, c, its cursor past the end.
 class ListOfThree : public testing::Test {
   protected:
     ListOfThree() {
         messages.clear();
-        list_init(&list, keep_message);
+        list_init(&list, keep_in<messages>);
         list_add(&list, a);
         list_add(&list, b);
         list_add(&list, c);
@@ -246,10 +238,10 @@ TEST_F(ListInit, EmptiesTheHeaderAndKeepsTheReceiver) {
     LINK_LIST other;
     other.num = 7;
     other.first = other.current = other.last = list.first;
-    EXPECT_EQ(list_init(&other, keep_message), 1);
+    EXPECT_EQ(list_init(&other, keep_in<messages>), 1);
     EXPECT_EQ(other.init_value, 32000);
     EXPECT_EQ(other.num, 0);
-    EXPECT_EQ(other.emsg, &keep_message);
+    EXPECT_EQ(other.emsg, &keep_in<messages>);
     EXPECT_EQ(other.first, nullptr);
     EXPECT_EQ(other.current, nullptr);
     EXPECT_EQ(other.last, nullptr);

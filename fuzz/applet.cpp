@@ -16,29 +16,6 @@ constexpr std::size_t longest_for_model = 4096;
 constexpr std::size_t longest_text = 510;
 constexpr std::size_t longest_size = 512;
 
-std::vector<std::string> items_of(LINK_LIST *list) {
-    std::vector<std::string> items;
-    list_start(list);
-    while (const auto *item = static_cast<const char *>(list_get(list))) {
-        items.emplace_back(item);
-    }
-    return items;
-}
-
-applet_model model_of(SCROLLMSG *data) {
-    applet_model model;
-    model.height = data->height;
-    model.width = data->width;
-    model.messages = items_of(&data->messages);
-    model.urls = items_of(&data->urls);
-    model.look_3d = data->look_3d;
-    model.look_shadow = data->look_shadow;
-    model.direction = data->direction;
-    model.delay = data->delay;
-    model.delta = data->delta;
-    return model;
-}
-
 // What is read from a `set` value, and that applet written anew.
 struct reading {
     applet_model model;

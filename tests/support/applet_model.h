@@ -4,6 +4,8 @@
 #pragma once
 
 #include "core/text.h"
+#include "customise/scroll.h"
+#include "support/store_texts.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,8 +15,8 @@
 struct applet_model {
     std::string height = "40";
     std::string width = "80%";
-    std::vector<std::string> messages;
-    std::vector<std::string> urls;
+    texts messages{};
+    texts urls{};
     int look_3d = 0;
     int look_shadow = 0;
     int direction = 0;
@@ -129,3 +131,16 @@ struct applet_model {
         }
     }
 };
+
+// What the program's reader has read.
+inline applet_model model_of(SCROLLMSG *data) {
+    return {.height = data->height,
+            .width = data->width,
+            .messages = items_of(&data->messages),
+            .urls = items_of(&data->urls),
+            .look_3d = data->look_3d,
+            .look_shadow = data->look_shadow,
+            .direction = data->direction,
+            .delay = data->delay,
+            .delta = data->delta};
+}

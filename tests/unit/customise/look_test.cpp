@@ -2,14 +2,16 @@
 
 #include "files/operations.h"
 #include "support/console_capture.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
+#include "unit/customise/screens.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// A store whose images directory (the value `version`) is "images".
+// A store whose images directory (the value `version`) is "images", and a picture to choose.
 class Look : public scratch_test {
   protected:
     Look() {
@@ -17,35 +19,32 @@ class Look : public scratch_test {
         // Copies are given to the owner; the one who runs the test may always keep them.
         gx_user = ::geteuid();
         gx_group = ::getegid();
+        write_file(picture, "a picture");
     }
 
+    // Runs do_background or do_logo; gives what it shows.
+    static std::string run(int (*choose)(pINI_SETTINGS), custom_store &settings,
+                           const std::string &typed) {
+        return console_of(typed, [&] { EXPECT_EQ(choose(settings.get()), 1); });
+    }
+
+    texts sets() { return values_of(store.get(), "set"); }
+
+    const std::string picture = scratch.path("new picture.gif");
     custom_store store{{"version", "images"}, {"vlimg_dir", "/not/this"}};
 };
 
-constexpr const char *background_question =
-    "\nPlease enter the full path to the file you want as a background\n"
-    "(this image will be copied to the images directory)\n";
-constexpr const char *logo_question =
-    "\nPlease enter the full path to the file you want as a logo\n"
-    "(this image will be copied to the images directory)\n";
-
 TEST_F(Look, BackgroundWithNothingStoredOffersTheDefaultFile) {
     write_file("images/ksback.jpg", "a picture");
-
-    EXPECT_EQ(console_of("\n", [&] { EXPECT_EQ(do_background(store.get()), 1); }),
-              background_question + std::string("[images/ksback.jpg]? "));
-
-    EXPECT_EQ(values_of(store.get(), "set"), texts{"background ksback.jpg"});
+    EXPECT_EQ(run(do_background, store, "\n"), image_question("background", "images/ksback.jpg"));
+    EXPECT_EQ(sets(), texts{"background ksback.jpg"});
     EXPECT_EQ(read_file("images/ksback.jpg"), "a picture");
 }
 
 TEST_F(Look, LogoWithNothingStoredOffersTheDefaultFile) {
     write_file("images/kestrel.gif", "a picture");
-
-    EXPECT_EQ(console_of("\n", [&] { EXPECT_EQ(do_logo(store.get()), 1); }),
-              logo_question + std::string("[images/kestrel.gif]? "));
-
-    EXPECT_EQ(values_of(store.get(), "set"), texts{"logo kestrel.gif"});
+    EXPECT_EQ(run(do_logo, store, "\n"), image_question("logo", "images/kestrel.gif"));
+    EXPECT_EQ(sets(), texts{"logo kestrel.gif"});
 }
 
 TEST_F(Look, CopiesTheFileAndRecordsItsName) {
@@ -53,25 +52,16 @@ TEST_F(Look, CopiesTheFileAndRecordsItsName) {
                         {"set", "background old.jpg"},
                         {"set", "scrollmessage x"},
                         {"set", "logo old.gif"}};
-    const std::string file = scratch.path("new picture.gif");
-    write_file(file, "a picture");
-
-    EXPECT_EQ(console_of(file + "\n", [&] { EXPECT_EQ(do_logo(stored.get()), 1); }),
-              logo_question + std::string("[images/old.gif]? ."));
-
+    EXPECT_EQ(run(do_logo, stored, picture + "\n"), image_question("logo", "images/old.gif") + ".");
     EXPECT_EQ(read_file("images/new picture.gif"), "a picture");
     EXPECT_EQ(values_of(stored.get(), "set"),
               (texts{"background old.jpg", "scrollmessage x", "logo new picture.gif"}));
 }
 
 TEST_F(Look, ReplacesAnImageOfTheSameName) {
-    const std::string file = scratch.path("a.gif");
-    write_file(file, "new");
-    write_file("images/a.gif", "old and longer");
-
-    console_of(file + "\n", [&] { EXPECT_EQ(do_logo(store.get()), 1); });
-
-    EXPECT_EQ(read_file("images/a.gif"), "new");
+    write_file("images/new picture.gif", "old and longer");
+    run(do_logo, store, picture + "\n");
+    EXPECT_EQ(read_file("images/new picture.gif"), "a picture");
 }
 
 TEST_F(Look, OffersTheLastWordOfTheFirstValueThatBeginsWithTheMode) {
@@ -80,174 +70,98 @@ TEST_F(Look, OffersTheLastWordOfTheFirstValueThatBeginsWithTheMode) {
                         {"set", "backgrounds a b.jpg"},
                         {"set", "background c.jpg"}};
     write_file("images/b.jpg", "a picture");
-
-    EXPECT_EQ(console_of("\n", [&] { EXPECT_EQ(do_background(stored.get()), 1); }),
-              background_question + std::string("[images/b.jpg]? "));
-
+    EXPECT_EQ(run(do_background, stored, "\n"), image_question("background", "images/b.jpg"));
     EXPECT_EQ(values_of(stored.get(), "set"),
               (texts{"a background no.jpg", "backgrounds a b.jpg", "background b.jpg"}));
 }
 
 TEST_F(Look, AFileThatIsNotThereIsRefusedAndAskedForAgain) {
-    const std::string file = scratch.path("a.jpg");
-    write_file(file, "a picture");
-
-    EXPECT_EQ(console_of("\n/no/such.jpg\n" + file + "\n",
-                         [&] { EXPECT_EQ(do_background(store.get()), 1); }),
-              background_question +
-                  std::string("[images/ksback.jpg]? "
-                              "Error: cannot find images/ksback.jpg\n\n") +
-                  background_question +
-                  "[images/ksback.jpg]? "
-                  "Error: cannot find /no/such.jpg\n\n" +
-                  background_question + "[images/ksback.jpg]? .");
-    EXPECT_EQ(values_of(store.get(), "set"), texts{"background a.jpg"});
+    const std::string question = image_question("background", "images/ksback.jpg");
+    EXPECT_EQ(run(do_background, store, "\n/no/such.jpg\n" + picture + "\n"),
+              question + "Error: cannot find images/ksback.jpg\n\n" + question +
+                  "Error: cannot find /no/such.jpg\n\n" + question + ".");
+    EXPECT_EQ(sets(), texts{"background new picture.gif"});
 }
 
 TEST_F(Look, AFailedCopyIsReportedAndTheNameRecordedAllTheSame) {
     custom_store stored{{"version", "nowhere"}};
-    const std::string file = scratch.path("a.jpg");
-    write_file(file, "a picture");
-
-    EXPECT_EQ(console_of(file + "\n", [&] { EXPECT_EQ(do_background(stored.get()), 1); }),
-              background_question +
-                  std::string("[nowhere/ksback.jpg]? "
-                              "\n-----------------------------------------------------------------"
-                              "--------------\n"
-                              "Error: Can't write to \"nowhere/a.jpg\": No such file or "
-                              "directory\n\n"));
-    EXPECT_EQ(values_of(stored.get(), "set"), texts{"background a.jpg"});
+    EXPECT_EQ(run(do_background, stored, picture + "\n"),
+              image_question("background", "nowhere/ksback.jpg") + "\n" + dashes +
+                  "Error: Can't write to \"nowhere/new picture.gif\": No such file or "
+                  "directory\n\n");
+    EXPECT_EQ(values_of(stored.get(), "set"), texts{"background new picture.gif"});
 }
 
 TEST_F(Look, WithoutAnImagesDirectoryNothingIsCopied) {
     custom_store stored{};
     std::filesystem::create_directory("pictures");
-
-    EXPECT_EQ(console_of("pictures\n", [&] { EXPECT_EQ(do_logo(stored.get()), 1); }),
-              logo_question +
-                  std::string("[<NULL>/kestrel.gif]? Error: \nError creating template set "
-                              "directory pictures.\n\n"));
+    EXPECT_EQ(run(do_logo, stored, "pictures\n"),
+              image_question("logo", "<NULL>/kestrel.gif") +
+                  "Error: \nError creating template set directory pictures.\n\n");
     EXPECT_FALSE(is_there("<NULL>"));
 }
 
-constexpr const char *footer_help =
-    "\n\n\n"
-    "NOTE : This footer will be added to the end of every message sent.\n"
-    "->Defaults are shown [thus], if no default is given a <return> will\n"
-    "  insert a blank line.\n"
-    "->Otherwise type [ins] to insert a blank line, [del] to remove a line,\n"
-    "  type [save] to save & exit, type [remove] to remove all Email footers.\n";
 constexpr const char *short_help = "[ins] = insert blank line\t: [del] = delete line\n"
                                    "[remove] = remove footers\t: [save] = save and exit.\n";
-constexpr const char *no_changes = "\nDo you want to change any of your answers [NO]? ";
+
+// The lines of a footer, what is typed, what is shown behind the help, and the lines then.
+struct footer_edit {
+    const char *name;
+    texts lines;
+    const char *typed;
+    std::string shown;
+    texts lines_then;
+};
 
 class Footer : public scratch_test {
   protected:
-    // Edits the footer of these lines with these answers; gives what the console shows.
-    std::string edit(const texts &lines, std::string_view answers) {
-        for (const std::string &line : lines) {
+    static void check(const footer_edit &row) {
+        custom_store store{{"set", "logo a.gif"}};
+        for (const std::string &line : row.lines) {
             ini_add(store.get(), "body_add", line.c_str());
         }
-        return console_of(answers, [&] { EXPECT_EQ(do_emailfoot(store.get()), 1); });
+        EXPECT_EQ(console_of(row.typed, [&] { EXPECT_EQ(do_emailfoot(store.get()), 1); }),
+                  footer_help + row.shown);
+        EXPECT_EQ(values_of(store.get(), "body_add"), row.lines_then);
+        EXPECT_EQ(values_of(store.get(), "set"), texts{"logo a.gif"});
     }
-
-    texts footer() { return values_of(store.get(), "body_add"); }
-
-    custom_store store{{"set", "logo a.gif"}};
 };
 
-TEST_F(Footer, EnterKeepsALineAndDelDropsIt) {
-    EXPECT_EQ(edit({"One", "Two", "Three"}, "\n[del]\n\n[save]\n\n"),
-              footer_help +
-                  std::string("\nLine 0:[One]? "
-                              "\nLine 1:[Two]? "
-                              "\nLine 1:[Three]? "
-                              "\nLine 2:? ") +
-                  no_changes);
-    EXPECT_EQ(footer(), (texts{"One", "Three"}));
-    EXPECT_EQ(values_of(store.get(), "set"), texts{"logo a.gif"});
-}
+// clang-format off
+const std::vector<footer_edit> edits = {
+    {"Footer.EnterKeepsALineAndDelDropsIt", {"One", "Two", "Three"}, "\n[del]\n\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", "Line 1:[Three]", "Line 2:", changes}),
+     {"One", "Three"}},
+    {"Footer.TakesNewLinesAndBlankOnes", {"One"}, "First\n\n-- \n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:", "Line 2:", "Line 3:", changes}), {"First", " ", "-- "}},
+    {"Footer.SaveLeavesOutTheLinesThatWereNotReached", {"One", "Two"}, "\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", changes}), {"One"}},
+    {"Footer.SaveAtTheFirstPromptStoresNothing", {}, "[save]\n\n", asked({"Line 0:", changes}), {}},
+    {"Footer.AnEmptyListLeavesTheFooterAsItWas", {"One", "Two"}, "[del]\n[del]\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 0:[Two]", "Line 0:", changes}), {"One", "Two"}},
+    {"Footer.InsStoresABlankLineAndTheLineAndDropsTheNextAnswer", {"One"},
+     "[ins]\ndropped\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:[One]", "Line 2:", changes}), {" ", "One"}},
+    {"Footer.InsTwiceInsertsTwice", {"One", "Two"}, "\n[ins]\n[ins]\n\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", "Line 2:[Two]", "Line 3:[Two]", "Line 4:", changes}),
+     {"One", " ", "Two", " ", "Two"}},
+    {"Footer.AnotherPassOffersTheNewLinesUnderTheShortHelp", {"One", "Two"},
+     "First\n[del]\nLast\n[save]\nyes\n\n[del]\n[save]\n\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", "Line 1:", "Line 2:", changes}) + short_help +
+         asked({"Line 0:[First]", "Line 1:[Last]", "Line 1:", changes}), {"First"}},
+    {"Footer.RemoveAndYesRemovesAllLines", {"One", "Two"}, "\n[remove]\n\nyes\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", changes, "Remove Email footers [NO]"}), {}},
+    {"Footer.RemoveAndNoLeavesTheFooterAsItWas", {"One", "Two"}, "First\n[remove]\n\n\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", changes, "Remove Email footers [NO]"}),
+     {"One", "Two"}},
+    {"Footer.APassAfterRemoveOffersTheOldLinesAndThoseOfThePass", {"One", "Two"},
+     "First\n[remove]\nyes\n\n\n\n[save]\n\nyes\n",
+     asked({"Line 0:[One]", "Line 1:[Two]", changes}) + short_help +
+         asked({"Line 0:[One]", "Line 1:[Two]", "Line 2:[First]", "Line 3:", changes,
+                "Remove Email footers [NO]"}), {}},
+};
+// clang-format on
 
-TEST_F(Footer, TakesNewLinesAndBlankOnes) {
-    EXPECT_EQ(edit({"One"}, "First\n\n-- \n[save]\n\n"), footer_help +
-                                                             std::string("\nLine 0:[One]? "
-                                                                         "\nLine 1:? "
-                                                                         "\nLine 2:? "
-                                                                         "\nLine 3:? ") +
-                                                             no_changes);
-    EXPECT_EQ(footer(), (texts{"First", " ", "-- "}));
-}
-
-TEST_F(Footer, SaveLeavesOutTheLinesThatWereNotReached) {
-    edit({"One", "Two"}, "\n[save]\n\n");
-    EXPECT_EQ(footer(), texts{"One"});
-}
-
-TEST_F(Footer, SaveAtTheFirstPromptStoresNothing) {
-    EXPECT_EQ(edit({}, "[save]\n\n"), footer_help + std::string("\nLine 0:? ") + no_changes);
-    EXPECT_EQ(footer(), texts{});
-}
-
-TEST_F(Footer, AnEmptyListLeavesTheFooterAsItWas) {
-    edit({"One", "Two"}, "[del]\n[del]\n[save]\n\n");
-    EXPECT_EQ(footer(), (texts{"One", "Two"}));
-}
-
-TEST_F(Footer, InsStoresABlankLineAndTheLineAndDropsTheNextAnswer) {
-    EXPECT_EQ(edit({"One"}, "[ins]\ndropped\n[save]\n\n"), footer_help +
-                                                               std::string("\nLine 0:[One]? "
-                                                                           "\nLine 1:[One]? "
-                                                                           "\nLine 2:? ") +
-                                                               no_changes);
-    EXPECT_EQ(footer(), (texts{" ", "One"}));
-}
-
-TEST_F(Footer, InsTwiceInsertsTwice) {
-    edit({"One", "Two"}, "\n[ins]\n[ins]\n\n[save]\n\n");
-    EXPECT_EQ(footer(), (texts{"One", " ", "Two", " ", "Two"}));
-}
-
-TEST_F(Footer, AnotherPassOffersTheNewLinesUnderTheShortHelp) {
-    EXPECT_EQ(edit({"One", "Two"}, "First\n[del]\nLast\n[save]\nyes\n\n[del]\n[save]\n\n"),
-              footer_help +
-                  std::string("\nLine 0:[One]? "
-                              "\nLine 1:[Two]? "
-                              "\nLine 1:? "
-                              "\nLine 2:? ") +
-                  no_changes + short_help +
-                  "\nLine 0:[First]? "
-                  "\nLine 1:[Last]? "
-                  "\nLine 1:? " +
-                  no_changes);
-    EXPECT_EQ(footer(), texts{"First"});
-}
-
-TEST_F(Footer, RemoveAndYesRemovesAllLines) {
-    EXPECT_EQ(edit({"One", "Two"}, "\n[remove]\n\nyes\n"), footer_help +
-                                                               std::string("\nLine 0:[One]? "
-                                                                           "\nLine 1:[Two]? ") +
-                                                               no_changes +
-                                                               "\nRemove Email footers [NO]? ");
-    EXPECT_EQ(footer(), texts{});
-}
-
-TEST_F(Footer, RemoveAndNoLeavesTheFooterAsItWas) {
-    edit({"One", "Two"}, "First\n[remove]\n\n\n");
-    EXPECT_EQ(footer(), (texts{"One", "Two"}));
-}
-
-TEST_F(Footer, APassAfterRemoveOffersTheOldLinesAndThoseOfThePass) {
-    EXPECT_EQ(edit({"One", "Two"}, "First\n[remove]\nyes\n\n\n\n[save]\n\nyes\n"),
-              footer_help +
-                  std::string("\nLine 0:[One]? "
-                              "\nLine 1:[Two]? ") +
-                  no_changes + short_help +
-                  "\nLine 0:[One]? "
-                  "\nLine 1:[Two]? "
-                  "\nLine 2:[First]? "
-                  "\nLine 3:? " +
-                  no_changes + "\nRemove Email footers [NO]? ");
-    EXPECT_EQ(footer(), texts{});
-}
+const int registered = register_rows<Footer>(edits);
 
 } // namespace

@@ -3,10 +3,11 @@
 #include "customise/text_list.h"
 #include "support/applet_model.h"
 #include "support/asked_console.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
+#include "unit/customise/screens.h"
 
-#include <array>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -14,25 +15,23 @@ namespace {
 
 // The applet's record, cleared when it goes.
 struct applet : SCROLLMSG {
-    applet() { EXPECT_EQ(scroll_init(this), 1); }
+    explicit applet(const texts &held_messages = {}, const texts &held_urls = {}) {
+        EXPECT_EQ(scroll_init(this), 1);
+        hold(held_messages, held_urls);
+    }
     ~applet() { scroll_clear(this); }
     applet(const applet &) = delete;
     applet &operator=(const applet &) = delete;
-};
 
-applet_model model_of(SCROLLMSG *data) {
-    applet_model model;
-    model.height = data->height;
-    model.width = data->width;
-    model.messages = items_of(&data->messages);
-    model.urls = items_of(&data->urls);
-    model.look_3d = data->look_3d;
-    model.look_shadow = data->look_shadow;
-    model.direction = data->direction;
-    model.delay = data->delay;
-    model.delta = data->delta;
-    return model;
-}
+    void hold(const texts &more_messages, const texts &more_urls) {
+        for (const std::string &message : more_messages) {
+            add_text(&messages, message.c_str());
+        }
+        for (const std::string &url : more_urls) {
+            add_text(&urls, url.c_str());
+        }
+    }
+};
 
 // What the reader takes from a stored HTML.
 applet_model read_back(const std::string &html) {
@@ -42,36 +41,80 @@ applet_model read_back(const std::string &html) {
     return model_of(&data);
 }
 
-constexpr const char *tail =
+applet_model read_backwards(const std::string &html) {
+    applet_model model;
+    model.read("scrollmessage " + html);
+    return model;
+}
+
+const std::string tail =
     R"(<param name="3DFrame" value="1"><param name="Shadow" value="1">)"
     R"(<param name="Scrolldirection" value="1"><param name="ScrollDelay" value="250">)"
     R"(<param name="ScrollDelta" value="3"></applet>)";
 
+const std::string sevens_511(511, '7');
+
+// clang-format off
+const std::vector<rule> readings = {
+    {"ScrollLoad.ReadsAllThatIsStored", read_back,
+     {{{R"(scrollmessage <applet code="Scrolltext.class" width = 75% height = 120>)"
+        R"(<param name="scrollmessage0" value="Hello, world!">)"
+        R"(<param name="scrollurl0" value="a.html">)"
+        R"(<param name="scrollmessage1" value="Second">)"
+        R"(<param name="scrollmessage2" value="Third">)"
+        R"(<param name="scrollurl2" value="c.html">)" + tail},
+       {.height = "120", .width = "75%", .messages = {"Hello, world!", "Second", "Third"},
+        .urls = {"a.html", "", "c.html"}, .look_3d = 1, .look_shadow = 1, .direction = 1,
+        .delay = 250, .delta = 3}}}},
+    {"ScrollLoad.AFirstMessageWithoutUrlGetsAnEmptyOne", read_back,
+     {{{R"(<param name="scrollmessage0" value="One">)"
+        R"(<param name="scrollmessage1" value="Two"><param name="scrollurl1" value="b">)"},
+       {.messages = {"One", "Two"}, .urls = {"", "b"}}}}},
+    {"ScrollLoad.AMessageEndsAtItsFirstDoubleQuote", read_back,
+     {{{R"(<param name="scrollmessage0" value="Say "hello" twice">)"},
+       {.messages = {"Say "}, .urls = {""}}}}},
+    {"ScrollLoad.WhatStandsBeforeTheFirstLetterOrDigitOfAValueIsLost", read_back,
+     {{{R"(<param name="scrollmessage0" value="...(new) offers">)"},
+       {.messages = {"new) offers"}, .urls = {""}}}}},
+    {"ScrollLoad.NamesAreReadIgnoringCase", read_back,
+     {{{R"(WIDTH=5 Height=6 <PARAM NAME="SCROLLMESSAGE0" X="y">)"},
+       {.height = "6", .width = "5", .messages = {"y"}, .urls = {""}}}}},
+    {"ScrollLoad.ANameIsTheWholeWordBeforeTheEqualsSign", read_back,
+     {{{"maxwidth = 5 width2 = 6"}, {}}, {{"max-width ... = 5"}, {.width = "5"}}}},
+    {"ScrollLoad.AUrlNameMayContainTheWordAMessageNameMustBeginWithIt", read_back,
+     {{{R"(name="myscrollmessage" v="no" name="scrollmessageX" v="yes" )"
+        R"(name="thescrollurl9" v="link" name="xShadow" v="5")"},
+       {.messages = {"yes"}, .urls = {"link"}}}}},
+    {"ScrollLoad.AnEqualsSignInsideAMessageMakesAnAttributeToo", read_back,
+     {{{R"(name="scrollmessage0" value="width = 12%")"},
+       {.width = "12%", .messages = {"width = 12%"}, .urls = {""}}}}},
+    {"ScrollLoad.AMessageIsReadUpTo510Characters", read_back,
+     {{{"name=\"scrollmessage0\" value=\"" + std::string(600, 'x') + "\""},
+       {.messages = {std::string(510, 'x')}, .urls = {""}}}}},
+    {"ScrollLoad.ASizeIsReadUpTo511Characters", read_back,
+     {{{"height = " + sevens_511 + "7%"}, {.height = sevens_511}},
+      {{"height = " + sevens_511 + "%"}, {.height = sevens_511 + "%"}}}},
+    {"ScrollLoad.WhatIsCutOffCountsForNothing", read_back,
+     {{{"width"}, {}}, {{"width ="}, {}}, {{"width = "}, {}}, {{"name"}, {}}, {{"name="}, {}},
+      {{"name=\""}, {}}, {{"name=\"scrollmessage0"}, {}},
+      {{"name=\"scrollmessage0\" value"}, {}}, {{"name=\"scrollmessage0\" value="}, {}},
+      {{"name=\"scrollmessage0\" value=\""}, {}}, {{"="}, {}}, {{"\""}, {}}, {{""}, {}},
+      {{"name=\"scrollmessage0\" value=\"Hel"}, {.messages = {"Hel"}, .urls = {""}}}}},
+};
+// clang-format on
+
+const int registered = register_rows(readings);
+
 TEST(ScrollInit, SetsTheDefaults) {
     applet data;
-
-    EXPECT_EQ(data.height, "40");
-    EXPECT_EQ(data.width, "80%");
-    EXPECT_EQ(list_num(&data.messages), 0);
-    EXPECT_EQ(list_num(&data.urls), 0);
-    EXPECT_EQ(data.look_3d, 0);
-    EXPECT_EQ(data.look_shadow, 0);
-    EXPECT_EQ(data.direction, 0);
-    EXPECT_EQ(data.delay, 0);
-    EXPECT_EQ(data.delta, 1);
+    EXPECT_EQ(model_of(&data), applet_model());
 }
 
 TEST(ScrollClear, FreesTheTextsAndLeavesEmptyLists) {
-    applet data;
-    add_text(&data.messages, "one");
-    add_text(&data.urls, "");
-
+    applet data({"one"}, {""});
     scroll_clear(&data);
-
-    EXPECT_EQ(data.height, "");
-    EXPECT_EQ(data.width, "");
-    EXPECT_EQ(list_num(&data.messages), 0);
-    EXPECT_EQ(list_num(&data.urls), 0);
+    EXPECT_EQ(data.height + data.width, "");
+    EXPECT_EQ(list_num(&data.messages) + list_num(&data.urls), 0);
 }
 
 TEST(ScrollLoad, WithoutAStoredAppletLeavesTheDefaults) {
@@ -79,9 +122,7 @@ TEST(ScrollLoad, WithoutAStoredAppletLeavesTheDefaults) {
          {"logo a.gif", "scrollmessages width = 5", "Scrollmessage width = 5"}) {
         custom_store store{{"set", value}};
         applet data;
-
         EXPECT_EQ(scroll_load(&data, store.get()), 1);
-
         EXPECT_EQ(model_of(&data), applet_model()) << value;
     }
 }
@@ -91,114 +132,18 @@ TEST(ScrollLoad, TakesTheFirstValueWhoseFirstWordIsScrollmessage) {
                        {"set", " \tscrollmessage\twidth = 2"},
                        {"set", "scrollmessage width = 3"}};
     applet data;
-
     EXPECT_EQ(scroll_load(&data, store.get()), 1);
-
     EXPECT_EQ(data.width, "2");
-}
-
-TEST(ScrollLoad, ReadsAllThatIsStored) {
-    const applet_model model = read_back(
-        R"(scrollmessage <applet code="Scrolltext.class" width = 75% height = 120>)"
-        R"(<param name="scrollmessage0" value="Hello, world!"><param name="scrollurl0" value="a.html">)"
-        R"(<param name="scrollmessage1" value="Second">)"
-        R"(<param name="scrollmessage2" value="Third"><param name="scrollurl2" value="c.html">)" +
-        std::string(tail));
-
-    EXPECT_EQ(model.width, "75%");
-    EXPECT_EQ(model.height, "120");
-    EXPECT_EQ(model.messages, (texts{"Hello, world!", "Second", "Third"}));
-    EXPECT_EQ(model.urls, (texts{"a.html", "", "c.html"}));
-    EXPECT_EQ(model.look_3d, 1);
-    EXPECT_EQ(model.look_shadow, 1);
-    EXPECT_EQ(model.direction, 1);
-    EXPECT_EQ(model.delay, 250);
-    EXPECT_EQ(model.delta, 3);
-}
-
-TEST(ScrollLoad, AFirstMessageWithoutUrlGetsAnEmptyOne) {
-    const applet_model model = read_back(
-        R"(<param name="scrollmessage0" value="One">)"
-        R"(<param name="scrollmessage1" value="Two"><param name="scrollurl1" value="b">)");
-
-    EXPECT_EQ(model.messages, (texts{"One", "Two"}));
-    EXPECT_EQ(model.urls, (texts{"", "b"}));
-}
-
-TEST(ScrollLoad, AMessageEndsAtItsFirstDoubleQuote) {
-    EXPECT_EQ(read_back(R"(<param name="scrollmessage0" value="Say "hello" twice">)").messages,
-              texts{"Say "});
-}
-
-TEST(ScrollLoad, WhatStandsBeforeTheFirstLetterOrDigitOfAValueIsLost) {
-    EXPECT_EQ(read_back(R"(<param name="scrollmessage0" value="...(new) offers">)").messages,
-              texts{"new) offers"});
-}
-
-TEST(ScrollLoad, NamesAreReadIgnoringCase) {
-    const applet_model model = read_back(R"(WIDTH=5 Height=6 <PARAM NAME="SCROLLMESSAGE0" X="y">)");
-
-    EXPECT_EQ(model.width, "5");
-    EXPECT_EQ(model.height, "6");
-    EXPECT_EQ(model.messages, texts{"y"});
-}
-
-TEST(ScrollLoad, ANameIsTheWholeWordBeforeTheEqualsSign) {
-    EXPECT_EQ(read_back("maxwidth = 5 width2 = 6"), applet_model());
-    EXPECT_EQ(read_back("max-width ... = 5").width, "5");
-}
-
-TEST(ScrollLoad, AUrlNameMayContainTheWordAMessageNameMustBeginWithIt) {
-    const applet_model model =
-        read_back(R"(name="myscrollmessage" v="no" name="scrollmessageX" v="yes" )"
-                  R"(name="thescrollurl9" v="link" name="xShadow" v="5")");
-
-    EXPECT_EQ(model.messages, texts{"yes"});
-    EXPECT_EQ(model.urls, texts{"link"});
-    EXPECT_EQ(model.look_shadow, 0);
-}
-
-TEST(ScrollLoad, AnEqualsSignInsideAMessageMakesAnAttributeToo) {
-    const applet_model model = read_back(R"(name="scrollmessage0" value="width = 12%")");
-
-    EXPECT_EQ(model.messages, texts{"width = 12%"});
-    EXPECT_EQ(model.width, "12%");
-}
-
-TEST(ScrollLoad, AMessageIsReadUpTo510CharactersASizeUpTo511) {
-    const std::string text(600, 'x');
-    const std::string digits(600, '7');
-
-    EXPECT_EQ(read_back("name=\"scrollmessage0\" value=\"" + text + "\"").messages,
-              texts{text.substr(0, 510)});
-    EXPECT_EQ(read_back("height = " + digits + "%").height, digits.substr(0, 511));
-    EXPECT_EQ(read_back("height = " + digits.substr(0, 511) + "%").height,
-              digits.substr(0, 511) + "%");
-}
-
-TEST(ScrollLoad, WhatIsCutOffCountsForNothing) {
-    for (const char *html :
-         {"width", "width =", "width = ", "name", "name=", "name=\"", "name=\"scrollmessage0",
-          "name=\"scrollmessage0\" value",
-          "name=\"scrollmessage0\" value=", "name=\"scrollmessage0\" value=\"", "=", "\"", ""}) {
-        EXPECT_EQ(read_back(html), applet_model()) << html;
-    }
-    EXPECT_EQ(read_back("name=\"scrollmessage0\" value=\"Hel").messages, texts{"Hel"});
 }
 
 // A text made of the pieces that the reader looks at.
 std::string hostile_text(std::mt19937 &random) {
-    constexpr std::array<const char *, 22> pieces = {"=",         "==",
-                                                     "\"",        " ",
-                                                     "name",      "NAME=",
-                                                     "value=\"",  "width",
-                                                     "height=",   "7",
-                                                     "80%",       "%",
-                                                     "x",         "scrollmessage",
-                                                     "scrollurl", "3DFrame",
-                                                     "shadow\"",  "scrolldelay\"",
-                                                     "<param ",   "a b",
-                                                     "\xe9",      "scrolldirection"};
+    // clang-format off
+    const std::vector<std::string> pieces = {
+        "=", "==", "\"", " ", "name", "NAME=", "value=\"", "width", "height=", "7", "80%", "%", "x",
+        "scrollmessage", "scrollurl", "3DFrame", "shadow\"", "scrolldelay\"", "<param ", "a b",
+        "\xe9", "scrolldirection"};
+    // clang-format on
     std::string text;
     for (std::size_t count = random() % 60; count > 0; count--) {
         text += pieces[random() % pieces.size()];
@@ -210,9 +155,7 @@ TEST(ScrollLoad, ReadsWhatReadingBackwardsGives) {
     std::mt19937 random(2);
     for (int round = 0; round < 5000; round++) {
         const std::string text = hostile_text(random);
-        applet_model expected;
-        expected.read("scrollmessage " + text);
-        ASSERT_EQ(read_back(text), expected) << text;
+        ASSERT_EQ(read_back(text), read_backwards(text)) << text;
     }
 }
 
@@ -229,9 +172,7 @@ TEST(ScrollLoad, ReadsLongHostileValuesAsReadingBackwardsDoes) {
     for (const char *piece : {"<param name=\"scrollmessage0\" value=\"one\">", "width=", "a=\"",
                               "name=\"scrollurl\"="}) {
         const std::string text = repeated(piece, size);
-        applet_model expected;
-        expected.read("scrollmessage " + text);
-        EXPECT_EQ(read_back(text), expected) << piece;
+        EXPECT_EQ(read_back(text), read_backwards(text)) << piece;
     }
 }
 
@@ -257,13 +198,8 @@ TEST(ScrollLoad, TakesATimeLinearInTheLength) {
 }
 
 TEST(ScrollHtml, IsOneLineWithTheWordInFront) {
-    applet data;
-    add_text(&data.messages, "One");
-    add_text(&data.messages, "Two, 50% off");
-    add_text(&data.urls, "");
-    add_text(&data.urls, "http://example.com/two");
+    applet data({"One", "Two, 50% off"}, {"", "http://example.com/two"});
     data.delay = -1;
-
     EXPECT_EQ(scroll_html(&data),
               R"(scrollmessage <applet code="Scrolltext.class" width = 80% height = 40>)"
               R"(<param name="scrollmessage0" value="One">)"
@@ -275,177 +211,114 @@ TEST(ScrollHtml, IsOneLineWithTheWordInFront) {
 }
 
 TEST(ScrollHtml, LeavesOutMessagesWithoutAUrlEntry) {
-    applet data;
-    add_text(&data.messages, "One");
-    add_text(&data.messages, "Two");
-    add_text(&data.urls, "");
-
+    applet data({"One", "Two"}, {""});
     EXPECT_EQ(scroll_html(&data).find("scrollmessage1"), std::string::npos);
 }
 
 TEST(ScrollHtml, LeavesOutUrlsWithoutAMessage) {
-    applet data;
-    add_text(&data.urls, "a.html");
-
+    applet data({}, {"a.html"});
     EXPECT_EQ(scroll_html(&data).find("a.html"), std::string::npos);
 }
 
 TEST(ScrollHtml, CutsEachPieceAt511Characters) {
-    applet data;
-    add_text(&data.messages, std::string(600, 'x').c_str());
-    add_text(&data.urls, "a.html");
-
-    const std::string html = scroll_html(&data);
-
+    applet data({std::string(600, 'x')}, {"a.html"});
     const std::string begin = R"(<param name="scrollmessage0" value=")";
-    EXPECT_NE(html.find(begin + std::string(511 - begin.size(), 'x') + R"(<param name="3DFrame")"),
+    EXPECT_NE(scroll_html(&data).find(begin + std::string(511 - begin.size(), 'x') +
+                                      R"(<param name="3DFrame")"),
               std::string::npos);
 }
 
 TEST(ScrollHtml, IsReadBackAsItWas) {
-    applet data;
-    add_text(&data.messages, "One = 1");
-    add_text(&data.messages, "Two");
-    add_text(&data.urls, "a.html");
-    add_text(&data.urls, "");
+    applet data({"One = 1", "Two"}, {"a.html", ""});
     data.width = "300";
     data.look_3d = 1;
     data.delta = 12;
-
     EXPECT_EQ(read_back(scroll_html(&data)), model_of(&data));
 }
 
-constexpr const char *messages_help =
-    "\n(Press enter to continue, or \"[del]\" to delete a message.)";
-constexpr const char *urls_help = "\n(Press enter to continue, or \"[del]\" to delete a url.)";
-constexpr const char *no_changes = "\nDo you want to change any of your answers [NO]? ";
+// A dialogue of the applet's editor about its messages or links.
+struct edit {
+    const char *name;
+    int (*editor)(SCROLLMSG *);
+    texts messages;
+    texts urls;
+    const char *typed;
+    texts questions;
+    texts messages_then;
+    texts urls_then;
+};
 
-// A dialogue of the applet's editor about these messages and links.
 class ScrollEditor : public scratch_test {
   protected:
-    void hold(const texts &messages, const texts &urls) {
-        for (const std::string &message : messages) {
-            add_text(&data.messages, message.c_str());
-        }
-        for (const std::string &url : urls) {
-            add_text(&data.urls, url.c_str());
-        }
+    void check(const edit &row) {
+        const bool edits_messages = row.editor == get_messages;
+        data.hold(row.messages, row.urls);
+        int result = -1;
+        EXPECT_EQ(console_of(row.typed, [&] { result = row.editor(&data); }),
+                  (edits_messages ? messages_help : urls_help) + asked(row.questions));
+        EXPECT_EQ(result, edits_messages ? list_num(&data.messages) : 1);
+        EXPECT_EQ(items_of(&data.messages), row.messages_then);
+        EXPECT_EQ(items_of(&data.urls), row.urls_then);
     }
 
-    void expect_texts(const texts &messages, const texts &urls) {
-        EXPECT_EQ(items_of(&data.messages), messages);
-        EXPECT_EQ(items_of(&data.urls), urls);
+    // What the questions for the properties show; `script` answers them.
+    std::string properties(const console_script &script) {
+        return console_of(script, [&] { EXPECT_EQ(get_properties(&data), 1); });
     }
 
     applet data;
 };
 
-TEST_F(ScrollEditor, AsksForMessagesUntilOneIsEmpty) {
-    EXPECT_EQ(console_of("One\nTwo\n\n\n", [&] { EXPECT_EQ(get_messages(&data), 2); }),
-              messages_help +
-                  std::string("\nEnter message0 ? "
-                              "\nEnter message1 ? "
-                              "\nEnter message2 ? ") +
-                  no_changes);
-    expect_texts({"One", "Two"}, {});
-}
+// clang-format off
+const std::vector<edit> edits = {
+    {"ScrollEditor.AsksForMessagesUntilOneIsEmpty", get_messages, {}, {},
+     "One\nTwo\n\n\n", {"Enter message0 ", "Enter message1 ", "Enter message2 ", changes},
+     {"One", "Two"}, {}},
+    {"ScrollEditor.KeepsChangesAndAddsMessages", get_messages, {"One", "Two"}, {"a", "b"},
+     "\nSecond\nThird\n\nno\n",
+     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", "Enter message3 ",
+      changes},
+     {"One", "Second", "Third"}, {"a", "b"}},
+    {"ScrollEditor.DelDropsTheMessageAndItsLink", get_messages,
+     {"One", "Two", "Three"}, {"a", "b", "c"}, "\n[del]\n\n\n\n",
+     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
+      changes},
+     {"One", "Three"}, {"a", "c"}},
+    {"ScrollEditor.ASecondDelTakesTheLinkAtItsPositionInTheShortenedList", get_messages,
+     {"One", "Two", "Three"}, {"a", "b", "c"}, "[del]\n[del]\n\n\n\n",
+     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
+      changes},
+     {"Three"}, {"b"}},
+    {"ScrollEditor.TwoDelsBehindTheLinksTakeTheLastOnes", get_messages,
+     {"One", "Two"}, {"a", "b"}, "[del]\n[del]\n\n\n",
+     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}, {}, {}},
+    {"ScrollEditor.ADelBehindTheLinksTakesTheLastOne", get_messages,
+     {"One", "Two"}, {"a"}, "\n[del]\n\n\n",
+     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}, {"One"}, {}},
+    {"ScrollEditor.AnotherPassOffersTheNewMessages", get_messages, {"One"}, {"a"},
+     "First\nSecond\n\nyes\n\n[del]\n\n\n",
+     {"Enter message0 [One]", "Enter message1 ", "Enter message2 ", changes,
+      "Enter message0 [First]", "Enter message1 [Second]", "Enter message2 ", changes},
+     {"First"}, {}},
+    {"ScrollEditor.AsksForTheLinkOfEachMessage", get_urls,
+     {"One", "Two", "Three"}, {"a", "b"}, "\n[del]\n\n\n",
+     {"Enter url for message One [a]", "Enter url for message Two [b]",
+      "Enter url for message Three ", changes},
+     {"One", "Two", "Three"}, {"a", "", ""}},
+    {"ScrollEditor.AnotherPassOffersTheNewLinks", get_urls,
+     {"One", "Two"}, {"a", "b"}, "x\n[del]\nyes\n\ny.html\n\n",
+     {"Enter url for message One [a]", "Enter url for message Two [b]", changes,
+      "Enter url for message One [x]", "Enter url for message Two ", changes},
+     {"One", "Two"}, {"x", "y.html"}},
+    {"ScrollEditor.LinksOfDroppedMessagesGo", get_urls, {"One"}, {"a", "b", "c"}, "\n\n",
+     {"Enter url for message One [a]", changes}, {"One"}, {"a"}},
+};
+// clang-format on
 
-TEST_F(ScrollEditor, KeepsChangesAndAddsMessages) {
-    hold({"One", "Two"}, {"a", "b"});
-    EXPECT_EQ(console_of("\nSecond\nThird\n\nno\n", [&] { EXPECT_EQ(get_messages(&data), 3); }),
-              messages_help +
-                  std::string("\nEnter message0 [One]? "
-                              "\nEnter message1 [Two]? "
-                              "\nEnter message2 ? "
-                              "\nEnter message3 ? ") +
-                  no_changes);
-    expect_texts({"One", "Second", "Third"}, {"a", "b"});
-}
-
-TEST_F(ScrollEditor, DelDropsTheMessageAndItsLink) {
-    hold({"One", "Two", "Three"}, {"a", "b", "c"});
-    EXPECT_EQ(console_of("\n[del]\n\n\n\n", [&] { EXPECT_EQ(get_messages(&data), 2); }),
-              messages_help +
-                  std::string("\nEnter message0 [One]? "
-                              "\nEnter message1 [Two]? "
-                              "\nEnter message2 [Three]? "
-                              "\nEnter message3 ? ") +
-                  no_changes);
-    expect_texts({"One", "Three"}, {"a", "c"});
-}
-
-TEST_F(ScrollEditor, ASecondDelTakesTheLinkAtItsPositionInTheShortenedList) {
-    hold({"One", "Two", "Three"}, {"a", "b", "c"});
-    console_of("[del]\n[del]\n\n\n\n", [&] { EXPECT_EQ(get_messages(&data), 1); });
-    expect_texts({"Three"}, {"b"});
-}
-
-TEST_F(ScrollEditor, ADelBehindTheLinksTakesTheLastOne) {
-    hold({"One", "Two"}, {"a", "b"});
-    console_of("[del]\n[del]\n\n\n", [&] { EXPECT_EQ(get_messages(&data), 0); });
-    expect_texts({}, {});
-    hold({"One", "Two"}, {"a"});
-    console_of("\n[del]\n\n\n", [&] { EXPECT_EQ(get_messages(&data), 1); });
-    expect_texts({"One"}, {});
-}
-
-TEST_F(ScrollEditor, AnotherPassOffersTheNewMessages) {
-    hold({"One"}, {"a"});
-    EXPECT_EQ(console_of("First\nSecond\n\nyes\n\n[del]\n\n\n",
-                         [&] { EXPECT_EQ(get_messages(&data), 1); }),
-              messages_help +
-                  std::string("\nEnter message0 [One]? "
-                              "\nEnter message1 ? "
-                              "\nEnter message2 ? ") +
-                  no_changes +
-                  "\nEnter message0 [First]? "
-                  "\nEnter message1 [Second]? "
-                  "\nEnter message2 ? " +
-                  no_changes);
-    expect_texts({"First"}, {});
-}
-
-TEST_F(ScrollEditor, AsksForTheLinkOfEachMessage) {
-    hold({"One", "Two", "Three"}, {"a", "b"});
-    EXPECT_EQ(console_of("\n[del]\n\n\n", [&] { EXPECT_EQ(get_urls(&data), 1); }),
-              urls_help +
-                  std::string("\nEnter url for message One [a]? "
-                              "\nEnter url for message Two [b]? "
-                              "\nEnter url for message Three ? ") +
-                  no_changes);
-    expect_texts({"One", "Two", "Three"}, {"a", "", ""});
-}
-
-TEST_F(ScrollEditor, AnotherPassOffersTheNewLinks) {
-    hold({"One", "Two"}, {"a", "b"});
-    EXPECT_EQ(console_of("x\n[del]\nyes\n\ny.html\n\n", [&] { EXPECT_EQ(get_urls(&data), 1); }),
-              urls_help +
-                  std::string("\nEnter url for message One [a]? "
-                              "\nEnter url for message Two [b]? ") +
-                  no_changes +
-                  "\nEnter url for message One [x]? "
-                  "\nEnter url for message Two ? " +
-                  no_changes);
-    expect_texts({"One", "Two"}, {"x", "y.html"});
-}
-
-TEST_F(ScrollEditor, LinksOfDroppedMessagesGo) {
-    hold({"One"}, {"a", "b", "c"});
-    console_of("\n\n", [&] { EXPECT_EQ(get_urls(&data), 1); });
-    expect_texts({"One"}, {"a"});
-}
-
-constexpr const char *height_question = "\nEnter height of scrollbox (value or percentage) [40]? ";
-constexpr const char *width_question = "\nEnter width of scrollbox (value or percentage) [80%]? ";
+const int edits_registered = register_rows<ScrollEditor>(edits);
 
 TEST_F(ScrollEditor, EnterKeepsAllProperties) {
-    EXPECT_EQ(console_of(console_script{}, [&] { EXPECT_EQ(get_properties(&data), 1); }),
-              height_question + std::string(width_question) +
-                  "\nThree dimensional [NO]? "
-                  "\nAdd shadow to text [NO]? "
-                  "\nScroll direction (up or left) [left]? "
-                  "\nScroll delay (between messages) [0]? "
-                  "\nScroll speed (pixels) [1]? ");
+    EXPECT_EQ(properties({}), property_questions());
     EXPECT_EQ(model_of(&data), applet_model());
 }
 
@@ -454,92 +327,75 @@ TEST_F(ScrollEditor, TakesOtherProperties) {
     data.look_shadow = 1;
     data.direction = 1;
     data.delay = 20;
-    EXPECT_EQ(console_of(console_script{{"height", "20px"},
-                                        {"width", "50%"},
-                                        {"Three dimensional", "no"},
-                                        {"direction", "left"},
-                                        {"delay", "fast"},
-                                        {"speed", "7"}},
-                         [&] { EXPECT_EQ(get_properties(&data), 1); }),
-              height_question + std::string(width_question) +
-                  "\nThree dimensional [YES]? "
-                  "\nAdd shadow to text [YES]? "
-                  "\nScroll direction (up or left) [up]? "
-                  "\nScroll delay (between messages) [20]? "
-                  "\nScroll speed (pixels) [1]? ");
-    EXPECT_EQ(data.height, "20px");
-    EXPECT_EQ(data.width, "50%");
-    EXPECT_EQ(data.look_3d, 0);
-    EXPECT_EQ(data.look_shadow, 1);
-    EXPECT_EQ(data.direction, 0);
-    EXPECT_EQ(data.delay, -1);
-    EXPECT_EQ(data.delta, 7);
+    EXPECT_EQ(properties({{"height", "20px"},
+                          {"width", "50%"},
+                          {"Three dimensional", "no"},
+                          {"direction", "left"},
+                          {"delay", "fast"},
+                          {"speed", "7"}}),
+              property_questions({"40", "80%", "YES", "YES", "up", "20", "1"}));
+    EXPECT_EQ(model_of(&data), (applet_model{.height = "20px",
+                                             .width = "50%",
+                                             .look_3d = 0,
+                                             .look_shadow = 1,
+                                             .direction = 0,
+                                             .delay = -1,
+                                             .delta = 7}));
 }
 
 TEST_F(ScrollEditor, AsksAgainForASizeThatHoldsNeitherDigitNorPercentOrIsRefused) {
-    EXPECT_EQ(console_of(in_order({{"height", "abc"},
+    const std::string height = "Enter height of scrollbox (value or percentage) [40]";
+    const std::string width = "Enter width of scrollbox (value or percentage) [80%]";
+    EXPECT_EQ(properties(in_order({{"height", "abc"},
                                    {"height", "5%0"},
                                    {"height", "yes"},
                                    {"height", "30%"},
-                                   {"width", "abc"}}),
-                         [&] { EXPECT_EQ(get_properties(&data), 1); }),
-              height_question + std::string(height_question) + height_question + height_question +
-                  width_question + width_question +
-                  "\nThree dimensional [NO]? "
-                  "\nAdd shadow to text [NO]? "
-                  "\nScroll direction (up or left) [left]? "
-                  "\nScroll delay (between messages) [0]? "
-                  "\nScroll speed (pixels) [1]? ");
-    EXPECT_EQ(data.height, "30%");
-    EXPECT_EQ(data.width, "80%");
+                                   {"width", "abc"}})),
+              asked({height, height, height, height, width}) +
+                  property_questions().substr(asked({height}).size()));
+    EXPECT_EQ(model_of(&data), applet_model{.height = "30%"});
 }
 
 TEST_F(ScrollEditor, AsksAgainForADirectionThatIsNone) {
+    std::string questions = property_questions();
+    const std::string direction = asked({"Scroll direction (up or left) [left]"});
+    const std::string refused = direction + "\nMust be either \"left\" or \"up\"";
     EXPECT_EQ(
-        console_of(in_order({{"direction", "down"}, {"direction", "-1"}, {"direction", "up"}}),
-                   [&] { EXPECT_EQ(get_properties(&data), 1); }),
-        height_question + std::string(width_question) +
-            "\nThree dimensional [NO]? "
-            "\nAdd shadow to text [NO]? "
-            "\nScroll direction (up or left) [left]? "
-            "\nMust be either \"left\" or \"up\""
-            "\nScroll direction (up or left) [left]? "
-            "\nMust be either \"left\" or \"up\""
-            "\nScroll direction (up or left) [left]? "
-            "\nScroll delay (between messages) [0]? "
-            "\nScroll speed (pixels) [1]? ");
+        properties(in_order({{"direction", "down"}, {"direction", "-1"}, {"direction", "up"}})),
+        questions.insert(questions.find(direction), refused + refused));
     EXPECT_EQ(data.direction, 1);
 }
 
 TEST_F(ScrollEditor, TakesANumberAsDirection) {
-    console_of(console_script{{"direction", "5"}}, [&] { EXPECT_EQ(get_properties(&data), 1); });
+    properties({{"direction", "5"}});
     EXPECT_EQ(data.direction, 5);
 }
 
-class DoScrollmsg : public scratch_test {};
+class DoScrollmsg : public scratch_test {
+  protected:
+    // What the dialogue about the store's applet shows.
+    template <typename Input>
+    std::string run(const Input &input) {
+        return console_of(input, [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
+    }
+
+    texts sets() { return values_of(store.get(), "set"); }
+
+    custom_store store{};
+};
 
 TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
-    custom_store store{{"set", "logo a.gif"}};
-
-    EXPECT_EQ(console_of(console_script{{"Enter message0", "Welcome"},
-                                        {"url for message Welcome", "news.html"},
-                                        {"Three dimensional", "yes"},
-                                        {"direction", "up"},
-                                        {"delay", "100"},
-                                        {"speed", "2"}},
-                         [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
-              messages_help +
-                  std::string("\nEnter message0 ? "
-                              "\nEnter message1 ? ") +
-                  no_changes + urls_help + "\nEnter url for message Welcome ? " + no_changes +
-                  height_question + width_question +
-                  "\nThree dimensional [NO]? "
-                  "\nAdd shadow to text [NO]? "
-                  "\nScroll direction (up or left) [left]? "
-                  "\nScroll delay (between messages) [0]? "
-                  "\nScroll speed (pixels) [1]? ");
+    ini_add(store.get(), "set", "logo a.gif");
+    EXPECT_EQ(run(console_script{{"Enter message0", "Welcome"},
+                                 {"url for message Welcome", "news.html"},
+                                 {"Three dimensional", "yes"},
+                                 {"direction", "up"},
+                                 {"delay", "100"},
+                                 {"speed", "2"}}),
+              messages_help + asked({"Enter message0 ", "Enter message1 ", changes}) + urls_help +
+                  asked({"Enter url for message Welcome ", changes}) + property_questions());
     EXPECT_EQ(
-        values_of(store.get(), "set"),
+        sets(),
         (texts{"logo a.gif",
                "scrollmessage scrollmessage "
                R"(<applet code="Scrolltext.class" width = 80% height = 40>)"
@@ -551,71 +407,51 @@ TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
 }
 
 TEST_F(DoScrollmsg, ConversionsInMessagesAndLinksAreText) {
-    custom_store store{{"set", "logo a.gif"}};
     const std::string console =
-        console_of(console_script{{"Enter message0", "%s%n%d%%"}, {"url for message", "%n%s%d%%"}},
-                   [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
+        run(console_script{{"Enter message0", "%s%n%d%%"}, {"url for message", "%n%s%d%%"}});
     EXPECT_NE(console.find("\nEnter url for message %s%n%d%% ? "), std::string::npos) << console;
-    const texts sets = values_of(store.get(), "set");
-    ASSERT_EQ(sets.size(), 2U);
-    EXPECT_NE(sets[1].find(R"(<param name="scrollmessage0" value="%s%n%d%%">)"
-                           R"(<param name="scrollurl0" value="%n%s%d%%">)"),
+    ASSERT_EQ(sets().size(), 1U);
+    EXPECT_NE(sets()[0].find(R"(<param name="scrollmessage0" value="%s%n%d%%">)"
+                             R"(<param name="scrollurl0" value="%n%s%d%%">)"),
               std::string::npos)
-        << sets[1];
+        << sets()[0];
 }
 
 TEST_F(DoScrollmsg, EditsTheStoredApplet) {
-    custom_store store{
-        {"set", "scrollmessage scrollmessage <applet code=\"Scrolltext.class\" width = 75% height "
-                "= 30><param name=\"scrollmessage0\" value=\"One\"><param name=\"scrollmessage1\" "
-                "value=\"Two\"><param name=\"scrollurl1\" value=\"b.html\">" +
-                    std::string(tail)},
-        {"set", "logo a.gif"}};
-
-    EXPECT_EQ(console_of(console_script{{"Enter message0", "[del]"}},
-                         [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
-              messages_help +
-                  std::string("\nEnter message0 [One]? "
-                              "\nEnter message1 [Two]? "
-                              "\nEnter message2 ? ") +
-                  no_changes + urls_help + "\nEnter url for message Two [b.html]? " + no_changes +
-                  "\nEnter height of scrollbox (value or percentage) [30]? "
-                  "\nEnter width of scrollbox (value or percentage) [75%]? "
-                  "\nThree dimensional [YES]? "
-                  "\nAdd shadow to text [YES]? "
-                  "\nScroll direction (up or left) [up]? "
-                  "\nScroll delay (between messages) [250]? "
-                  "\nScroll speed (pixels) [3]? ");
-    EXPECT_EQ(values_of(store.get(), "set"),
-              (texts{"logo a.gif", "scrollmessage scrollmessage <applet code=\"Scrolltext.class\" "
-                                   "width = 75% height = 30><param name=\"scrollmessage0\" "
-                                   "value=\"Two\"><param name=\"scrollurl0\" value=\"b.html\">" +
-                                       std::string(tail)}));
+    const std::string begin = "scrollmessage scrollmessage <applet code=\"Scrolltext.class\" "
+                              "width = 75% height = 30><param name=\"scrollmessage0\" value=";
+    const std::string stored = begin +
+                               R"("One"><param name="scrollmessage1" value="Two">)"
+                               R"(<param name="scrollurl1" value="b.html">)" +
+                               tail;
+    ini_add(store.get(), "set", stored.c_str());
+    ini_add(store.get(), "set", "logo a.gif");
+    EXPECT_EQ(
+        run(console_script{{"Enter message0", "[del]"}}),
+        messages_help +
+            asked({"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}) +
+            urls_help + asked({"Enter url for message Two [b.html]", changes}) +
+            property_questions({"30", "75%", "YES", "YES", "up", "250", "3"}));
+    EXPECT_EQ(sets(), (texts{"logo a.gif",
+                             begin + R"("Two"><param name="scrollurl0" value="b.html">)" + tail}));
 }
 
 TEST_F(DoScrollmsg, WithoutMessagesOffersTheRemovalWhichKeepsTheStoredApplet) {
     const std::string stored =
         R"(scrollmessage scrollmessage <param name="scrollmessage0" value="One">)";
-    custom_store store{{"set", stored}};
-
-    EXPECT_EQ(console_of("[del]\n\n\nyes\n", [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
-              messages_help +
-                  std::string("\nEnter message0 [One]? "
-                              "\nEnter message1 ? ") +
-                  no_changes + "\nRemove scrollmessages [NO]? ");
-    EXPECT_EQ(values_of(store.get(), "set"), texts{stored});
+    ini_add(store.get(), "set", stored.c_str());
+    EXPECT_EQ(run("[del]\n\n\nyes\n"),
+              messages_help + asked({"Enter message0 [One]", "Enter message1 ", changes,
+                                     "Remove scrollmessages [NO]"}));
+    EXPECT_EQ(sets(), texts{stored});
 }
 
 TEST_F(DoScrollmsg, AnEmptyFirstMessageLeadsToTheRemovalAndBackToTheMessages) {
-    custom_store store{};
-
-    EXPECT_EQ(
-        console_of(in_order({{"Remove scrollmessages", ""}, {"Remove scrollmessages", "yes"}}),
-                   [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }),
-        messages_help + std::string("\nEnter message0 ? ") + no_changes +
-            "\nRemove scrollmessages [NO]? " + messages_help + "\nEnter message0 ? " + no_changes +
-            "\nRemove scrollmessages [NO]? ");
-    EXPECT_EQ(values_of(store.get(), "set"), texts{});
+    const std::string round =
+        messages_help + asked({"Enter message0 ", changes, "Remove scrollmessages [NO]"});
+    EXPECT_EQ(run(in_order({{"Remove scrollmessages", ""}, {"Remove scrollmessages", "yes"}})),
+              round + round);
+    EXPECT_EQ(sets(), texts{});
 }
 
 } // namespace

@@ -1,72 +1,12 @@
-#include "core/place.h"
+#include "core/place_walk.h"
 
-#include <algorithm>
-#include <array>
+#include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <fcntl.h>
-#include <random>
 #include <sys/file.h>
 #include <sys/syscall.h>
 
 namespace {
-
-constexpr int most_links = 40; // as many as the system follows
-constexpr int most_tries = 100;
-constexpr int scratch_letters = 6;
-constexpr int directory_flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-constexpr int file_flags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-
-int (*refusal_receiver)(const char *format, ...) = nullptr;
-
-void report_refusal(const char *format, const std::string &path) {
-    if (refusal_receiver != nullptr) {
-        const int error = errno;
-        refusal_receiver(format, path.c_str());
-        errno = error;
-    }
-}
-
-// A link of ours that another user gave a second name leads where that user wants.
-bool may_follow(const place &directory, const struct stat &link) {
-    return !directory.is_shared() || (is_of_ours(link.st_uid) && link.st_nlink == 1);
-}
-
-bool has_foreign_name(const place &directory, const struct stat &file) {
-    return directory.is_shared() && S_ISREG(file.st_mode) && file.st_nlink > 1;
-}
-
-// What may not be written through.
-bool is_foreign(const place &directory, const struct stat &file) {
-    const bool is_special = !S_ISREG(file.st_mode) && !S_ISDIR(file.st_mode);
-    return has_foreign_name(directory, file) ||
-           (directory.is_shared() && is_special && !is_of_ours(file.st_uid));
-}
-
-// Looks at an open file of whatever flags (fstat needs Linux 3.6 for O_PATH).
-bool look_at_open(int number, struct stat &entry) {
-    return ::fstatat(number, "", &entry, AT_EMPTY_PATH) == 0;
-}
-
-// The text of an open link; empty, with errno set, on failure.
-std::string text_of_link(int link) {
-    std::array<char, 4096> text{}; // the system's longest path
-    const ssize_t length = ::readlinkat(link, "", text.data(), text.size());
-    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
-}
-
-// Opens the link `name` itself. Not open, with errno set, for anything else.
-open_file open_link(const place &directory, const char *name) {
-    open_file link;
-    link.descriptor =
-        file_descriptor(::openat(directory.number(), name, O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (link.is_open() &&
-        (!look_at_open(link.descriptor.number(), link.status) || !S_ISLNK(link.status.st_mode))) {
-        link.descriptor = file_descriptor();
-        errno = ENOTDIR;
-    }
-    return link;
-}
 
 // The system's own walk (Linux 5.6), which gives up at the first link. Not open on any failure, and
 // with "..", on which it has no rules of ours.
@@ -81,75 +21,6 @@ file_descriptor open_without_links(int from, const std::string &path, int flags)
     }
     return file_descriptor(
         static_cast<int>(::syscall(number_of_openat2, from, path.c_str(), &how, sizeof(how))));
-}
-
-// The directory and the last component of a path. What leads to a directory itself has the name
-// ".".
-std::pair<std::string_view, std::string_view> split(std::string_view path) {
-    const std::size_t separator = path.rfind('/');
-    const std::string_view name = path.substr(separator + 1); // all of it without a separator
-    if (name == "." || name == ".." || (name.empty() && !path.empty())) {
-        return {path, "."};
-    }
-    return {path.substr(0, separator == 0 ? 1 : path.size() - name.size()), name};
-}
-
-file_descriptor make_file(const place &directory, const char *name, mode_t mode) {
-    return file_descriptor(
-        ::openat(directory.number(), name, O_WRONLY | O_CREAT | O_EXCL | file_flags, mode));
-}
-
-// What stands where a file is to be written: nothing, something foreign, or a file and what it is.
-struct standing_file {
-    bool is_missing = false;
-    bool is_foreign = false;
-    std::optional<struct stat> status;
-    file_descriptor file; // open to be written, but not a program that is being run
-    int error = 0;        // why the file cannot be written (as errno)
-};
-
-// What cannot be opened to be written: a program that is being run can be replaced all the same.
-void judge_unopened(const settled_name &target, int error, standing_file &found) {
-    struct stat entry {};
-    found.is_missing = error == ENOENT;
-    if (found.is_missing) {
-        return;
-    }
-    const bool is_seen = target.directory().look_at_name(target.name(), entry);
-    found.is_foreign = is_seen && is_foreign(target.directory(), entry);
-    if (is_seen && S_ISREG(entry.st_mode) && (error == ETXTBSY || error == EAGAIN)) {
-        found.status = entry;
-    } else {
-        found.error = error;
-    }
-}
-
-standing_file find_standing(settled_name &target, int how) {
-    standing_file found;
-    const auto open = [&] {
-        found.file = file_descriptor(
-            ::openat(target.directory().number(), target.name(), O_WRONLY | file_flags | how));
-        return found.file.is_open() || errno != ELOOP;
-    };
-    while (!open()) {
-        if (!target.follow()) {
-            found.is_foreign = target.is_refused();
-            found.error = found.is_foreign ? 0 : errno;
-            return found;
-        }
-    }
-    struct stat entry {};
-    if (!found.file.is_open()) {
-        judge_unopened(target, errno, found);
-    } else if (::fstat(found.file.number(), &entry) != 0) {
-        found.error = errno;
-    } else if (is_foreign(target.directory(), entry)) {
-        found.is_foreign = true;
-        found.file = file_descriptor();
-    } else {
-        found.status = entry;
-    }
-    return found;
 }
 
 // Opens a file to be written, made if it is missing or foreign.
@@ -178,22 +49,6 @@ file_descriptor open_or_make(const place &directory, const char *name, int how) 
     return made;
 }
 
-// The device is slow: it is asked for the first name, and again for each after one that was taken,
-// which somebody may have foreseen.
-std::string scratch_file_name(bool is_first_try) {
-    constexpr std::string_view letters =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-    static std::mt19937_64 random(std::random_device{}());
-    if (!is_first_try) {
-        random.seed(std::random_device{}());
-    }
-    std::string name = "gxsetup.";
-    for (int letter = 0; letter < scratch_letters; letter++) {
-        name += letters[random() % letters.size()];
-    }
-    return name;
-}
-
 } // namespace
 
 bool is_of_ours(uid_t user) {
@@ -203,78 +58,6 @@ bool is_of_ours(uid_t user) {
 bool is_ours(const struct stat &entry) {
     return is_of_ours(entry.st_uid) && (entry.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
-
-// Goes from directory to directory.
-class walker {
-  public:
-    explicit walker(place begin) : here_(std::move(begin)) {}
-
-    // False if the end was not reached: `here` says why.
-    bool go(std::string_view path) {
-        if (path.empty()) {
-            return fail(ENOENT);
-        }
-        if (path.starts_with('/')) {
-            here_.path_.clear();
-            enter(::open("/", directory_flags));
-        }
-        bool is_reached = here_.is_open();
-        while (is_reached && !path.empty()) {
-            const std::string name(path.substr(0, path.find('/')));
-            path.remove_prefix(std::min(name.size() + 1, path.size()));
-            is_reached = name.empty() || name == "." || step(name);
-        }
-        return is_reached;
-    }
-
-    place end() { return std::move(here_); }
-
-  private:
-    bool fail(int error, bool is_refused = false) {
-        here_ = place(error);
-        here_.is_refused_ = is_refused;
-        return false;
-    }
-
-    bool enter(int directory) {
-        if (directory < 0) {
-            return fail(errno);
-        }
-        std::string path = std::move(here_.path_);
-        here_ = place(file_descriptor(directory), std::move(path));
-        return here_.is_open();
-    }
-
-    bool step(const std::string &name) {
-        if (name == ".." && here_.is_shared()) {
-            report_refusal("Not followed: \"%s\" leads out of a directory that others may write",
-                           here_.path_of(name));
-            return fail(EACCES, true);
-        }
-        const int next = ::openat(here_.number(), name.c_str(), directory_flags | O_NOFOLLOW);
-        if (next >= 0) {
-            here_.path_ = here_.path_of(name);
-            return enter(next);
-        }
-        return errno == ENOTDIR || errno == ELOOP ? follow(name) : fail(errno);
-    }
-
-    bool follow(const std::string &name) {
-        const open_file link = open_link(here_, name.c_str());
-        if (!link.is_open()) {
-            return fail(errno);
-        }
-        if (!may_follow(here_, link.status)) {
-            report_refusal("Not followed: \"%s\" is a link that another user made",
-                           here_.path_of(name));
-            return fail(ELOOP, true);
-        }
-        return links_++ < most_links ? go(text_of_link(link.descriptor.number())) : fail(ELOOP);
-    }
-
-    place here_;
-    int links_ = 0;
-};
 
 place::place(file_descriptor directory, std::string path)
     : directory_(std::move(directory)), path_(std::move(path)) {
@@ -288,15 +71,12 @@ place::place(file_descriptor directory, std::string path)
 
 place::place(std::string_view path) {
     const std::string whole(path);
-    if (file_descriptor directory = open_without_links(AT_FDCWD, whole, directory_flags);
-        directory.is_open()) {
-        *this = place(std::move(directory), whole);
-        return;
-    }
-    walker walk(place(file_descriptor(::open(".", directory_flags)), "."));
-    walk.go(path);
-    *this = walk.end();
+    file_descriptor directory = open_without_links(AT_FDCWD, whole, directory_flags);
+    const bool is_straight = directory.is_open();
+    *this = is_straight ? place(std::move(directory), whole)
+                        : walk(place(file_descriptor(::open(".", directory_flags)), "."), path);
     path_ = whole;
+    is_straight_ = is_straight;
 }
 
 place::place(const char *path)
@@ -310,7 +90,7 @@ bool place::is_usable() const {
 }
 
 std::string place::path_of(std::string_view name) const {
-    return std::string(path_).append("/").append(name);
+    return std::string(path_).append(path_.ends_with('/') ? "" : "/").append(name);
 }
 
 place place::enter(std::string_view path) const {
@@ -318,22 +98,27 @@ place place::enter(std::string_view path) const {
     if (!is_open()) {
         return place(error_);
     }
-    file_descriptor directory = path.starts_with('/')
-                                    ? file_descriptor()
-                                    : open_without_links(number(), whole, directory_flags);
-    if (directory.is_open()) {
-        return {std::move(directory), path_of(path)};
-    }
-    walker walk(place(file_descriptor(::openat(number(), ".", directory_flags)), path_));
-    walk.go(path);
-    place end = walk.end();
-    end.path_ = path_of(path);
+    const bool is_rooted = path.starts_with('/');
+    file_descriptor directory =
+        is_rooted ? file_descriptor() : open_without_links(number(), whole, directory_flags);
+    const bool is_straight = directory.is_open();
+    place end =
+        is_straight
+            ? place(std::move(directory), "")
+            : walk(place(file_descriptor(::openat(number(), ".", directory_flags)), path_), path);
+    end.path_ = is_rooted ? whole : path_of(path);
+    end.is_straight_ = is_straight && is_straight_;
     return end;
 }
 
 place place::enter_itself(const char *name) const {
     file_descriptor directory(::openat(number(), name, directory_flags | O_NOFOLLOW));
-    return directory.is_open() ? place(std::move(directory), path_of(name)) : place(errno);
+    if (!directory.is_open()) {
+        return place(errno);
+    }
+    place end(std::move(directory), path_of(name));
+    end.is_straight_ = is_straight_;
+    return end;
 }
 
 place place::make(const char *name, mode_t mode) const {
@@ -353,12 +138,54 @@ place place::make(const char *name, mode_t mode) const {
     if ((entry.st_mode & rights) != only_ours) {
         return place(EEXIST);
     }
-    return ::fchmod(made.number(), mode) == 0 ? place(std::move(made), path_of(name))
-                                              : place(errno);
+    if (::fchmod(made.number(), mode) != 0) {
+        return place(errno);
+    }
+    place end(std::move(made), path_of(name));
+    end.is_straight_ = is_straight_;
+    end.is_new_ = true;
+    return end;
 }
 
-bool place::give(uid_t user, gid_t group) const {
-    return ::fchownat(number(), "", user, group, AT_EMPTY_PATH) == 0;
+bool place::give(uid_t user, gid_t group) {
+    if (status_.st_uid == user && status_.st_gid == group) {
+        return true;
+    }
+    // What is empty discloses nothing. Nobody but root gives anything away.
+    if (status_.st_uid != user && ::geteuid() == 0 && !is_new_ && !is_empty()) {
+        if (!met().is_choice_of(status_.st_uid)) {
+            report_refusal("Not given away: \"%s\" could have been put there by another user",
+                           path_);
+            errno = EPERM;
+            return false;
+        }
+        remember_entries(*this);
+    }
+    if (::fchownat(number(), "", user, group, AT_EMPTY_PATH) != 0) {
+        return false;
+    }
+    status_.st_uid = user;
+    status_.st_gid = group;
+    is_shared_ = !is_ours(status_);
+    return true;
+}
+
+bool place::is_empty() const {
+    const directory_handle names = list();
+    while (const dirent *entry = names ? ::readdir(names.get()) : nullptr) {
+        const std::string_view name = &entry->d_name[0];
+        if (name != "." && name != "..") {
+            return false;
+        }
+    }
+    return names != nullptr;
+}
+
+const custody &place::met() const {
+    if (!met_) {
+        met_ = custody_of(*this);
+    }
+    return *met_;
 }
 
 // Upwards ".." leads wherever the system says: only numbers are compared.
@@ -434,7 +261,12 @@ open_file place::open_to_read(const char *name) const {
     file.is_shared = target.directory().is_shared();
     if (::fstat(file.descriptor.number(), &file.status) != 0) {
         file.descriptor = file_descriptor();
-    } else if (has_foreign_name(target.directory(), file.status)) {
+        return file;
+    }
+    const custody met = target.met(file.status);
+    file.is_owners_choice = met.is_choice_of(file.status.st_uid);
+    file.is_private = !file.is_owners_choice && met.is_hidden;
+    if (has_foreign_name(target.directory(), file.status)) {
         report_refusal("Not read: \"%s\" has more names in a directory that others may write",
                        path_of(name));
         file.descriptor = file_descriptor();
@@ -516,7 +348,7 @@ bool place::rename(const char *from, const char *to) const {
 }
 
 named_place locate(std::string_view path) {
-    auto [directory, name] = split(path);
+    auto [directory, name] = split_path(path);
     return {place(directory.empty() ? "." : directory), std::string(name)};
 }
 
@@ -537,167 +369,4 @@ file_descriptor open_plain_at(const std::string &path, read_limit limit) {
     }
     const named_place where = locate(path);
     return std::move(where.directory.open_plain(where.name.c_str(), limit).descriptor);
-}
-
-bool settled_name::follow() {
-    const place &here = directory();
-    const open_file link = open_link(here, name());
-    if (!link.is_open()) {
-        return false;
-    }
-    is_refused_ = !may_follow(here, link.status);
-    if (is_refused_ || links_++ == most_links) {
-        errno = ELOOP;
-        return false;
-    }
-    const std::string text = text_of_link(link.descriptor.number());
-    const auto [path, last] = split(text);
-    if (!path.empty()) {
-        place next = here.enter(path);
-        if (!next.is_open()) {
-            errno = next.error();
-            return false;
-        }
-        elsewhere_ = std::move(next);
-    }
-    name_ = last;
-    return true;
-}
-
-new_file::new_file(const place &directory, const char *name, when_missing how, mode_t mode)
-    : target_(directory, name), mode_(mode) {
-    // Of the files of a directory mostly all are there already, or none is.
-    static bool is_old_expected = false;
-    if (!directory.is_open()) {
-        error_ = directory.error();
-    } else if (how == when_missing::beside) {
-        find_old(how);
-    } else if (is_old_expected || !make_in_place()) {
-        find_old(how);
-        is_old_expected = old_.has_value();
-    }
-}
-
-// False if something is there already.
-bool new_file::make_in_place() {
-    file_ = make_file(target_.directory(), target_.name(), mode_);
-    error_ = file_.is_open() || errno == EEXIST ? 0 : errno;
-    return file_.is_open() || error_ != 0;
-}
-
-void new_file::find_old(when_missing how) {
-    // Root may write every plain file: there is nothing to find out by opening it.
-    if (::geteuid() == 0) {
-        struct stat entry {};
-        const bool is_there = directory().look_at_name(target_.name(), entry);
-        if (!is_there && errno != ENOENT) {
-            error_ = errno;
-            return;
-        }
-        if (is_there && S_ISREG(entry.st_mode) && !is_foreign(directory(), entry)) {
-            old_ = entry;
-            return;
-        }
-    }
-    standing_file found = find_standing(target_, 0);
-    if (!found.is_foreign) {
-        error_ = found.error;
-        old_ = found.status;
-    }
-    old_file_ = std::move(found.file);
-    // Also behind a link a file may not be there yet.
-    if (found.is_missing && how == when_missing::in_place) {
-        make_in_place();
-    }
-}
-
-new_file::~new_file() {
-    if (!scratch_.empty()) {
-        const int reason = errno;
-        scratch_place_->remove(scratch_.c_str());
-        errno = reason;
-    }
-}
-
-bool new_file::start(const char *scratch_name) {
-    if (file_.is_open()) {
-        return true;
-    }
-    if (is_special()) {
-        file_ = std::move(old_file_);
-        return true;
-    }
-    return make_beside(scratch_name) || write_directly();
-}
-
-bool new_file::make_beside(const char *scratch_name) {
-    const mode_t mode = old_ ? S_IRUSR | S_IWUSR : mode_ & most_;
-    scratch_place_ = scratch_name != nullptr ? &target_.first_directory() : &directory();
-    if (scratch_name != nullptr && !scratch_place_->remove(scratch_name) && errno != ENOENT) {
-        return false;
-    }
-    for (int tries = 0; tries < most_tries && !file_.is_open(); tries++) {
-        scratch_ = scratch_name != nullptr ? scratch_name : scratch_file_name(tries == 0);
-        file_ = make_file(*scratch_place_, scratch_.c_str(), mode);
-        if (!file_.is_open() && errno != EEXIST) {
-            break;
-        }
-    }
-    if (!file_.is_open()) {
-        scratch_.clear();
-        return false;
-    }
-    // The owner first: a change of owner can clear mode bits (POSIX chown).
-    const bool is_owned = !old_ || ::fchown(file_.number(), old_->st_uid, old_->st_gid) == 0;
-    if (is_owned && (!old_ || ::fchmod(file_.number(), old_->st_mode & most_) == 0)) {
-        return true;
-    }
-    const int reason = is_owned ? errno : EPERM;
-    file_ = file_descriptor();
-    scratch_place_->remove(scratch_.c_str());
-    scratch_.clear();
-    errno = reason;
-    return false;
-}
-
-bool new_file::write_directly() {
-    const int reason = errno;
-    if (!old_ || (reason != EACCES && reason != EPERM && reason != EROFS)) {
-        return false;
-    }
-    struct stat entry {};
-    if (!old_file_.is_open()) {
-        old_file_ =
-            file_descriptor(::openat(directory().number(), target_.name(), O_WRONLY | file_flags));
-    }
-    if (!old_file_.is_open() || ::fstat(old_file_.number(), &entry) != 0 ||
-        !is_same_file(entry, *old_)) {
-        errno = reason;
-        return false;
-    }
-    file_ = std::move(old_file_);
-    const mode_t narrowed = entry.st_mode & most_;
-    if (narrowed != (entry.st_mode & all_mode_bits) && ::fchmod(file_.number(), narrowed) != 0) {
-        return false;
-    }
-    return entry.st_size == 0 || ::ftruncate(file_.number(), 0) == 0;
-}
-
-bool new_file::put_in_place() {
-    if (!file_.close()) {
-        return false;
-    }
-    if (scratch_.empty()) {
-        return true;
-    }
-    if (::renameat(scratch_place_->number(), scratch_.c_str(), directory().number(),
-                   target_.name()) != 0) {
-        return false;
-    }
-    scratch_.clear();
-    return true;
-}
-
-void tell_refusals(int (*receiver)(const char *format, ...)) {
-    refusal_receiver = receiver;
 }

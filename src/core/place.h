@@ -14,6 +14,7 @@
 // `open_to_read` gives an open file with its owner, mode and size.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
 #include <memory>
@@ -23,6 +24,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 // An open file descriptor, closed when it goes. A negative number is none.
 class file_descriptor {
@@ -70,7 +72,9 @@ using directory_handle = std::unique_ptr<DIR, directory_closer>;
 struct open_file {
     file_descriptor descriptor;
     struct stat status {};
-    bool is_shared = false; // it stands in a shared directory
+    bool is_shared = false;       // it stands in a shared directory
+    bool is_owners_choice = true; // nobody but its owner could have put it there
+    bool is_private = false;      // somebody else could have, who may not read it
 
     [[nodiscard]] bool is_open() const { return descriptor.is_open(); }
 };
@@ -91,6 +95,9 @@ inline constexpr mode_t all_mode_bits = 07777;
 // The mode of a file that follows the umask, before the umask: others never write it.
 inline constexpr mode_t usual_mode = 0664;
 
+// As the limit of a mode: a file for the one who runs the program, never given to anybody else.
+inline constexpr mode_t private_mode = S_IRUSR | S_IWUSR;
+
 // Whether two entries are one file or directory.
 inline bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
@@ -100,6 +107,19 @@ inline bool is_same_file(const struct stat &one, const struct stat &other) {
 // directory and nobody else may write it.
 bool is_of_ours(uid_t user);
 bool is_ours(const struct stat &entry);
+
+// Whose choice it was that a walk led where it did. Whoever may write a directory may rename what
+// stands in it, whosever that is: root's private directory, too.
+struct custody {
+    std::vector<uid_t> movers; // who may write the shared directories on the way
+    bool is_hidden = false;    // they may not enter or read what was found
+
+    // Whether nobody but `owner` and us had a choice.
+    [[nodiscard]] bool is_choice_of(uid_t owner) const {
+        return std::all_of(movers.begin(), movers.end(),
+                           [owner](uid_t mover) { return mover == owner; });
+    }
+};
 
 class place {
   public:
@@ -138,8 +158,16 @@ class place {
     // mode.
     [[nodiscard]] place make(const char *name, mode_t mode) const;
 
-    // Gives the directory away. Only root may; false, with errno set, if it stays whose it was.
-    [[nodiscard]] bool give(uid_t user, gid_t group) const;
+    // Gives the directory away. Only root may. Another user's or root's directory that somebody
+    // else could have put there is given away only if it is empty. False, with errno set, if it
+    // stays whose it was.
+    [[nodiscard]] bool give(uid_t user, gid_t group);
+
+    // Who could have put the directory there.
+    [[nodiscard]] const custody &met() const;
+
+    // Whether no link was on the way to it.
+    [[nodiscard]] bool is_straight() const { return is_straight_; }
 
     // Whether it is this directory, or stands in it at any depth.
     [[nodiscard]] bool is_within(const struct stat &directory) const;
@@ -189,6 +217,7 @@ class place {
   private:
     friend class walker;
     place(file_descriptor directory, std::string path);
+    [[nodiscard]] bool is_empty() const;
 
     file_descriptor directory_;
     std::string path_;
@@ -196,6 +225,9 @@ class place {
     int error_ = 0;
     bool is_shared_ = true;
     bool is_refused_ = false;
+    bool is_straight_ = false;
+    bool is_new_ = false;                // made here, so nothing of anybody's is in it
+    mutable std::optional<custody> met_; // once it was asked for
 };
 
 // A name in a directory that it was walked to for. The last component is not looked at.
@@ -213,90 +245,6 @@ named_place locate_directory(std::string_view path);
 
 // Opens a plain file as `locate` and `open_plain` would, in one call if no link is on the way.
 [[nodiscard]] file_descriptor open_plain_at(const std::string &path, read_limit limit);
-
-// A name and the directory it stands in, after the links that may be followed.
-class settled_name {
-  public:
-    settled_name(const place &directory, const char *name) : given_(&directory), name_(name) {}
-
-    [[nodiscard]] const place &directory() const { return elsewhere_ ? *elsewhere_ : *given_; }
-    [[nodiscard]] const char *name() const { return name_.c_str(); }
-
-    // The directory that the name was first looked for in.
-    [[nodiscard]] const place &first_directory() const { return *given_; }
-
-    // Goes on to what the link of this name leads to. False, with errno set, if that cannot be
-    // reached; `is_refused` says whether the link is foreign.
-    bool follow();
-    [[nodiscard]] bool is_refused() const { return is_refused_; }
-
-  private:
-    const place *given_;
-    std::optional<place> elsewhere_;
-    std::string name_;
-    int links_ = 0;
-    bool is_refused_ = false;
-};
-
-// A file that is written into a directory. A file that is there already is replaced whole, by a
-// file beside it and a rename, and stays as it is until then. It is written directly if nothing can
-// be made beside it or its owner cannot be given to a new file, and if it is no plain file (a
-// device, a pipe). A link that may be followed stays: the file it leads to is replaced. What is
-// foreign, a pipe or socket of another user in a shared directory as well, is replaced itself.
-class new_file {
-  public:
-    // Where a file is made that is not there yet.
-    enum class when_missing { in_place, beside };
-
-    // Looks at what is there. `mode`, less the umask, is that of a file that replaces no other one.
-    new_file(const place &directory, const char *name, when_missing how, mode_t mode = usual_mode);
-    // Removes the file beside if it was not put in place.
-    ~new_file();
-    new_file(const new_file &) = delete;
-    new_file &operator=(const new_file &) = delete;
-
-    // Takes the bits that `most` lacks from the mode of the file, before it is started.
-    void limit_mode(mode_t most) { most_ = most; }
-
-    // Why the file cannot be written (as errno), or 0.
-    [[nodiscard]] int error() const { return error_; }
-
-    // What is replaced or written directly; null for a file that is made.
-    [[nodiscard]] const struct stat *old() const { return old_ ? &*old_ : nullptr; }
-    [[nodiscard]] const place &directory() const { return target_.directory(); }
-
-    // Whether a device or a pipe is written, which stays whose it is.
-    [[nodiscard]] bool is_special() const { return old_ && !S_ISREG(old_->st_mode); }
-
-    // Opens the file that is written. The one beside an old one has its owner and mode, and a name
-    // that nothing has. A given name is used in the directory itself, even if the file to replace
-    // stands elsewhere behind a link, and a file of that name goes. False, with errno set, on
-    // failure.
-    bool start(const char *scratch_name = nullptr);
-
-    // The open file, once it is started. `release` hands it to the caller.
-    [[nodiscard]] int number() const { return file_.number(); }
-    int release() { return file_.release(); }
-
-    // Closes the file and puts it in place. False, with errno set, if what was written is lost.
-    bool put_in_place();
-
-  private:
-    bool make_in_place();
-    void find_old(when_missing how);
-    bool make_beside(const char *scratch_name);
-    bool write_directly();
-
-    settled_name target_;
-    mode_t mode_;
-    mode_t most_ = all_mode_bits;
-    std::optional<struct stat> old_;
-    file_descriptor old_file_;
-    file_descriptor file_;
-    std::string scratch_;                  // empty if no file beside is written
-    const place *scratch_place_ = nullptr; // where it stands
-    int error_ = 0;
-};
 
 // Receives the reason, printf-style, each time something foreign is not followed or read. Null, as
 // at the start, for nobody.

@@ -88,7 +88,9 @@ replacement_file::replacement_file(const char *path, const char *scratch_path, m
 }
 
 void replacement_file::give(uid_t user, gid_t group) {
-    [[maybe_unused]] const int result = ::fchown(::fileno(stream_.get()), user, group);
+    if (file_.may_be_given(user)) {
+        [[maybe_unused]] const int result = ::fchown(::fileno(stream_.get()), user, group);
+    }
 }
 
 bool replacement_file::commit() {

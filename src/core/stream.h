@@ -2,7 +2,7 @@
 // that is replaced whole or not at all.
 #pragma once
 
-#include "core/place.h"
+#include "core/new_file.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -61,7 +61,8 @@ class replacement_file {
 
     [[nodiscard]] std::FILE *stream() const { return stream_.get(); }
 
-    // Gives the file to another owner. Only root may; for anyone else it stays.
+    // Gives the file to another owner. Only root may; for anyone else it stays, and so does one that
+    // may not be given away (see new_file).
     void give(uid_t user, gid_t group);
 
     // Writes out, closes and puts the file in place. False, with errno set, if a write, the flush,

@@ -2,8 +2,8 @@
 
 #include "core/console.h"
 #include "core/log.h"
+#include "core/new_file.h"
 #include "core/paths.h"
-#include "core/place.h"
 #include "files/move_bytes.h"
 #include "files/search.h"
 #include "products/product.h"
@@ -24,7 +24,8 @@ struct copy_source {
     const place &directory;
     const char *name;
     const char *path;
-    bool is_plain; // known to be a plain file
+    bool is_plain;           // known to be a plain file
+    bool is_private = false; // the copy is for the one who runs the program alone
 };
 
 // Where it is copied to.
@@ -112,12 +113,14 @@ bool fill(new_file &file, int source, const copy_source &from, const copy_target
 // Gives the copy its mode and owner, which the file it replaces may have had. Returns 0 or the
 // error of the change of mode.
 int set_mode_and_owner(const new_file &file, mode_t mode) {
-    constexpr mode_t all_bits = 07777;
     const struct stat *old = file.old();
+    if (!file.may_be_given(gx_user)) {
+        return 0;
+    }
     if (old == nullptr || old->st_uid != gx_user || old->st_gid != gx_group) {
         give_to_owner(file.number());
     }
-    const bool has_mode = old != nullptr && (old->st_mode & all_bits) == mode;
+    const bool has_mode = old != nullptr && (old->st_mode & all_mode_bits) == mode;
     return has_mode || ::fchmod(file.number(), mode) == 0 ? 0 : errno;
 }
 
@@ -130,7 +133,10 @@ copy_result copy_file(const copy_source &from, const copy_target &to, int overwr
     if (overwrite == 0 && to.directory.can_be_read(to.name)) {
         return copy_result::left;
     }
-    new_file file(to.directory, to.name, new_file::when_missing::in_place, mode & file_mode);
+    const bool is_private = from.is_private || source.is_private;
+    new_file file(to.directory, to.name, new_file::when_missing::in_place,
+                  is_private ? private_mode : mode & file_mode);
+    file.limit_mode(is_private ? private_mode : all_mode_bits);
     if (file.error() != 0) {
         return fail_unless_in_place(from, to, open_failed, to.path, file.error());
     }
@@ -140,6 +146,10 @@ copy_result copy_file(const copy_source &from, const copy_target &to, int overwr
     if (!file.start()) {
         open_failed(to.path, errno);
         return copy_result::failed;
+    }
+    if (source.is_private) {
+        emsg("Not given away: \"%s\" is private, and another user could have put it there",
+             from.path);
     }
     if (!fill(file, source.descriptor.number(), from, to)) {
         return copy_result::failed;
@@ -287,6 +297,11 @@ copy_result copy_to(const copy_source &from, const copy_target &to, int overwrit
     return copy_file(from, to, overwrite, mode);
 }
 
+// Whether a file that was there already may be given to the owner.
+bool may_be_given(const open_file &file) {
+    return file.is_owners_choice || file.status.st_uid == gx_user || ::geteuid() != 0;
+}
+
 // What stands there already gets the mode and the owner of a program as well.
 int copy_program(const copy_source &from, const copy_target &to, int overwrite) {
     const copy_result result = copy_to(from, to, overwrite, program_mode);
@@ -294,12 +309,16 @@ int copy_program(const copy_source &from, const copy_target &to, int overwrite) 
         return result == copy_result::copied ? 1 : 0;
     }
     const open_file program = to.directory.open_to_read(to.name);
-    if (!program.is_open() || ::fchmod(program.descriptor.number(), program_mode) != 0) {
+    if (!program.is_open()) {
+        return mode_failed(to.path, errno);
+    }
+    if (!may_be_given(program)) {
+        return mode_failed(to.path, EPERM);
+    }
+    if (::fchmod(program.descriptor.number(), program_mode) != 0) {
         mode_failed(to.path, errno);
     }
-    if (program.is_open()) {
-        give_to_owner(program.descriptor.number());
-    }
+    give_to_owner(program.descriptor.number());
     return 1;
 }
 
@@ -328,8 +347,8 @@ int do_copy_opened(const place &from, const char *name, const place &to) {
 
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most) {
     const named_place from = locate(src);
-    return copy_into({from.directory, from.name.c_str(), src, false}, target_directory(xdst), xdst,
-                     overwrite, file_mode & most, nullptr);
+    return copy_into({from.directory, from.name.c_str(), src, false, most == private_mode},
+                     target_directory(xdst), xdst, overwrite, file_mode & most, nullptr);
 }
 
 int do_copy2(const char *src, const char *xdst, int overwrite) {

@@ -22,8 +22,9 @@
 extern uid_t gx_user;
 extern gid_t gx_group;
 
-// Gives a directory to the owner. Only root may give it away; for anyone else it stays.
-void give_to_owner(const place &directory);
+// Gives a directory to the owner. Only root may give it away; for anyone else it stays, and so does
+// one that may not be given away (place::give).
+void give_to_owner(place &directory);
 
 // --- Creation (create.cpp) ---
 
@@ -55,12 +56,16 @@ inline constexpr mode_t images_mode = 0755;
 // everything is overwritten and failures are only reported: for a directory it returns 1. Returns 0
 // if source and destination are the same path. If they are one file under two paths it copies
 // nothing and returns 1.
+//
+// A private file that another user could have put there is copied for the one who runs the program
+// alone; the log says so.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
 // do_copy, with overwriting, of the file `name` of an open directory into another open one.
 int do_copy_opened(const place &from, const char *name, const place &to);
 
-// do_copy of a file, which gets no more rights than `most` has.
+// do_copy of a file, which gets no more rights than `most` has, and with private_mode no other
+// owner than the one who runs the program.
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most);
 
 // Copies a file to the file `xdst`. If both are one file, or `src` is a directory, it copies

@@ -21,6 +21,9 @@ std::bitset<D_LAST> typed;
 // Narrowed by load_answers. Lives for the run.
 mode_t narrowest_mode = all_mode_bits;
 
+// Set by load_answers. Lives for the run.
+bool is_private_file_loaded = false;
+
 // A settings file and who answers for what it says.
 struct loaded_file {
     const char *path;
@@ -132,6 +135,7 @@ int load_answers(pINI_SETTINGS ini, const char *path) {
     open_file opened = open_settings(where);
     const loaded_file file = look_at_file(path, opened, where.directory);
     const mode_t mode = opened.status.st_mode;
+    const bool is_private = opened.is_private;
     stored_answers before;
     for_each_weighed(
         [&](answer_position position) { before[position] = stored_answer(ini, position); });
@@ -139,6 +143,7 @@ int load_answers(pINI_SETTINGS ini, const char *path) {
     const int result = ini_load_opened(ini, path, std::move(opened));
     if (result != 0) {
         narrowest_mode &= mode;
+        is_private_file_loaded = is_private_file_loaded || is_private;
         restore_what_does_not_count(ini, before, file);
     }
     return result;
@@ -161,6 +166,9 @@ bool is_bare_name(const char *name) {
 }
 
 mode_t saved_answers_mode() {
+    if (is_private_file_loaded) {
+        return private_mode;
+    }
     mode_t mode = all_mode_bits;
     if ((narrowest_mode & S_IRGRP) == 0) {
         mode &= ~mode_t{S_IRWXG};

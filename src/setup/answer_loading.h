@@ -26,5 +26,6 @@ void mark_typed(answer_position position);
 bool is_bare_name(const char *name);
 
 // Returns the mode bits that the saved answers may have. A group, or others, that may not read one
-// of the files loaded by load_answers get none.
+// of the files loaded by load_answers get none. It is private_mode if one of these was a private
+// file that another user could have put there.
 mode_t saved_answers_mode();

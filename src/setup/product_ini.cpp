@@ -164,12 +164,15 @@ void print_ini_settings(pINI_SETTINGS ini) {
 int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
     const ini_rules rules = rules_for(prod);
     const std::string sample_name = formatted("%s.ini", prod);
-    const stream_handle sample = open_plain_file(sample_name.c_str(), settings_limit);
+    const place here(".");
+    open_file sample_file = here.open_plain(sample_name.c_str(), settings_limit);
+    const stream_handle sample = stream_of(sample_file.descriptor.release(), "r");
     if (!sample) {
         print_emsg("Can't open %s", sample_name.c_str());
         return 0;
     }
-    replacement_file written(file);
+    const mode_t most = sample_file.is_private ? private_mode : all_mode_bits;
+    replacement_file written(file, nullptr, most);
     if (written.stream() == nullptr) {
         print_emsg("Can't open %s", file);
         return 0;
@@ -188,7 +191,8 @@ int write_new_gxini(pINI_SETTINGS ini, const char *prod, const char *file) {
         print_emsg("Can't write %s: %s", file, std::strerror(errno));
         return 0;
     }
-    do_copy(file, ini_value_num(ini, D_TEMPLATES), 1); // required: a failure changes no result
+    // Required: a failure changes no result.
+    do_copy_limited(file, ini_value_num(ini, D_TEMPLATES), 1, most);
     return 1;
 }
 

@@ -7,8 +7,10 @@
 #include "wizard/releases.h"
 #include "wizard/screens.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <gmock/gmock-matchers.h>
@@ -192,6 +194,132 @@ TEST_F(OtherUsers, TheirLinkAsTheTemplatesDirectoryDoesNotExist) {
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
                 HasSubstr("Error: Not followed: \"@/spool/kestrel\" is a link that another user "
                           "made\n"));
+}
+
+// --- What is root's, renamed by the web server's user ---
+
+// Mode, owner and content of each entry of a tree, whatever name it stands under.
+std::vector<std::string> inside(const std::string &tree) {
+    std::vector<std::string> entries;
+    const auto take = [&entries](const std::string &path) {
+        struct stat status {};
+        EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+        entries.push_back(std::to_string(status.st_ino) + " " + std::to_string(status.st_mode) +
+                          " " + std::to_string(status.st_uid) + " " +
+                          (S_ISREG(status.st_mode) ? read_file(path) : ""));
+    };
+    take(tree);
+    for (const auto &entry : fs::recursive_directory_iterator(tree)) {
+        take(entry.path());
+    }
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+// Makes a private directory of root's.
+void add_private_directory(const std::string &path) {
+    add_file(path + "/key", "secret\n");
+    ::chmod((path + "/key").c_str(), 0600);
+    ::chmod(path.c_str(), 0700);
+}
+
+TEST_F(OtherUsers, RootsDirectoryUnderANameOfTheWizardsStaysRoots) {
+    const struct {
+        const char *product;
+        const char *name;
+    } rows[] = {{"kestrel", "spool/kestrel/originals"},
+                {"kestrel", "html/vlimg"},
+                {"tanager", "spool/tanager/img"},
+                {"tanager", "spool/tanager/slate"}};
+    for (const auto &row : rows) {
+        const upgrade_world host(row.product);
+        give_to_web_user("html");
+        fs::remove_all(row.name);
+        add_private_directory(row.name);
+        const auto before = inside(row.name);
+        console_script script = replacing + console_script{{"original templates", "yes"}};
+        if (has_sets(row.product)) {
+            script = script + console_script{{"Where are the .gif", "@/html/vlimg"}};
+        }
+        const wizard_run run = upgrade(host, script);
+        EXPECT_THAT(run.transcript, HasSubstr("upgrade successful")) << row.name;
+        EXPECT_THAT(inside(row.name), testing::IsSupersetOf(before)) << row.name;
+        EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
+                    HasSubstr(std::string("Error: Not given away: \"@/") + row.name +
+                              "\" could have been put there by another user\n"));
+    }
+}
+
+TEST_F(OtherUsers, RootsFileUnderANameOfTheWizardsIsReplacedAndStaysAsItWas) {
+    for (const std::string &path : written) {
+        const site host;
+        fs::remove(path);
+        add_file(path, "secret\n");
+        ::chmod(path.c_str(), 0600);
+        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        EXPECT_EQ(upgrade(host, replacing).status, 0);
+        struct stat status {};
+        EXPECT_EQ(::fstat(file, &status), 0);
+        EXPECT_EQ(status.st_uid, 0U) << path;
+        EXPECT_EQ(status.st_mode & 07777U, 0600U) << path;
+        ::close(file);
+    }
+}
+
+// The files of the site that hold the secret are root's alone.
+void expect_secrets_kept() {
+    for (const char *directory : {"cgi-bin", "spool", "html"}) {
+        for (const auto &entry : fs::recursive_directory_iterator(directory)) {
+            struct stat status {};
+            EXPECT_EQ(::lstat(entry.path().c_str(), &status), 0);
+            if (S_ISREG(status.st_mode) &&
+                read_file(entry.path()).find("secret") != std::string::npos) {
+                EXPECT_EQ(status.st_uid, 0U) << entry.path();
+                EXPECT_EQ(status.st_mode & 07777U, 0600U) << entry.path();
+            }
+        }
+    }
+}
+
+TEST_F(OtherUsers, RootsPrivateFilesInASharedDistributionStayPrivate) {
+    for (const char *name : {"kestrel.ini", "gxsetup.dat", "tpl/menu.tpl", "menu.js"}) {
+        const world host("kestrel");
+        const std::string file = std::string("dist/") + name;
+        ::chmod("dist", 0777);
+        ::chmod("dist/tpl", 0777);
+        add_file(file, read_file("dist/gxdflt.dat") + "secret 1\n");
+        ::chmod(file.c_str(), 0600);
+        EXPECT_EQ(run_wizard(host, {}, no_to_both).status, 0);
+        expect_secrets_kept();
+    }
+}
+
+TEST_F(OtherUsers, RootsPrivateDirectoryAsTheTemplatesGivesNothingAway) {
+    const world host("kestrel");
+    ::chmod("dist", 0777);
+    fs::rename("dist/tpl", "dist/away");
+    add_file("dist/tpl/letter.tpl", "secret\n");
+    ::chmod("dist/tpl", 0700);
+    EXPECT_EQ(run_wizard(host, {}, no_to_both).status, 0);
+    EXPECT_EQ(read_file("spool/kestrel/letter.tpl"), "secret\n");
+    expect_secrets_kept();
+    EXPECT_THAT(
+        shown_log(host, "dist/gxsetup.log"),
+        HasSubstr("Error: Not given away: \"./tpl/letter.tpl\" is private, and another user "
+                  "could have put it there\n"));
+}
+
+TEST_F(OtherUsers, RootsLinkUnderTheNameOfATemplateGivesNothingAway) {
+    const site host;
+    add_file("elsewhere/settings", "kept\n");
+    ::chmod("elsewhere/settings", 0644);
+    fs::remove("spool/kestrel/clean.tpl");
+    fs::create_symlink(host.path("elsewhere/settings"), "spool/kestrel/clean.tpl");
+    EXPECT_THAT(upgrade(host, replacing).transcript, HasSubstr("upgrade successful"));
+    struct stat status {};
+    ASSERT_EQ(::stat("elsewhere/settings", &status), 0);
+    EXPECT_EQ(status.st_uid, 0U);
+    EXPECT_EQ(status.st_mode & 07777U, 0644U);
 }
 
 // --- Removal ---
@@ -476,11 +604,36 @@ TEST_F(OtherUsers, ABackupOfSecondNamesKeepsItsOldContent) {
     EXPECT_EQ(tree_of(host, "backup"), before);
 }
 
-TEST_F(OtherUsers, ADirectoryInsideThatRootMadeIsWritten) {
+uid_t owner_of(const std::string &path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status.st_uid;
+}
+
+TEST_F(OtherUsers, AnEmptyDirectoryInsideThatRootMadeIsGivenAway) {
     const site host;
     fs::create_directory("spool/kestrel/originals");
     upgrade(host, {{"original templates", "yes"}});
     EXPECT_TRUE(is_there("spool/kestrel/originals/clean.tpl"));
+    EXPECT_EQ(owner_of("spool/kestrel/originals"), web_user().pw_uid);
+}
+
+// As an older installation for another user, or root's own, left it.
+TEST_F(OtherUsers, ATreeOfRootsOrOfAFormerUserIsGivenAwayAsAWhole) {
+    for (const uid_t former : {uid_t{0}, uid_t{4711}}) {
+        const upgrade_world host("tanager");
+        for (const auto &entry : fs::recursive_directory_iterator("spool/tanager")) {
+            ASSERT_EQ(::lchown(entry.path().c_str(), former, former), 0);
+        }
+        ASSERT_EQ(::chown("spool/tanager", former, former), 0);
+        ASSERT_EQ(::chmod("spool/tanager", 0755), 0);
+        run_wizard(host, {},
+                   images_here + install + console_script{{"switch to the upgrade", "no"}});
+        for (const char *directory : {"", "/img", "/img/marble", "/manuals", "/marble", "/slate"}) {
+            EXPECT_EQ(owner_of(std::string("spool/tanager") + directory), web_user().pw_uid)
+                << former << directory;
+        }
+    }
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "core/place.h"
+#include "core/new_file.h"
 
 #include "core/format.h"
 #include "support/scratch_test.h"
@@ -215,9 +215,71 @@ TEST_F(Place, MakesADirectoryWithExactlyTheMode) {
     EXPECT_EQ(at("missing").make("made", 0700).error(), ENOENT);
 }
 
-TEST_F(PlaceAmongOthers, GivesADirectoryAway) {
-    EXPECT_TRUE(at("ours").give(other_user, other_user));
+TEST_F(PlaceAmongOthers, GivesADirectoryAwayAndTakesItForSharedThen) {
+    place given = at("ours");
+    EXPECT_TRUE(given.give(other_user, other_user));
     EXPECT_EQ(owner_of("ours"), other_user);
+    EXPECT_TRUE(given.is_shared());
+    plant_link(scratch.path("kept/file"), "ours/link");
+    EXPECT_FALSE(given.open_to_read("link").is_open());
+}
+
+TEST_F(PlaceAmongOthers, GivesAwayOnlyWhatItsOwnerOrRootPutThere) {
+    constexpr uid_t third_user = 4712;
+    const struct {
+        const char *what;
+        uid_t above;
+        mode_t mode;
+        uid_t owner;
+        bool is_filled;
+        bool is_given;
+    } rows[] = {
+        {"root's in root's", 0, 0755, 0, true, true},
+        {"another user's in root's", 0, 0755, third_user, true, true},
+        {"root's in another user's", third_user, 0755, 0, true, false},
+        {"an empty one of root's in another user's", third_user, 0755, 0, false, true},
+        {"the old owner's in the old owner's", third_user, 0770, third_user, true, true},
+        {"the old owner's where everybody may write", third_user, 0777, third_user, true, false},
+        {"the new owner's in another user's", third_user, 0777, other_user, true, true},
+        {"root's where a group may write", 0, 0775, 0, true, false},
+        {"root's in a sticky one", 0, 01777, 0, true, true},
+        {"another user's in a sticky one of another user", third_user, 01777, 0, true, false},
+    };
+    for (const auto &row : rows) {
+        std::filesystem::create_directories("above/directory");
+        if (row.is_filled) {
+            write_file("above/directory/file", "");
+        }
+        ASSERT_EQ(::chown("above/directory", row.owner, 0), 0);
+        ASSERT_EQ(::chown("above", row.above, 0), 0);
+        ASSERT_EQ(::chmod("above", row.mode), 0);
+        refusal.clear();
+        EXPECT_EQ(at("above/directory").give(other_user, other_user), row.is_given) << row.what;
+        EXPECT_EQ(owner_of("above/directory"), row.is_given ? other_user : row.owner) << row.what;
+        EXPECT_EQ(refusal, row.is_given ? ""
+                                        : "Not given away: \"" + scratch.path("above/directory") +
+                                              "\" could have been put there by another user");
+        std::filesystem::remove_all("above");
+    }
+}
+
+TEST_F(PlaceAmongOthers, WhatStoodInADirectoryBeforeItWasGivenAwayMayBeGivenAsWell) {
+    for (const char *directory : {"ours/tree/below", "ours/other"}) {
+        std::filesystem::create_directories(directory);
+        write_file(std::string(directory) + "/file", "");
+    }
+    EXPECT_TRUE(at("ours").give(other_user, other_user));
+    EXPECT_TRUE(at("ours/tree").give(other_user, other_user));
+    EXPECT_TRUE(at("ours/tree/below").give(other_user, other_user));
+    std::filesystem::rename("ours/other", "ours/name");
+    EXPECT_FALSE(at("ours/name").give(other_user, other_user));
+}
+
+TEST_F(PlaceAmongOthers, ADirectoryBehindALinkOfOursThatOthersCouldMoveIsNotGivenAway) {
+    std::filesystem::create_symlink(scratch.path("kept"), "ours/link");
+    std::filesystem::create_symlink(scratch.path("kept"), "shared/link");
+    EXPECT_FALSE(at("shared/link").give(other_user, other_user));
+    EXPECT_TRUE(at("ours/link").give(other_user, other_user));
 }
 
 TEST_F(Place, ListsItsNames) {
@@ -263,6 +325,46 @@ TEST_F(Place, ReadsAFileWithTwoNamesOnlyWhereNobodyElseMayWrite) {
     EXPECT_EQ(refusal, "Not read: \"" + scratch.path("shared/file") +
                            "\" has more names in a directory that others may write");
     EXPECT_TRUE(at("shared").can_be_read("file"));
+}
+
+TEST_F(PlaceAmongOthers, AFileIsPrivateIfWhoeverCouldHavePutItThereMayNotReadIt) {
+    const struct {
+        const char *what;
+        uid_t above;
+        mode_t mode;
+        mode_t inner; // of a directory in between
+        uid_t owner;
+        gid_t group;
+        mode_t file;
+        bool is_private;
+    } rows[] = {
+        {"in ours", 0, 0755, 0700, 0, 0, 0600, false},
+        {"root's in another user's", other_user, 0755, 0755, 0, 0, 0600, true},
+        {"for its group alone", other_user, 0770, 0755, 0, 0, 0640, true},
+        {"for everybody", other_user, 0755, 0755, 0, 0, 0604, false},
+        {"hidden by a directory", other_user, 0755, 0700, 0, 0, 0644, true},
+        {"their own", other_user, 0755, 0755, other_user, 0, 0600, false},
+        {"where everybody may write", 0, 0777, 0755, other_user, 0, 0600, true},
+    };
+    for (const auto &row : rows) {
+        std::filesystem::create_directories("above/inner");
+        write_file("above/inner/file", "");
+        ASSERT_EQ(::chmod("above/inner/file", row.file), 0);
+        ASSERT_EQ(::chown("above/inner/file", row.owner, row.group), 0);
+        ASSERT_EQ(::chmod("above/inner", row.inner), 0);
+        ASSERT_EQ(::chmod("above", row.mode), 0);
+        ASSERT_EQ(::chown("above", row.above, other_user), 0);
+        EXPECT_EQ(at("above/inner").open_plain("file").is_private, row.is_private) << row.what;
+    }
+    write_file("above/file", "");
+    ASSERT_EQ(::chmod("above/file", 0640), 0);
+    ASSERT_EQ(::chown("above/file", 0, other_user), 0);
+    ASSERT_EQ(::chmod("above", 0770), 0);
+    ASSERT_EQ(::chown("above", other_user, other_user), 0);
+    EXPECT_FALSE(at("above").open_plain("file").is_private) << "for the group of the directory";
+    std::filesystem::create_symlink(scratch.path("kept/file"), "above/link");
+    EXPECT_TRUE(at("above").open_plain("link").is_private);
+    EXPECT_FALSE(at("ours").enter("../kept").open_plain("file").is_private);
 }
 
 TEST_F(Place, OnlyAPlainFileIsOpenedAsOne) {
@@ -477,6 +579,46 @@ TEST_F(NewFileAmongOthers, TheOwnerOfTheOldFileIsKept) {
     write(file, "new");
     EXPECT_TRUE(file.put_in_place());
     EXPECT_EQ(owner_of("ours/file"), other_user);
+}
+
+TEST_F(NewFileAmongOthers, AFileBehindALinkOfOursThatOthersCouldMoveIsNotGivenAway) {
+    const place shared = at("shared");
+    std::filesystem::create_symlink(scratch.path("kept/file"), "shared/link");
+    EXPECT_FALSE(
+        new_file(shared, "link", new_file::when_missing::in_place).may_be_given(other_user));
+    EXPECT_EQ(refusal, "Not given away: \"" + scratch.path("kept/file") +
+                           "\" is behind a link that another user could have put there");
+    ASSERT_EQ(::chown("kept/file", other_user, other_user), 0);
+    EXPECT_TRUE(
+        new_file(shared, "link", new_file::when_missing::in_place).may_be_given(other_user));
+    EXPECT_TRUE(
+        new_file(shared, "file", new_file::when_missing::in_place).may_be_given(other_user));
+}
+
+TEST_F(NewFileAmongOthers, APrivateFileBecomesOursWhoeverOwnedTheOldOne) {
+    const place shared = at("shared");
+    write_file("shared/file", "old");
+    ASSERT_EQ(::chown("shared/file", other_user, other_user), 0);
+    new_file file(shared, "file", new_file::when_missing::in_place, private_mode);
+    file.limit_mode(private_mode);
+    write(file, "new");
+    EXPECT_FALSE(file.may_be_given(other_user));
+    EXPECT_TRUE(file.put_in_place());
+    EXPECT_EQ(owner_of("shared/file"), 0U);
+    EXPECT_EQ(mode_of("shared/file"), 0600U);
+}
+
+TEST_F(NewFile, WhereOthersMayWriteNoUserIdBitIsKept) {
+    for (const char *directory : {"ours", "shared"}) {
+        const place where = at(directory);
+        const std::string path = std::string(directory) + "/file";
+        write_file(path, "old");
+        ASSERT_EQ(::chmod(path.c_str(), 04755), 0);
+        new_file file(where, "file", new_file::when_missing::in_place);
+        write(file, "new");
+        EXPECT_TRUE(file.put_in_place());
+        EXPECT_EQ(mode_of(path), where.is_shared() ? 0755U : 04755U);
+    }
 }
 
 TEST_F(NewFileAmongOthers, WhatIsForeignIsReplacedItselfWithoutAWord) {

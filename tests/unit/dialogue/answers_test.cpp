@@ -1,98 +1,69 @@
 #include "dialogue/answers.h"
 
 #include "core/text.h"
-#include "support/console_capture.h"
+#include "support/rows.h"
 #include "unit/failing_memory.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
-TEST(CleanUpAnswer, CutsTheLineEnd) {
-    char text[] = "/srv/site\r\n";
-    EXPECT_EQ(clean_up_answer(text), text);
-    EXPECT_STREQ(text, "/srv/site");
+namespace {
+
+// What a function makes of a text in place.
+std::string changed(char *(*change)(char *), std::string text) {
+    EXPECT_EQ(change(text.data()), text.data());
+    return text.c_str();
 }
+
+// What valid_dir_name gives for a name, and the name then.
+std::string valid(std::string name) {
+    const int result = valid_dir_name(name.data());
+    return std::to_string(result) + " " + name.c_str();
+}
+
+std::string label_of(const char *line) {
+    return heap_text(get_label(line)).get();
+}
+
+const std::string long_label = std::string(600, 'l') + " x";
+
+// clang-format off
+const std::vector<rule> rules = {
+    {"CleanUpAnswer.CutsTheLineEnd", changed,
+     {{{clean_up_answer, "/srv/site\r\n"}, "/srv/site"}}},
+    {"CleanUpAnswer.LeavesATextWithoutLineEnd", changed,
+     {{{clean_up_answer, " a b\t"}, " a b\t"}, {{clean_up_answer, ""}, ""}}},
+    {"StripLeadingSpaces.GivesTheFirstCharacterThatIsNeitherBlankNorTab", strip_leading_spaces,
+     {{{" \t answer "}, "answer "}, {{"\t  "}, ""}, {{"\n"}, "\n"}}},
+    {"ValidDirName.IsOneForAnEmptyOrBlankName", valid,
+     {{{""}, "1 "}, {{"   "}, "1    "}, {{"\t"}, "0 \t"}}},
+    {"ValidDirName.CutsTheNameBehindItsFirstWord", valid, {{{"  ~my dir"}, "0   ~my"}}},
+    {"NumPerc.TakesANumberOrAPercentage", num_perc,
+     {{{"100"}, 1}, {{"100%"}, 1}, {{"50%"}, 1}, {{"%"}, 1}, {{""}, 1}}},
+    {"NumPerc.JudgesOnlyThePlaceOfTheFirstPercent", num_perc,
+     {{{"abc%"}, 1}, {{"20px"}, 1}, {{"abc"}, 1}, {{"-5"}, 1}, {{"10%5"}, 0}, {{"5%0"}, 0},
+      {{"50%%"}, 0}, {{"% "}, 0}}},
+    {"CleanUpName.KeepsTheTextBeforeTheFirstDot", changed,
+     {{{clean_up_name, "kestrel.old.cgi"}, "kestrel"},
+      {{clean_up_name, "kestrel"}, "kestrel"},
+      {{clean_up_name, ".kestrel"}, ""}}},
+    {"GetLabel.CopiesTheCharactersBeforeTheFirstBlank", label_of,
+     {{{"set body x"}, "set"}, {{" set"}, ""}}},
+    {"GetLabel.CopiesAtMost511Characters", label_of,
+     {{{long_label.c_str()}, std::string(511, 'l')}}},
+    {"CleanUpSet.GivesTheTextBehindTheFirstBlank", changed,
+     {{{clean_up_set, "set body bgcolor\r\n"}, "body bgcolor"}}},
+    {"CleanUpSet.DropsLineEndsAndEachPairOfABlankAndASlash", changed,
+     {{{clean_up_set, "set a /\r\n b / /c/d  /"}, "a bc/d "}}},
+};
+// clang-format on
+
+const int registered = register_rows(rules);
+
+} // namespace
 
 TEST(CleanUpAnswer, ReplacesEveryCarriageReturnAndLineFeed) {
     char text[] = "a\rb\nc";
     clean_up_answer(text);
     EXPECT_EQ(std::string(text, 5), std::string("a\0b\0c", 5));
-}
-
-TEST(CleanUpAnswer, LeavesATextWithoutLineEnd) {
-    char text[] = " a b\t";
-    clean_up_answer(text);
-    EXPECT_STREQ(text, " a b\t");
-    char empty[] = "";
-    EXPECT_STREQ(clean_up_answer(empty), "");
-}
-
-TEST(StripLeadingSpaces, GivesTheFirstCharacterThatIsNeitherBlankNorTab) {
-    const char *text = " \t answer ";
-    EXPECT_EQ(strip_leading_spaces(text), text + 3);
-    const char *blank = "\t  ";
-    EXPECT_EQ(strip_leading_spaces(blank), blank + 3);
-    const char *line = "\n";
-    EXPECT_EQ(strip_leading_spaces(line), line);
-}
-
-TEST(ValidDirName, IsOneForAnEmptyOrBlankName) {
-    char empty[] = "";
-    char blank[] = "   ";
-    char tab[] = "\t";
-    EXPECT_EQ(valid_dir_name(empty), 1);
-    EXPECT_EQ(valid_dir_name(blank), 1);
-    EXPECT_EQ(valid_dir_name(tab), 0);
-}
-
-TEST(ValidDirName, CutsTheNameBehindItsFirstWord) {
-    char name[] = "  ~my dir";
-    EXPECT_EQ(valid_dir_name(name), 0);
-    EXPECT_STREQ(name, "  ~my");
-}
-
-TEST(NumPerc, TakesANumberOrAPercentage) {
-    for (const char *text : {"100", "100%", "50%", "%", ""}) {
-        EXPECT_EQ(num_perc(text), 1) << text;
-    }
-}
-
-TEST(NumPerc, JudgesOnlyThePlaceOfTheFirstPercent) {
-    for (const char *text : {"abc%", "20px", "abc", "-5"}) {
-        EXPECT_EQ(num_perc(text), 1) << text;
-    }
-    for (const char *text : {"10%5", "5%0", "50%%", "% "}) {
-        EXPECT_EQ(num_perc(text), 0) << text;
-    }
-}
-
-TEST(CleanUpName, KeepsTheTextBeforeTheFirstDot) {
-    char two_dots[] = "kestrel.old.cgi";
-    EXPECT_EQ(clean_up_name(two_dots), two_dots);
-    EXPECT_STREQ(two_dots, "kestrel");
-    char plain[] = "kestrel";
-    EXPECT_STREQ(clean_up_name(plain), "kestrel");
-    char hidden[] = ".kestrel";
-    EXPECT_STREQ(clean_up_name(hidden), "");
-}
-
-TEST(GetLabel, CopiesTheCharactersBeforeTheFirstBlank) {
-    EXPECT_STREQ(heap_text(get_label("set body x")).get(), "set");
-    EXPECT_STREQ(heap_text(get_label(" set")).get(), "");
-}
-
-TEST(GetLabel, CopiesAtMost511Characters) {
-    const std::string line = std::string(600, 'l') + " x";
-    EXPECT_EQ(std::string(heap_text(get_label(line.c_str())).get()), std::string(511, 'l'));
-}
-
-TEST(CleanUpSet, GivesTheTextBehindTheFirstBlank) {
-    char line[] = "set body bgcolor\r\n";
-    EXPECT_EQ(clean_up_set(line), line);
-    EXPECT_STREQ(line, "body bgcolor");
-}
-
-TEST(CleanUpSet, DropsLineEndsAndEachPairOfABlankAndASlash) {
-    char line[] = "set a /\r\n b / /c/d  /";
-    EXPECT_STREQ(clean_up_set(line), "a bc/d ");
 }

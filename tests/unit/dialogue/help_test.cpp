@@ -2,6 +2,7 @@
 
 #include "core/log.h"
 #include "support/console_capture.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
 
 #include <gtest/gtest.h>
@@ -14,18 +15,30 @@ using namespace std::string_literals;
 
 constexpr const char *fallback = "No specific help is available for this question.";
 
+// A file, a topic that is asked for, and its text.
+struct topic {
+    std::string content;
+    const char *id;
+    std::string text;
+};
+
+struct topics_rule {
+    const char *name;
+    std::vector<topic> topics;
+};
+
 class HelpFile : public scratch_test {
   protected:
     ~HelpFile() override { close_log(); }
 
-    // The text of a topic of a file with that content.
-    static std::string topic(std::string_view content, const char *id) {
-        write_file("topics.hlp", content);
-        HELP topics;
-        EXPECT_EQ(help_init(&topics, "topics.hlp"), 1);
-        const std::string text = help_get(&topics, id);
-        EXPECT_EQ(help_clear(&topics), 1);
-        return text;
+    static void check(const topics_rule &row) {
+        for (const topic &one : row.topics) {
+            write_file("topics.hlp", one.content);
+            HELP topics;
+            EXPECT_EQ(help_init(&topics, "topics.hlp"), 1);
+            EXPECT_EQ(help_get(&topics, one.id), one.text) << one.content;
+            EXPECT_EQ(help_clear(&topics), 1);
+        }
     }
 };
 
@@ -33,6 +46,55 @@ using HelpInit = HelpFile;
 using HelpGet = HelpFile;
 using HelpClear = HelpFile;
 using Help = HelpFile;
+
+const std::string piece(255, 'x');
+
+// clang-format off
+const std::vector<topics_rule> rules = {
+    {"HelpGet.GivesTheLinesUpToTheNextHeader",
+     {{"[A]\none\ntwo\n[B]\nthree\n", "A", "one\ntwo\n"},
+      {"[A]\none\ntwo\n[B]\nthree\n", "B", "three\n"}}},
+    {"HelpGet.SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine",
+     {{"[S_DIR_HELP]\n# comment\n\tEnter a path\n\n[NEXT]\nx\n", "S_DIR_HELP", "Enter a path\n"}}},
+    {"HelpGet.DropsAtMostOneTrailingEmptyLine",
+     {{"[A]\none\n\n\n[B]\n", "A", "one\n\n"}, {"[A]\n\none\n", "A", "\none\n"},
+      {"[A]\n\n\n[B]\n", "A", "\n"}, {"[A]\n\n[B]\n", "A", "\n"}}},
+    {"HelpGet.RemovesLeadingTabsButNotBlanks",
+     {{"[A]\n\t\tone\ttwo\n \tthree\n", "A", "one\ttwo\n \tthree\n"}}},
+    {"HelpGet.CarriageReturnsBeforeLineFeedsMakeNoDifference",
+     {{"[A]\r\n\tone\r\n\r\n[B]\r\n", "A", "one\n"}, {"[A]\no\rn\re\n", "A", "on\re\n"}}},
+    {"HelpGet.TheHeaderMatchesByItsBeginning",
+     {{"[A_HELP] of A\none\n", "A_HELP", "one\n"}, {"[A_HELP\none\n", "A_HELP", "one\n"},
+      {" [A_HELP]\none\n", "A_HELP", fallback}, {"[a_help]\none\n", "A_HELP", fallback}}},
+    {"HelpGet.TheShorterOfTwoNamesFindsTheFirstHeader",
+     {{"[DIR_HELP2]\nlong\n[DIR_HELP]\nshort\n", "DIR_HELP", "long\n"},
+      {"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP", "short\n"},
+      {"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP2", "long\n"}}},
+    {"HelpGet.ATopicWithoutTextRunsOnIntoTheNext",
+     {{"[A]\n[B]\n# comment\n[C]\nthree\n[D]\nfour\n", "A", "three\n"}}},
+    {"HelpGet.AHeaderInsideACommentIsNone",
+     {{"#[A]\none\n[A]\ntwo\n#[B]\nthree\n", "A", "two\nthree\n"}}},
+    {"HelpGet.AnUnknownTopicAndOneWithoutTextGiveTheFallback",
+     {{"[A]\none\n", "NO_HELP", fallback}, {"[A]\n", "A", fallback}, {"", "A", fallback}}},
+    {"HelpGet.AnEmptyTopicGivesTheFallback", {{"[A]\none\n", "", fallback}}},
+    {"HelpGet.ALastLineWithoutLineFeedIsNotRead",
+     {{"[A]\none\ntwo", "A", "one\n"}, {"[A]\none", "A", fallback}, {"[A]", "A", fallback}}},
+    {"HelpGet.ALastPieceOf255CharactersWithoutLineFeedIsNotReadEither",
+     {{"[A]\none\n" + piece, "A", "one\n"}, {"[A]\none\n" + piece + piece, "A", "one\n" + piece},
+      {"[A]\none\n" + piece + "\n", "A", "one\n" + piece + "\n"},
+      {"[A" + std::string(253, ']'), "A", fallback}}},
+    {"HelpGet.ALineIsReadInPiecesOf255CharactersEachALineOfItsOwn",
+     {{"[A]\n" + piece + "[B]\n", "A", piece},
+      {"[A]\n" + piece + "#gone\nkept\n", "A", piece + "kept\n"},
+      {piece + "[A]\none\n", "A", "one\n"},
+      {"[A]\n" + piece.substr(1) + "\nnext\n", "A", piece.substr(1) + "\nnext\n"}}},
+    {"HelpGet.ALineEndsAtANulByte", {{"[A]\none\0two\nthree\n"s, "A", "onethree\n"}}},
+    {"HelpGet.BearsALineOf10000Characters",
+     {{"[A]\n" + std::string(10000, 'x') + "\n", "A", std::string(10000, 'x') + "\n"}}},
+};
+// clang-format on
+
+const int registered = register_rows<HelpFile>(rules);
 
 } // namespace
 
@@ -43,93 +105,6 @@ TEST_F(HelpInit, GivesZeroWithoutTheFile) {
     EXPECT_EQ(help_init(&topics, "missing.hlp"), 0);
     EXPECT_FALSE(topics.ref.has_value());
     EXPECT_FALSE(topics.last_help.has_value());
-}
-
-TEST_F(HelpGet, GivesTheLinesUpToTheNextHeader) {
-    EXPECT_EQ(topic("[A]\none\ntwo\n[B]\nthree\n", "A"), "one\ntwo\n");
-    EXPECT_EQ(topic("[A]\none\ntwo\n[B]\nthree\n", "B"), "three\n");
-}
-
-TEST_F(HelpGet, SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine) {
-    EXPECT_EQ(topic("[S_DIR_HELP]\n# comment\n\tEnter a path\n\n[NEXT]\nx\n", "S_DIR_HELP"),
-              "Enter a path\n");
-}
-
-TEST_F(HelpGet, DropsAtMostOneTrailingEmptyLine) {
-    EXPECT_EQ(topic("[A]\none\n\n\n[B]\n", "A"), "one\n\n");
-    EXPECT_EQ(topic("[A]\n\none\n", "A"), "\none\n");
-    EXPECT_EQ(topic("[A]\n\n\n[B]\n", "A"), "\n");
-    EXPECT_EQ(topic("[A]\n\n[B]\n", "A"), "\n");
-}
-
-TEST_F(HelpGet, RemovesLeadingTabsButNotBlanks) {
-    EXPECT_EQ(topic("[A]\n\t\tone\ttwo\n \tthree\n", "A"), "one\ttwo\n \tthree\n");
-}
-
-TEST_F(HelpGet, CarriageReturnsBeforeLineFeedsMakeNoDifference) {
-    EXPECT_EQ(topic("[A]\r\n\tone\r\n\r\n[B]\r\n", "A"), "one\n");
-    EXPECT_EQ(topic("[A]\no\rn\re\n", "A"), "on\re\n");
-}
-
-TEST_F(HelpGet, TheHeaderMatchesByItsBeginning) {
-    EXPECT_EQ(topic("[A_HELP] of A\none\n", "A_HELP"), "one\n");
-    EXPECT_EQ(topic("[A_HELP\none\n", "A_HELP"), "one\n");
-    EXPECT_EQ(topic(" [A_HELP]\none\n", "A_HELP"), fallback);
-    EXPECT_EQ(topic("[a_help]\none\n", "A_HELP"), fallback);
-}
-
-TEST_F(HelpGet, TheShorterOfTwoNamesFindsTheFirstHeader) {
-    EXPECT_EQ(topic("[DIR_HELP2]\nlong\n[DIR_HELP]\nshort\n", "DIR_HELP"), "long\n");
-    EXPECT_EQ(topic("[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP"), "short\n");
-    EXPECT_EQ(topic("[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP2"), "long\n");
-}
-
-TEST_F(HelpGet, ATopicWithoutTextRunsOnIntoTheNext) {
-    EXPECT_EQ(topic("[A]\n[B]\n# comment\n[C]\nthree\n[D]\nfour\n", "A"), "three\n");
-}
-
-TEST_F(HelpGet, AHeaderInsideACommentIsNone) {
-    EXPECT_EQ(topic("#[A]\none\n[A]\ntwo\n#[B]\nthree\n", "A"), "two\nthree\n");
-}
-
-TEST_F(HelpGet, AnUnknownTopicAndOneWithoutTextGiveTheFallback) {
-    EXPECT_EQ(topic("[A]\none\n", "NO_HELP"), fallback);
-    EXPECT_EQ(topic("[A]\n", "A"), fallback);
-    EXPECT_EQ(topic("", "A"), fallback);
-}
-
-TEST_F(HelpGet, AnEmptyTopicGivesTheFallback) {
-    EXPECT_EQ(topic("[A]\none\n", ""), fallback);
-}
-
-TEST_F(HelpGet, ALastLineWithoutLineFeedIsNotRead) {
-    EXPECT_EQ(topic("[A]\none\ntwo", "A"), "one\n");
-    EXPECT_EQ(topic("[A]\none", "A"), fallback);
-    EXPECT_EQ(topic("[A]", "A"), fallback);
-}
-
-TEST_F(HelpGet, ALastPieceOf255CharactersWithoutLineFeedIsNotReadEither) {
-    const std::string piece(255, 'x');
-    EXPECT_EQ(topic("[A]\none\n" + piece, "A"), "one\n");
-    EXPECT_EQ(topic("[A]\none\n" + piece + piece, "A"), "one\n" + piece);
-    EXPECT_EQ(topic("[A]\none\n" + piece + "\n", "A"), "one\n" + piece + "\n");
-    EXPECT_EQ(topic("[A" + std::string(253, ']'), "A"), fallback);
-}
-
-TEST_F(HelpGet, ALineIsReadInPiecesOf255CharactersEachALineOfItsOwn) {
-    const std::string piece(255, 'x');
-    EXPECT_EQ(topic("[A]\n" + piece + "[B]\n", "A"), piece);
-    EXPECT_EQ(topic("[A]\n" + piece + "#gone\nkept\n", "A"), piece + "kept\n");
-    EXPECT_EQ(topic(piece + "[A]\none\n", "A"), "one\n");
-    EXPECT_EQ(topic("[A]\n" + piece.substr(1) + "\nnext\n", "A"), piece.substr(1) + "\nnext\n");
-}
-
-TEST_F(HelpGet, ALineEndsAtANulByte) {
-    EXPECT_EQ(topic("[A]\none\0two\nthree\n"s, "A"), "onethree\n");
-}
-
-TEST_F(HelpGet, BearsALineOf10000Characters) {
-    EXPECT_EQ(topic("[A]\n" + std::string(10000, 'x') + "\n", "A"), std::string(10000, 'x') + "\n");
 }
 
 TEST_F(HelpGet, TheTopicFetchedLastIsKept) {
@@ -167,10 +142,9 @@ TEST_F(Help, PrintsTheTopicAndTheSupportAddress) {
 
 TEST_F(Help, PrintsTheFallbackForATopicThatTheFileLacks) {
     write_file("vsetup.hlp", "[S_DIR_HELP]\nEnter a path\n");
-    support_email.assign("kestrel-support@varnel.example");
+    support_email.assign("kestrel@varnel.example");
     EXPECT_EQ(console_of([] { EXPECT_EQ(help("NO_HELP"), 1); }),
-              "\nNo specific help is available for this question.\n"
-              "For more information, e-mail: kestrel-support@varnel.example\n");
+              "\n"s + fallback + "\nFor more information, e-mail: kestrel@varnel.example\n");
 }
 
 TEST_F(Help, PercentsInTheFileAreText) {

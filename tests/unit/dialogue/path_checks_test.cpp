@@ -1,6 +1,7 @@
 #include "dialogue/path_checks.h"
 
 #include "support/console_capture.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
 
 #include <cstdlib>
@@ -9,53 +10,45 @@
 
 namespace {
 
+// Paths, "@" for the test's directory, and what check_valid_dir gives and prints.
+struct path_rule {
+    const char *name;
+    std::vector<std::pair<const char *, const char *>> paths;
+};
+
 class PathChecks : public scratch_test {
   protected:
-    // The result and what is printed.
-    static std::string check(const std::string &path) {
-        int result = -1;
-        const std::string shown = console_of([&] { result = check_valid_dir(path.c_str()); });
-        return std::to_string(result) + " " + shown;
+    void check(const path_rule &row) const {
+        write_file("file", "");
+        for (std::pair<std::string, std::string> one : row.paths) {
+            if (const std::size_t at = one.first.find('@'); at != std::string::npos) {
+                one.first.replace(at, 1, scratch.path());
+            }
+            int result = -1;
+            const std::string shown =
+                console_of([&] { result = check_valid_dir(one.first.c_str()); });
+            EXPECT_EQ(std::to_string(result) + " " + shown, one.second);
+        }
     }
 
-    static int names_here() {
-        int count = 0;
-        for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator(".")) {
-            count++;
-        }
-        return count;
-    }
+    static long names_here() { return std::distance(std::filesystem::directory_iterator("."), {}); }
 };
 
 using CheckValidDir = PathChecks;
 using MatchRootDir = PathChecks;
 
+const std::vector<path_rule> rules = {
+    {"CheckValidDir.IsZeroForAnExistingDirectoryFromTheRoot", {{"@", "0 "}, {"@/", "0 "}}},
+    {"CheckValidDir.AnEmptyPathIsOneAndSaysSo", {{"", "1 No path given! "}}},
+    {"CheckValidDir.ARelativePathIsOneAndSaysSoEvenWhenItExists",
+     {{".", "1 No root given! "}, {"missing", "1 No root given! "}, {" @", "1 No root given! "}}},
+    {"CheckValidDir.AMissingDirectoryOrAFileIsThree", {{"@/missing", "3 "}, {"@/file", "3 "}}},
+    {"CheckValidDir.TheRootAloneCountsAsMissing", {{"/", "3 "}}},
+};
+
+const int registered = register_rows<PathChecks>(rules);
+
 } // namespace
-
-TEST_F(CheckValidDir, IsZeroForAnExistingDirectoryFromTheRoot) {
-    EXPECT_EQ(check(scratch.path()), "0 ");
-    EXPECT_EQ(check(scratch.path() + "/"), "0 ");
-}
-
-TEST_F(CheckValidDir, AnEmptyPathIsOneAndSaysSo) {
-    EXPECT_EQ(check(""), "1 No path given! ");
-}
-
-TEST_F(CheckValidDir, ARelativePathIsOneAndSaysSoEvenWhenItExists) {
-    EXPECT_EQ(check("."), "1 No root given! ");
-    EXPECT_EQ(check("missing"), "1 No root given! ");
-    EXPECT_EQ(check(" " + scratch.path()), "1 No root given! ");
-}
-
-TEST_F(CheckValidDir, AMissingDirectoryOrAFileIsThree) {
-    write_file("file", "");
-    EXPECT_EQ(check(scratch.path("missing")), "3 ");
-    EXPECT_EQ(check(scratch.path("file")), "3 ");
-}
-
-TEST_F(CheckValidDir, TheRootAloneCountsAsMissing) {
-    EXPECT_EQ(check("/"), "3 ");
-}
 
 TEST_F(CheckValidDir, ADirectoryThatMayNotBeReadCountsAsMissing) {
     if (::geteuid() == 0) {
@@ -63,7 +56,7 @@ TEST_F(CheckValidDir, ADirectoryThatMayNotBeReadCountsAsMissing) {
     }
     std::filesystem::create_directory("closed");
     std::filesystem::permissions("closed", std::filesystem::perms::none);
-    EXPECT_EQ(check(scratch.path("closed")), "3 ");
+    check({"", {{"@/closed", "3 "}}});
 }
 
 TEST_F(MatchRootDir, IsOneForTheWorkingDirectoryByAnyName) {

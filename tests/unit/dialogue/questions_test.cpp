@@ -8,21 +8,12 @@
 namespace {
 
 // A text in quotes, as a source would have it.
-std::string quoted(const char *text) {
-    std::string result = "\"";
-    for (const char *at = text; *at != '\0'; at++) {
-        switch (*at) {
-        case '\n':
-            result += "\\n";
-            break;
-        case '"':
-            result += "\\\"";
-            break;
-        default:
-            result += *at;
-        }
+std::string quoted(const std::string &text) {
+    std::string result;
+    for (const char character : text) {
+        result += character == '\n' ? "\\n" : character == '"' ? "\\\"" : std::string(1, character);
     }
-    return result + "\"";
+    return "\"" + result + "\"";
 }
 
 const char *directory_rule(int dir_action) {

@@ -47,9 +47,16 @@ move_result move_bytes(int from, int to) {
     if (::ioctl(to, FICLONE, from) == 0) {
         return move_result::done;
     }
-    // Moves both offsets, so that reading goes on where this ends: at the end of the file, or where
-    // the system refuses. What is wrong then is seen by reading or by writing.
-    while (::copy_file_range(from, nullptr, to, nullptr, most_at_once, 0) > 0) {
+    // Each call moves both offsets, so that reading goes on where the system refuses: what is wrong
+    // then is seen by reading or by writing.
+    bool has_moved = false;
+    ssize_t count = 0;
+    while ((count = ::copy_file_range(from, nullptr, to, nullptr, most_at_once, 0)) > 0) {
+        has_moved = true;
+    }
+    // Files of /proc count as empty to this call, though they can be read.
+    if (count == 0 && has_moved) {
+        return move_result::done;
     }
     return read_and_write(from, to);
 }

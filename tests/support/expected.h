@@ -11,8 +11,8 @@
 // fails and shows the difference.
 void expect_kept(const std::string &name, std::string_view seen);
 
-// The files "screen" and "tree" of a run that says nothing on standard error and ends with 0: what
-// it showed, and what lies in `directories` afterwards.
+// The files "screen" and "tree" of a run that says nothing on standard error: what it
+// showed, and what lies in `directories` afterwards.
 void expect_kept_run(const world &host, const wizard_run &run,
                      const std::vector<std::string> &directories = {"cgi-bin", "html", "spool",
                                                                     "dist"});

@@ -84,7 +84,9 @@ refused_run run_refused(const world &host, const session_script &script, const s
     std::vector<std::string> options = tracing(script, "trace=" + name);
     options.insert(options.end(), {"-e", "inject=" + name + how});
     refused_run result;
-    result.run = run_wizard(host, script.arguments, typed(script.answers), traced(host, options));
+    run_place place = traced(host, options);
+    place.status = std::nullopt;
+    result.run = run_wizard(host, script.arguments, typed(script.answers), place);
     for (const std::string &line : lines_of(host.shown(read_file(trace_file)))) {
         if (line.starts_with(name + "(") && line.ends_with("(INJECTED)")) {
             result.call = line;
@@ -105,9 +107,8 @@ bool can_refuse_calls() {
 }
 
 std::vector<system_call> calls_of(const world &host, const session_script &script) {
-    const wizard_run run = run_wizard(host, script.arguments, typed(script.answers),
-                                      traced(host, tracing(script, traced_calls)));
-    EXPECT_EQ(run.status, 0) << run.transcript << run.errors;
+    run_wizard(host, script.arguments, typed(script.answers),
+               traced(host, tracing(script, traced_calls)));
     std::map<std::string, int> counts;
     written_descriptors written;
     std::vector<system_call> calls;

@@ -218,6 +218,7 @@ wizard_run run_wizard(const world &host, const std::vector<std::string> &argumen
     close_end(out.reading);
     close_end(err.reading);
     prompts.expect_all_asked(host.shown(output));
+    EXPECT_EQ(status, place.status.value_or(status)) << host.shown(output) << host.shown(errors);
     return {host.shown(output), host.shown(errors), status};
 }
 

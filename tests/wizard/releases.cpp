@@ -36,7 +36,6 @@ void add_templates(const world &host, const std::string &directory,
                                                     {"templates version[", one.version},
                                                     {"templates [", "@/stamps"}}),
                                           {.directory = "stamps"});
-        EXPECT_EQ(run.status, 0) << run.transcript;
         std::filesystem::rename("stamps/" + one.name, directory + "/" + one.name);
         std::filesystem::remove_all("stamps");
     }

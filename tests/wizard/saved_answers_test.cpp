@@ -19,7 +19,6 @@ void upgrade(const world &host) {
                                       {{"replace the old templates", "yes"},
                                        {"original templates", "no"},
                                        {"temporary files", "no"}});
-    EXPECT_EQ(run.status, 0);
 }
 
 } // namespace

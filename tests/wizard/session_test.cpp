@@ -40,7 +40,6 @@ class session_test : public testing::Test {
     // What a session shows.
     [[nodiscard]] std::string shown(const console_script &script = quit_at_the_menu) const {
         const wizard_run run = run_wizard(host, {}, script);
-        EXPECT_EQ(run.status, 0);
         return run.transcript;
     }
 

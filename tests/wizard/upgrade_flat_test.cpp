@@ -145,7 +145,6 @@ TEST(UpgradeKestrel, WithNothingNewerNothingIsAskedListedOrWaitedFor) {
                              "Copying VBS and JS files\n"
                              "Copying cgi files..");
     EXPECT_FALSE(is_there("dist/tmptlist.txt"));
-    EXPECT_EQ(run.status, 0);
 }
 
 TEST(UpgradeKestrel, WithoutInstalledTemplatesThatIsSaidAndNothingAsked) {
@@ -304,7 +303,6 @@ TEST(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
     make_own("cgi-bin/kestrel.ini");
     const wizard_run run = run_wizard(host, {}, {{"replace the old templates", "yes"}});
     expect_kept("end", end_of_upgrade(run));
-    EXPECT_EQ(run.status, 0);
 }
 
 // --- With the WML part of the old release ---

@@ -91,7 +91,6 @@ TEST(UpgradeTanager, AManualsDirectoryThatCannotBeMadeEndsIt) {
     const wizard_run run = run_wizard(host, {}, images);
     expect_kept("screen", run.transcript);
     EXPECT_FALSE(is_there("cgi-bin/tanager.new"));
-    EXPECT_EQ(run.status, 0);
 }
 
 // --- Replacing the templates ---

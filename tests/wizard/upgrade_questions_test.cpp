@@ -1,18 +1,14 @@
 // The questions of the upgrade: the old installation that is looked for, second passes, and the
 // switches between upgrade and install.
 
-#include "support/expected.h"
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/dialogues.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
-#include <gmock/gmock-matchers.h>
-#include <gtest/gtest.h>
 
 namespace {
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -24,80 +20,82 @@ std::string templates_question(const std::string &offered) {
            "]? ";
 }
 
-// --- No old program ---
+using UpgradeQuestions = dialogue_test;
 
-TEST(UpgradeQuestions, WithoutOldProgramAYesSwitchesToTheInstall) {
-    const world host("kestrel");
-    const wizard_run run = run_wizard(
-        host, {},
-        upgrade + console_script{{"install questions", "y"}, {"Webserver directory", "q"}});
-    expect_kept("screen", run.transcript);
-}
+const std::vector<dialogue> dialogues = {
+    {"UpgradeQuestions.WithoutOldProgramAYesSwitchesToTheInstall", "kestrel", installed::nothing,
+     "", upgrade + console_script{{"install questions", "y"}, {"Webserver directory", "q"}}},
+    {"UpgradeQuestions.AnEmptyLineAtTheSwitchIsAskedAgain", "kestrel", installed::nothing, "",
+     in_order({{"What do you want to do", "2"},
+               {"install questions", ""},
+               {"install questions", ""},
+               {"install questions", "q"}}),
+     "\ninstall questions ? \ninstall questions ? \ninstall questions ? " + quit_at_a_question},
+    {"UpgradeQuestions.ANoAtTheSwitchIsANameThatIsDropped", "kestrel", installed::nothing,
+     "mkdir spool/kestrel",
+     upgrade + console_script{{"install questions", "no"}, {"template files", "q"}},
+     "install questions ? " + templates_question("@/spool/kestrel") + quit_at_a_question},
+    {"UpgradeQuestions.TheOldInstallationIsLookedForWhereItWasStoredNotWhereItIsAnswered",
+     "kestrel", installed::nothing,
+     "mkdir cgi-new spool/stored spool/typed; touch cgi-bin/kestrel.cgi\n"
+     "echo templates @/spool/stored >cgi-bin/kestrel.ini\n"
+     "echo templates @/spool/typed >cgi-new/kestrel.ini",
+     upgrade + console_script{{"Where are the cgi files", "@/cgi-new"}, {"template files", "q"}},
+     "\n[@/cgi-bin]? " + templates_question("@/spool/stored") + quit_at_a_question},
+    {"UpgradeQuestions.AProgramWhereItIsAnsweredAloneIsNotFound", "kestrel", installed::nothing,
+     "mkdir cgi-new; touch cgi-new/kestrel.cgi",
+     upgrade + console_script{{"Where are the cgi", "@/cgi-new"}, {"install questions", "q"}}},
+    {"UpgradeQuestions.TheAnswersSavedWithTheInstallationAreLoadedThoughTheSessionHasLoadedSome",
+     "kestrel",
+     installed::release_31,
+     "echo vlimg_dir @/html/saved >>spool/kestrel/gxsetup.dat\n"
+     "echo vlimg_dir @/html/ini >>cgi-bin/kestrel.ini\n"
+     "echo domain ini.test >>cgi-bin/kestrel.ini",
+     {{"Where are the .gif", "q"}},
+     "\n[@/html/saved]? " + quit_at_a_question},
+    {"UpgradeQuestions.ASetProductIsOfferedItsOldWorkAreaForTheTemplates",
+     "tanager",
+     installed::release_31,
+     "",
+     {{"template files (", "q"}},
+     templates_question("@/spool/tanager") + quit_at_a_question},
+    // The paths' texts are compared.
+    {"UpgradeQuestions.AnImagesDirectoryThatIsTheTemplatesIsRefusedUntilItDiffers", "kestrel",
+     installed::release_31, "",
+     in_order({{"Where are the .gif", "@/spool/kestrel"},
+               {"Where are the .gif", "@/spool/kestrel"},
+               {"Where are the .gif", "@/spool/./kestrel"},
+               {"Relative URL", "q"}})},
+    // There is no program in cgi-new, but it is not looked for.
+    {"UpgradeQuestions.ASecondPassLooksNothingUpAndOffersTheStoredUrl", "kestrel",
+     installed::release_31, "mkdir cgi-new",
+     in_order({{"replace the old templates", "yes"},
+               {"Where are the cgi", "@/cgi-new"},
+               {"Relative URL", "/pictures"},
+               {"merlin cgi", "yes"},
+               {"change any", "yes"},
+               {"change any", "q"}})},
+    {"UpgradeQuestions.TheInstallThatFindsAnOldProgramSwitchesHere",
+     "kestrel",
+     installed::release_31,
+     "",
+     {{"What do you want to do", "1"}, {"upgrade questions", "yes"}, {"template files (", "q"}}},
+};
 
-TEST(UpgradeQuestions, AnEmptyLineAtTheSwitchIsAskedAgain) {
-    const world host("kestrel");
-    const wizard_run run = run_wizard(host, {},
-                                      in_order({{"What do you want to do", "2"},
-                                                {"install questions", ""},
-                                                {"install questions", ""},
-                                                {"install questions", "q"}}));
-    EXPECT_THAT(run.transcript,
-                EndsWith("\ninstall questions ? \ninstall questions ? \ninstall questions ? " +
-                         quit_at_a_question));
-}
+const int registered = register_rows<dialogue_test>(dialogues);
 
-TEST(UpgradeQuestions, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
+TEST_F(UpgradeQuestions, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
     const world host("kestrel");
-    std::filesystem::create_directory("spool/old");
-    add_answers(host, "cgi-bin/mail.ini", "templates @/spool/kestrel\n");
-    add_answers(host, "cgi-bin/kestrel.ini", "templates @/spool/old\n");
-    add_file("cgi-bin/mail.cgi", "");
+    shell(host.meant("mkdir spool/old; touch cgi-bin/mail.cgi\n"
+                     "echo templates @/spool/kestrel >cgi-bin/mail.ini\n"
+                     "echo templates @/spool/old >cgi-bin/kestrel.ini"));
     const wizard_run run =
         run_wizard(host, {}, no_to_both + upgrade + console_script{{"install questions", "mail"}});
     expect_kept("screen", run.transcript);
     EXPECT_THAT(read_file("dist/gxsetup.dat"), HasSubstr("\ncgi_name kestrel\n"));
 }
 
-TEST(UpgradeQuestions, ANoAtTheSwitchIsANameThatIsDropped) {
-    const world host("kestrel");
-    std::filesystem::create_directory("spool/kestrel");
-    const wizard_run run = run_wizard(
-        host, {}, upgrade + console_script{{"install questions", "no"}, {"template files", "q"}});
-    EXPECT_THAT(run.transcript,
-                EndsWith("install questions ? " + templates_question("@/spool/kestrel") +
-                         quit_at_a_question));
-}
-
-// --- Which installation ---
-
-TEST(UpgradeQuestions, TheOldInstallationIsLookedForWhereItWasStoredNotWhereItIsAnswered) {
-    const world host("kestrel");
-    for (const char *directory : {"cgi-new", "spool/stored", "spool/typed"}) {
-        std::filesystem::create_directory(directory);
-    }
-    add_file("cgi-bin/kestrel.cgi", "");
-    add_answers(host, "cgi-bin/kestrel.ini", "templates @/spool/stored\n");
-    add_answers(host, "cgi-new/kestrel.ini", "templates @/spool/typed\n");
-    const wizard_run run =
-        run_wizard(host, {},
-                   upgrade + console_script{{"Where are the cgi files", "@/cgi-new"},
-                                            {"template files", "q"}});
-    EXPECT_THAT(run.transcript, EndsWith("\n[@/cgi-bin]? " + templates_question("@/spool/stored") +
-                                         quit_at_a_question));
-}
-
-TEST(UpgradeQuestions, AProgramWhereItIsAnsweredAloneIsNotFound) {
-    const world host("kestrel");
-    add_file("cgi-new/kestrel.cgi", "");
-    const wizard_run run = run_wizard(
-        host, {},
-        upgrade + console_script{{"Where are the cgi", "@/cgi-new"}, {"install questions", "q"}});
-    EXPECT_THAT(
-        run.transcript,
-        HasSubstr("\n[@/cgi-bin]? \ngxsetup cannot find an old version of kestrel in this"));
-}
-
-TEST(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
+TEST_F(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
     const upgrade_world host("kestrel");
     std::filesystem::create_directory("cgi-new");
     edit_by_hand("cgi-bin/kestrel.ini", host.meant("cgi_path @/html\nreplace_tmplts FALSE"));
@@ -110,15 +108,7 @@ TEST(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
     EXPECT_FALSE(is_there("cgi-bin/kestrel.new"));
 }
 
-TEST(UpgradeQuestions, TheAnswersSavedWithTheInstallationAreLoadedThoughTheSessionHasLoadedSome) {
-    const upgrade_world host("kestrel");
-    edit_by_hand("spool/kestrel/gxsetup.dat", host.meant("vlimg_dir @/html/saved"));
-    edit_by_hand("cgi-bin/kestrel.ini", host.meant("vlimg_dir @/html/ini\ndomain ini.test"));
-    const wizard_run run = run_wizard(host, {}, {{"Where are the .gif", "q"}});
-    EXPECT_THAT(run.transcript, EndsWith("\n[@/html/saved]? " + quit_at_a_question));
-}
-
-TEST(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
+TEST_F(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
     const upgrade_world host("kestrel");
     std::filesystem::remove("cgi-bin/kestrel.ini");
     const wizard_run run = run_wizard(host, {}, {{"template files (", "q"}});
@@ -129,43 +119,7 @@ TEST(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
               "Error: INI: file {@/cgi-bin/kestrel.ini} could not be opened for ini settings\n");
 }
 
-TEST(UpgradeQuestions, ASetProductIsOfferedItsOldWorkAreaForTheTemplates) {
-    const upgrade_world host("tanager");
-    const wizard_run run = run_wizard(host, {}, {{"template files (", "q"}});
-    EXPECT_THAT(run.transcript,
-                EndsWith(templates_question("@/spool/tanager") + quit_at_a_question));
-}
-
-// --- Directories ---
-
-TEST(UpgradeQuestions, AnImagesDirectoryThatIsTheTemplatesIsRefusedUntilItDiffers) {
-    const upgrade_world host("kestrel");
-    // The paths' texts are compared.
-    const wizard_run run = run_wizard(host, {},
-                                      in_order({{"Where are the .gif", "@/spool/kestrel"},
-                                                {"Where are the .gif", "@/spool/kestrel"},
-                                                {"Where are the .gif", "@/spool/./kestrel"},
-                                                {"Relative URL", "q"}}));
-    expect_kept("screen", run.transcript);
-}
-
-// --- Passes ---
-
-TEST(UpgradeQuestions, ASecondPassLooksNothingUpAndOffersTheStoredUrl) {
-    const upgrade_world host("kestrel");
-    std::filesystem::create_directory("cgi-new");
-    // There is no program in cgi-new, but it is not looked for.
-    const wizard_run run = run_wizard(host, {},
-                                      in_order({{"replace the old templates", "yes"},
-                                                {"Where are the cgi", "@/cgi-new"},
-                                                {"Relative URL", "/pictures"},
-                                                {"merlin cgi", "yes"},
-                                                {"change any", "yes"},
-                                                {"change any", "q"}}));
-    expect_kept("screen", run.transcript);
-}
-
-TEST(UpgradeQuestions, AFlatProductIsAskedForNoSets) {
+TEST_F(UpgradeQuestions, AFlatProductIsAskedForNoSets) {
     const upgrade_world host("plover");
     run_wizard(host, {}, no_to_both + replacing + console_script{{"Relative URL", "/pictures"}});
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
@@ -186,7 +140,7 @@ console_script two_passes(const std::string &replace) {
                      {"temporary files", "no"}});
 }
 
-TEST(UpgradeQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNone) {
+TEST_F(UpgradeQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNone) {
     const upgrade_world host("tanager");
     const wizard_run run = run_wizard(host, {}, two_passes(""));
     EXPECT_THAT(run.transcript, HasSubstr("templates WILL NOT be overwritten\n"));
@@ -195,7 +149,7 @@ TEST(UpgradeQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNone)
     EXPECT_THAT(saved, HasSubstr("\nvlimg /vlimg/marble\n"));
 }
 
-TEST(UpgradeQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
+TEST_F(UpgradeQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
     const upgrade_world host("tanager");
     run_wizard(host, {}, two_passes("yes"));
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
@@ -205,22 +159,9 @@ TEST(UpgradeQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
     EXPECT_THAT(saved, HasSubstr(" @/spool/tanager/marble /pictures/marble marble Set\n"));
 }
 
-// --- Switches ---
-
-TEST(UpgradeQuestions, TheInstallThatFindsAnOldProgramSwitchesHere) {
+TEST_F(UpgradeQuestions, AfterASwitchThereAndBackTheInstallationIsLookedUpAgain) {
     const upgrade_world host("kestrel");
-    const wizard_run run = run_wizard(
-        host, {},
-        {{"What do you want to do", "1"}, {"upgrade questions", "yes"}, {"template files (", "q"}});
-    expect_kept("screen", run.transcript);
-}
-
-TEST(UpgradeQuestions, AfterASwitchThereAndBackTheInstallationIsLookedUpAgain) {
-    const upgrade_world host("kestrel");
-    std::filesystem::create_directory("cgi-old");
-    for (const char *name : {"kestrel.cgi", "kestrel.ini"}) {
-        std::filesystem::rename(std::string("cgi-bin/") + name, std::string("cgi-old/") + name);
-    }
+    shell("mkdir cgi-old; mv cgi-bin/kestrel.* cgi-old");
     const wizard_run run = run_wizard(host, {},
                                       in_order({{"What do you want to do", "2"},
                                                 {"install questions", "yes"},

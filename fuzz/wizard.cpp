@@ -10,6 +10,7 @@
 #include "products/product.h"
 #include "support.h"
 #include "support/distribution.h"
+#include "support/private_mounts.h"
 
 #include <algorithm>
 #include <array>
@@ -21,13 +22,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sched.h>
 #include <span>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -119,41 +118,6 @@ void make_world(unsigned choice) {
     fs::current_path(fs::path(world) / "dist");
 }
 
-// --- The namespace ---
-
-std::vector<std::string> mount_points() {
-    std::vector<std::string> points;
-    std::ifstream mounts("/proc/self/mounts");
-    std::string device;
-    std::string point;
-    std::string rest;
-    while (mounts >> device >> point && std::getline(mounts, rest)) {
-        points.push_back(filled(point, "\\040", " "));
-    }
-    return points;
-}
-
-// Leaves the world's folder as the one place that can be written to. False where that cannot be
-// had.
-bool shut_in() {
-    if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-        return false;
-    }
-    for (const std::string &point : mount_points()) {
-        ::mount("", point.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr);
-    }
-    for (const std::string &point : mount_points()) {
-        struct statvfs status {};
-        if (::statvfs(point.c_str(), &status) == 0 && (status.f_flag & ST_RDONLY) == 0) {
-            return false;
-        }
-    }
-    struct statvfs root {};
-    return ::statvfs("/", &root) == 0 && (root.f_flag & ST_RDONLY) != 0 &&
-           ::mount("gxsetup-fuzz", world, "tmpfs", 0, "size=16m") == 0;
-}
-
 // --- A run ---
 
 bool is_probe_file(const fs::directory_entry &entry) {
@@ -196,7 +160,7 @@ void limit_run() {
 }
 
 [[noreturn]] void run_program(unsigned choice, const std::string &typed) {
-    if (!shut_in()) {
+    if (!shut_in() || ::mount("gxsetup-fuzz", world, "tmpfs", 0, "size=16m") != 0) {
         ::_exit(skipped);
     }
     make_world(choice);

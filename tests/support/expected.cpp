@@ -29,10 +29,6 @@ std::string difference(const std::string &kept, std::string_view seen) {
 
 } // namespace
 
-const char *kept_texts() {
-    return EXPECTED_TEXTS;
-}
-
 void keep_what_is_seen() {
     is_keeping = true;
 }
@@ -47,13 +43,17 @@ void expect_kept(const std::string &name, std::string_view seen) {
     }
 }
 
-void expect_kept_run(const world &host, const wizard_run &run,
-                     const std::vector<std::string> &directories) {
-    EXPECT_EQ(run.errors, "");
-    expect_kept("screen", run.transcript);
+void expect_kept_tree(const world &host, const std::vector<std::string> &directories) {
     std::string tree;
     for (const std::string &directory : directories) {
         tree += tree_of(host, directory);
     }
     expect_kept("tree", tree);
+}
+
+void expect_kept_run(const world &host, const wizard_run &run,
+                     const std::vector<std::string> &directories) {
+    EXPECT_EQ(run.errors, "");
+    expect_kept("screen", run.transcript);
+    expect_kept_tree(host, directories);
 }

@@ -26,8 +26,7 @@ void expect_refusals(const world &host, const std::vector<refusal> &refusals) {
     const std::string before = state_of(host);
     for (const refusal &one : refusals) {
         SCOPED_TRACE(testing::PrintToString(one.arguments));
-        const wizard_run run = run_unattended(host, one.arguments);
-        EXPECT_EQ(run.status, not_begun);
+        const wizard_run run = run_unattended(host, one.arguments, {.status = not_begun});
         EXPECT_EQ(run.transcript, "");
         EXPECT_THAT(run.errors, StartsWith("gxsetup-unattended: " + one.message));
         EXPECT_EQ(state_of(host), before);
@@ -133,7 +132,7 @@ TEST(Refusals, OfAVersionThatNothingTells) {
     expect_refusals(host, {{{"install"},
                             "version is missing, and nothing is offered for it: What version of "
                             "kestrel is it\n"}});
-    EXPECT_EQ(run_unattended(host, {"-n", "install", "version=3.9"}).status, 0);
+    run_unattended(host, {"-n", "install", "version=3.9"});
 }
 
 TEST(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
@@ -142,7 +141,6 @@ TEST(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
     write_file("second", "# comment\n\npophost second.example\nsmtphost second.example\n");
     const wizard_run run =
         run_unattended(host, {"-n", "install", "smtphost=third.example", "@/first", "@/second"});
-    EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_THAT(run.transcript, HasSubstr("pop host:            second.example\n"
                                           "smtp host:           third.example\n"
                                           "domain name:         first.example\n"));
@@ -162,8 +160,7 @@ TEST(AnswerFiles, OfTheExamplesFitTheirProducts) {
         if (host.product() == "tanager" || host.product() == "osprey") {
             arguments.insert(arguments.end(), {"manual=@/spool/m", "bulletin_path=@/spool/b"});
         }
-        const wizard_run run = run_unattended(host, arguments);
-        EXPECT_EQ(run.status, 0) << run.errors;
+        run_unattended(host, arguments);
     }
 }
 
@@ -175,7 +172,7 @@ TEST(AnswerFiles, ThatOthersMayWriteAreRefused) {
         expect_refusals(host, {{{"install", "@/answers"}, "@/answers: others may write it\n"}});
     }
     ::chmod("answers", 0600);
-    EXPECT_EQ(run_unattended(host, {"-n", "install", "@/answers"}).status, 0);
+    run_unattended(host, {"-n", "install", "@/answers"});
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give a file away";
     }
@@ -221,7 +218,6 @@ TEST(AnswerFiles, OfAHundredThousandLinesAreTaken) {
     }
     write_file("answers", hosts);
     const wizard_run run = run_unattended(host, {"-q", "install", "@/answers"});
-    EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_THAT(read_file("cgi-bin/tanager.ini"),
                 HasSubstr("\nallow_host_login host99999.example\n"));
 }

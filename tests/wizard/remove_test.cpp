@@ -1,6 +1,7 @@
 // Removing an installation of each product, part by part, and all that must survive.
 
 #include "support/expected.h"
+#include "support/rows.h"
 #include "support/tree.h"
 #include "wizard/releases.h"
 #include "wizard/screens.h"
@@ -13,10 +14,9 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
-const console_script removal = {{"What do you want to do", "3"},
-                                {"old graphics and wav", "@/html/vlimg"}};
+const console_script removal_answers = {{"What do you want to do", "3"},
+                                        {"old graphics and wav", "@/html/vlimg"}};
 const console_script keep_program = {{"Remove kestrel CGI", "no"}};
 const console_script keep_wml = {{"Remove merlin CGI", "no"}};
 const console_script keep_programs = keep_program + keep_wml;
@@ -24,22 +24,176 @@ const console_script take_images = {{"Remove all graphics", "yes"}};
 const console_script take_users = {{"Remove all user information", "yes"}};
 const console_script keep_templates = {{"Remove template files", "no"}};
 
-const console_script yes_to_all = removal + take_images + take_users;
-const console_script no_to_all = removal + keep_programs + keep_templates;
+const console_script yes_to_all = removal_answers + take_images + take_users;
+const console_script no_to_all = removal_answers + keep_programs + keep_templates;
 
 std::string site_tree(const world &host) {
     return tree_of(host, "cgi-bin") + tree_of(host, "html") + tree_of(host, "spool");
 }
 
-// --- All of it ---
+// A removal of 3.1. What it leaves of the directories is a kept text; its screen holds the words,
+// or is a kept one where there are none.
+struct removal {
+    const char *name;
+    const char *product;
+    const char *wml;         // whether it was installed
+    const char *preparation; // commands of the shell
+    console_script answers;
+    std::vector<std::string> words;
+    std::vector<std::string> directories;
+};
 
-TEST(RemoveKestrel, YesToAllHoldsThisDialogue) {
-    const upgrade_world host("kestrel", "yes");
-    add_file("spool/kestrel/u_ann/mail", "mail\n");
-    expect_kept_run(host, run_wizard(host, {}, yes_to_all), {"cgi-bin", "html", "spool"});
-}
+class removal_test : public testing::Test {
+  protected:
+    static void check(const removal &row) {
+        const upgrade_world host(row.product, row.wml);
+        shell(host.meant(row.preparation));
+        const wizard_run run = run_wizard(host, {}, row.answers);
+        EXPECT_EQ(run.errors, "");
+        for (const std::string &words : row.words) {
+            EXPECT_THAT(run.transcript, HasSubstr(words));
+        }
+        if (row.words.empty()) {
+            expect_kept("screen", run.transcript);
+        }
+        if (!row.directories.empty()) {
+            expect_kept_tree(host, row.directories);
+        }
+    }
+};
 
-TEST(RemoveKestrel, LeavesScriptsTheDistributionAndItsAnswersAndSavesNothing) {
+using Remove = removal_test;
+using RemoveKestrel = removal_test;
+
+const std::string add_user = "mkdir spool/kestrel/u_ann; echo mail >spool/kestrel/u_ann/mail\n";
+const std::string successful = end_of("remove successful");
+
+const std::vector<removal> removals = {
+    {"RemoveKestrel.YesToAllHoldsThisDialogue",
+     "kestrel",
+     "yes",
+     add_user.c_str(),
+     yes_to_all,
+     {},
+     {"cgi-bin", "html", "spool"}},
+    {"RemoveKestrel.NoToAllStillReportsTheImagesDirectoryAndRemovesNothing",
+     "kestrel",
+     "yes",
+     "",
+     no_to_all,
+     {},
+     {"cgi-bin", "html", "spool"}},
+    {"RemoveKestrel.NoToTheImagesStillRemovesAnEmptyDirectory",
+     "kestrel",
+     "no",
+     "rm html/vlimg/*",
+     no_to_all,
+     {successful},
+     {"html"}},
+    {"RemoveTanager.TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets",
+     "tanager",
+     "yes",
+     "",
+     yes_to_all,
+     {},
+     {"cgi-bin", "html", "spool"}},
+    // The files go by the name that was typed.
+    {"Remove.AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere",
+     "kestrel",
+     "no",
+     "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi",
+     in_order({{"What do you want to do", "3"},
+               {"please enter Q to quit\n?", "wrong"},
+               {"please enter Q to quit\n?", ""},
+               {"?", ""},
+               {"?", "mail"},
+               {"Remove merlin CGI", "no"},
+               {"old graphics", "q"}}),
+     {},
+     {"cgi-bin"}},
+    {"Remove.TheNameOfTheProgramLosesItsExtension",
+     "kestrel",
+     "no",
+     "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi",
+     keep_wml + console_script{{"What do you want to do", "3"},
+                               {"enter Q to quit", "mail.cgi"},
+                               {"old graphics", "q"}},
+     {},
+     {"cgi-bin"}},
+    {"Remove.ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories",
+     "kestrel",
+     "no",
+     "cd cgi-bin; mkdir old mixed u_ann; touch kestrel.new kestrel.bak KESTREL.old kestrels.cgi "
+     "\\\n"
+     "other.cgi old/kestrel.cgi mixed/kestrel.ini mixed/keep u_ann/kestrel.cgi",
+     removal_answers + keep_wml + keep_templates,
+     {"Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n",
+      end_of("remove unsuccessful")},
+     {"cgi-bin"}},
+    {"Remove.TheWmlProgramIsAskedForWhateverWasInstalled",
+     "kestrel",
+     "no",
+     "",
+     no_to_all,
+     {"\nRemove merlin CGI files from @/cgi-bin [YES]? "},
+     {}},
+    // What is left does not fail the removal.
+    {"Remove.ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported",
+     "kestrel",
+     "no",
+     "cd html/vlimg; mkdir deep u_ann; touch LOUD.GIF keep.png deep/a.jpg deep/b.wav u_ann/c.gif",
+     no_to_all + take_images,
+     {".......Error: Cannot remove @/html/vlimg: Directory not empty\n", successful},
+     {"html"}},
+    {"Remove.UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo",
+     "kestrel",
+     "no",
+     add_user.c_str(),
+     removal_answers + keep_programs,
+     {"Error: Cannot remove @/spool/kestrel: Directory not empty\n", successful},
+     {"spool"}},
+    {"Remove.AWorkAreaInsideTheTemplatesOutlivesThem",
+     "kestrel",
+     "no",
+     "mkdir -p spool/kestrel/users/u_ann; echo mail >spool/kestrel/users/u_ann/mail; echo list "
+     ">spool/kestrel/users/list.txt",
+     removal_answers + keep_programs + console_script{{"your work area", "@/spool/kestrel/users"}},
+     {"Error: Cannot remove @/spool/kestrel: Directory not empty\n"},
+     {"spool"}},
+    {"Remove.UsersGoFromAWorkAreaElsewhereAndNothingElseThere",
+     "kestrel",
+     "no",
+     "mkdir -p spool/work/u_ann/deep; touch spool/work/u_ann/mail spool/work/u_ann/deep/mail\n"
+     "echo a file >spool/work/u_x; echo notes >spool/work/notes",
+     no_to_all + take_users + console_script{{"your work area", "@/spool/work"}},
+     {},
+     {"spool/work"}},
+    {"Remove.WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched",
+     "kestrel",
+     "no",
+     "mkdir spool/other; touch spool/other/a.tpl html/other.gif cgi-bin/other.cgi",
+     yes_to_all,
+     {successful},
+     {"cgi-bin", "html", "spool"}},
+    {"Remove.QuittingWhereTheProgramIsNotFoundLeavesEverything",
+     "kestrel",
+     "no",
+     "rm cgi-bin/kestrel.cgi",
+     {{"What do you want to do", "3"}, {"enter Q to quit", "q"}},
+     {"please enter Q to quit\n? " + quit_at_a_question},
+     {"cgi-bin"}},
+    {"Remove.TheAnswersSavedWithTheInstallationAreLoaded",
+     "kestrel",
+     "no",
+     "echo workarea @/spool/saved >>spool/kestrel/gxsetup.dat",
+     removal_answers + keep_programs + console_script{{"your work area", "q"}},
+     {"[@/spool/saved]? " + quit_at_a_question},
+     {}},
+};
+
+const int registered = register_rows<removal_test>(removals);
+
+TEST_F(RemoveKestrel, LeavesScriptsTheDistributionAndItsAnswersAndSavesNothing) {
     const upgrade_world host("kestrel", "yes");
     const std::string distribution = tree_of(host, "dist/tpl") + tree_of(host, "dist/wap");
     const std::string answers_before = read_file("dist/gxsetup.dat");
@@ -49,30 +203,13 @@ TEST(RemoveKestrel, LeavesScriptsTheDistributionAndItsAnswersAndSavesNothing) {
     expect_kept("log", shown_log(host, "dist/gxsetup.log"));
 }
 
-TEST(RemoveKestrel, DebugLogNamesEachStep) {
+TEST_F(RemoveKestrel, DebugLogNamesEachStep) {
     const upgrade_world host("kestrel");
     add_file("spool/kestrel/u_x", "");
     run_wizard(host, {"-debug"}, no_to_all + take_users);
     const std::string log =
         shown_log_without(host, "dist/gxsetup.log", {"INI: ", "Wild finding", "No files found"});
     expect_kept("log", log.substr(log.find("Debug: Case 4")));
-}
-
-TEST(RemoveKestrel, NoToAllStillReportsTheImagesDirectoryAndRemovesNothing) {
-    const upgrade_world host("kestrel", "yes");
-    const std::string before = site_tree(host);
-    expect_kept("screen", run_wizard(host, {}, no_to_all).transcript);
-    EXPECT_EQ(site_tree(host), before);
-}
-
-TEST(RemoveKestrel, NoToTheImagesStillRemovesAnEmptyDirectory) {
-    const upgrade_world host("kestrel");
-    for (const std::string &name : listed_names("html/vlimg")) {
-        std::filesystem::remove("html/vlimg/" + name);
-    }
-    const wizard_run run = run_wizard(host, {}, no_to_all);
-    EXPECT_THAT(run.transcript, Not(HasSubstr("Error")));
-    EXPECT_FALSE(is_there("html/vlimg"));
 }
 
 TEST(RemovePlover, AfterAnUpgradeTakesBothReleasesWithListAndOriginals) {
@@ -84,12 +221,6 @@ TEST(RemovePlover, AfterAnUpgradeTakesBothReleasesWithListAndOriginals) {
     const wizard_run run = run_wizard(host, {}, yes_to_all);
     EXPECT_THAT(run.transcript, EndsWith(end_of("remove successful")));
     EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "spool"), "");
-}
-
-TEST(RemoveTanager, TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets) {
-    const upgrade_world host("tanager", "yes");
-    expect_kept("screen", run_wizard(host, {}, yes_to_all).transcript);
-    EXPECT_EQ(site_tree(host), "");
 }
 
 TEST(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
@@ -104,130 +235,7 @@ TEST(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
     EXPECT_EQ(site_tree(host), "");
 }
 
-// --- The programs ---
-
-TEST(Remove, AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere) {
-    const upgrade_world host("kestrel");
-    std::filesystem::rename("cgi-bin/kestrel.cgi", "cgi-bin/mail.cgi");
-    const wizard_run run = run_wizard(host, {},
-                                      in_order({{"What do you want to do", "3"},
-                                                {"please enter Q to quit\n?", "wrong"},
-                                                {"please enter Q to quit\n?", ""},
-                                                {"?", ""},
-                                                {"?", "mail"},
-                                                {"Remove merlin CGI", "no"},
-                                                {"old graphics", "q"}}));
-    expect_kept("screen", run.transcript);
-    // The files go by the name that was typed.
-    EXPECT_EQ(tree_of(host, "cgi-bin"), "0644 cgi-bin/kestrel.ini\n");
-}
-
-TEST(Remove, QuittingWhereTheProgramIsNotFoundLeavesEverything) {
-    const upgrade_world host("kestrel");
-    std::filesystem::remove("cgi-bin/kestrel.cgi");
-    const wizard_run run =
-        run_wizard(host, {}, {{"What do you want to do", "3"}, {"enter Q to quit", "q"}});
-    EXPECT_THAT(run.transcript, EndsWith("please enter Q to quit\n? " + quit_at_a_question));
-    EXPECT_TRUE(is_there("cgi-bin/kestrel.ini"));
-}
-
-TEST(Remove, TheNameOfTheProgramLosesItsExtension) {
-    const upgrade_world host("kestrel");
-    std::filesystem::rename("cgi-bin/kestrel.cgi", "cgi-bin/mail.cgi");
-    const wizard_run run = run_wizard(host, {},
-                                      keep_wml + console_script{{"What do you want to do", "3"},
-                                                                {"enter Q to quit", "mail.cgi"},
-                                                                {"old graphics", "q"}});
-    EXPECT_FALSE(is_there("cgi-bin/mail.cgi")) << run.transcript;
-}
-
-TEST(Remove, ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories) {
-    const upgrade_world host("kestrel");
-    for (const char *name :
-         {"kestrel.new", "kestrel.bak", "KESTREL.old", "kestrels.cgi", "other.cgi",
-          "old/kestrel.cgi", "mixed/kestrel.ini", "mixed/keep", "u_ann/kestrel.cgi"}) {
-        add_file(std::string("cgi-bin/") + name, "");
-    }
-    const wizard_run run = run_wizard(host, {}, removal + keep_wml + keep_templates);
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n"));
-    EXPECT_THAT(run.transcript, EndsWith(end_of("remove unsuccessful")));
-    EXPECT_EQ(tree_of(host, "cgi-bin"), "0644 cgi-bin/kestrels.cgi \"\"\n"
-                                        "0755 cgi-bin/mixed/\n"
-                                        "0644 cgi-bin/mixed/keep \"\"\n"
-                                        "0644 cgi-bin/other.cgi \"\"\n"
-                                        "0755 cgi-bin/u_ann/\n"
-                                        "0644 cgi-bin/u_ann/kestrel.cgi \"\"\n");
-}
-
-TEST(Remove, TheWmlProgramIsAskedForWhateverWasInstalled) {
-    const upgrade_world host("kestrel");
-    const wizard_run run = run_wizard(host, {}, no_to_all);
-    EXPECT_THAT(run.transcript, HasSubstr("\nRemove merlin CGI files from @/cgi-bin [YES]? "));
-}
-
-// --- The images ---
-
-TEST(Remove, ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported) {
-    const upgrade_world host("kestrel");
-    for (const char *name : {"LOUD.GIF", "keep.png", "deep/a.jpg", "deep/b.wav", "u_ann/c.gif"}) {
-        add_file(std::string("html/vlimg/") + name, "");
-    }
-    const wizard_run run = run_wizard(host, {}, no_to_all + take_images);
-    // What is left does not fail the removal.
-    EXPECT_THAT(run.transcript, EndsWith(end_of("remove successful")));
-    EXPECT_THAT(run.transcript,
-                HasSubstr(".......Error: Cannot remove @/html/vlimg: Directory not empty\n"));
-    EXPECT_EQ(tree_of(host, "html"), "0755 html/vlimg/\n"
-                                     "0644 html/vlimg/keep.png \"\"\n"
-                                     "0660 html/vlimg/menu.js \"31 menu.js\"\n"
-                                     "0660 html/vlimg/menu.vbs \"31 menu.vbs\"\n"
-                                     "0755 html/vlimg/u_ann/\n"
-                                     "0644 html/vlimg/u_ann/c.gif \"\"\n");
-}
-
-// --- Users and templates ---
-
-TEST(Remove, UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo) {
-    const upgrade_world host("kestrel");
-    add_file("spool/kestrel/u_ann/mail", "mail\n");
-    const wizard_run run = run_wizard(host, {}, removal + keep_programs);
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: Cannot remove @/spool/kestrel: Directory not empty\n"));
-    EXPECT_THAT(run.transcript, EndsWith(end_of("remove successful")));
-    EXPECT_EQ(tree_of(host, "spool"), "0770 spool/kestrel/\n"
-                                      "0755 spool/kestrel/u_ann/\n"
-                                      "0644 spool/kestrel/u_ann/mail \"mail\"\n");
-}
-
-TEST(Remove, AWorkAreaInsideTheTemplatesOutlivesThem) {
-    const upgrade_world host("kestrel");
-    add_file("spool/kestrel/users/u_ann/mail", "mail\n");
-    add_file("spool/kestrel/users/list.txt", "list\n");
-    run_wizard(host, {},
-               removal + keep_programs +
-                   console_script{{"your work area", "@/spool/kestrel/users"}});
-    EXPECT_EQ(tree_of(host, "spool"), "0770 spool/kestrel/\n"
-                                      "0755 spool/kestrel/users/\n"
-                                      "0644 spool/kestrel/users/list.txt \"list\"\n"
-                                      "0755 spool/kestrel/users/u_ann/\n"
-                                      "0644 spool/kestrel/users/u_ann/mail \"mail\"\n");
-}
-
-TEST(Remove, UsersGoFromAWorkAreaElsewhereAndNothingElseThere) {
-    const upgrade_world host("kestrel");
-    add_file("spool/work/u_ann/mail", "mail\n");
-    add_file("spool/work/u_ann/deep/mail", "mail\n");
-    add_file("spool/work/u_x", "a file\n");
-    add_file("spool/work/notes", "notes\n");
-    const wizard_run run = run_wizard(
-        host, {}, no_to_all + take_users + console_script{{"your work area", "@/spool/work"}});
-    expect_kept("screen", run.transcript);
-    EXPECT_EQ(tree_of(host, "spool/work"), "0644 spool/work/notes \"notes\"\n"
-                                           "0644 spool/work/u_x \"a file\"\n");
-}
-
-TEST(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
+TEST_F(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
     const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(
         host, {}, no_to_all + take_users + console_script{{"your work area", "@/spool/nowhere"}});
@@ -238,9 +246,7 @@ TEST(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
     EXPECT_FALSE(is_there("spool/nowhere"));
 }
 
-// --- From inside the templates directory ---
-
-TEST(Remove, RunFromInsideTheTemplatesItKeepsTheSetupItsLogsAndTheUsers) {
+TEST_F(Remove, RunFromInsideTheTemplatesItKeepsTheSetupItsLogsAndTheUsers) {
     const upgrade_world host("kestrel");
     add_file("spool/kestrel/u_ann/mail", "mail\n");
     const wizard_run run =
@@ -254,26 +260,6 @@ TEST(Remove, RunFromInsideTheTemplatesItKeepsTheSetupItsLogsAndTheUsers) {
                                       "0755 spool/kestrel/u_ann/\n"
                                       "0644 spool/kestrel/u_ann/mail \"mail\"\n");
     EXPECT_EQ(tree_of(host, "cgi-bin"), "");
-}
-
-TEST(Remove, WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched) {
-    const upgrade_world host("kestrel");
-    add_file("spool/other/a.tpl", "other\n");
-    add_file("html/other.gif", "other\n");
-    add_file("cgi-bin/other.cgi", "other\n");
-    run_wizard(host, {}, yes_to_all);
-    EXPECT_EQ(tree_of(host, "spool"), "0755 spool/other/\n"
-                                      "0644 spool/other/a.tpl \"other\"\n");
-    EXPECT_TRUE(is_there("html/other.gif"));
-    EXPECT_EQ(tree_of(host, "cgi-bin"), "0644 cgi-bin/other.cgi \"other\"\n");
-}
-
-TEST(Remove, TheAnswersSavedWithTheInstallationAreLoaded) {
-    const upgrade_world host("kestrel");
-    edit_by_hand("spool/kestrel/gxsetup.dat", host.meant("workarea @/spool/saved"));
-    const wizard_run run =
-        run_wizard(host, {}, removal + keep_programs + console_script{{"your work area", "q"}});
-    EXPECT_THAT(run.transcript, EndsWith("[@/spool/saved]? " + quit_at_a_question));
 }
 
 } // namespace

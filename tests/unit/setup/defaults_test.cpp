@@ -1,20 +1,19 @@
 #include "setup/defaults.h"
 
-#include "core/log.h"
 #include "setup/answer_store.h"
 #include "support/asked_console.h"
+#include "support/expected.h"
 #include "support/scratch_test.h"
 
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
-constexpr const char *banner =
-    "To create a file of defaults for use in gxsetup, answer the following questions\n"
-    "Notes: Suggestions are shown in square brackets [thus]\n"
-    "       Just press Enter to accept suggestion.\n"
-    "-------------------------------------------------------------------------------\n";
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
 constexpr const char *comment = "# file written by gxsetup, version 3.0h\n"
                                 "# library: INI v1.3c\n\n"
                                 "# Lines starting with # are comments\n\n";
@@ -34,16 +33,9 @@ console_script plover_file(const std::string &file) {
 
 class DefaultsTest : public scratch_test {
   protected:
-    DefaultsTest() {
-        inilog(".", "gxsetup");
-        ini_init(&gxvalues, nullptr, nullptr);
-    }
+    DefaultsTest() { ini_init(&gxvalues, nullptr, nullptr); }
 
-    ~DefaultsTest() override {
-        ini_clear(&gxvalues);
-        set_loglvl(LOG_ERROR);
-        close_log();
-    }
+    ~DefaultsTest() override { ini_clear(&gxvalues); }
 
     int make(const console_script &answers) {
         int result = -1;
@@ -51,49 +43,25 @@ class DefaultsTest : public scratch_test {
         return result;
     }
 
+    // What stands behind the comment of the file.
     static std::string settings_of(const std::string &file) {
         const std::string text = read_file(file);
-        const std::string expected(comment);
-        EXPECT_EQ(text.substr(0, expected.size()), expected);
-        return text.substr(std::min(expected.size(), text.size()));
+        EXPECT_THAT(text, StartsWith(comment));
+        return text.substr(std::min(std::string_view(comment).size(), text.size()));
     }
 
-    std::string log() {
-        close_log();
-        std::string text = read_file("gxsetup.log");
-        std::string lines;
-        while (text.size() > 12) {
-            const std::size_t end = text.find('\n') + 1;
-            lines += text.substr(12, end - 12);
-            text.erase(0, end);
-        }
-        return lines;
-    }
+    [[nodiscard]] std::string log() const { return log_.text(); }
 
     std::string console;
+
+  private:
+    test_log log_{"."};
 };
 
 TEST_F(DefaultsTest, EverySuggestionAcceptedOnUnixForPlover) {
     EXPECT_EQ(make({{"Version", "3.2a"}, {"Operating System", "UNIX"}}), 1);
-    EXPECT_EQ(console, std::string(banner) +
-                           "\nVersion? "
-                           "\nProduct Name [plover]? "
-                           "\nOperating System ? "
-                           "\nDo you want to change the default suggested directories [NO]? "
-                           "\nDo you want to change the default suggested .ini settings [NO]? "
-                           "\nDo you want to install/upgrade the <NULL> cgi [NO]? "
-                           "\nEnter file to store defaults in [gxdflt_UNIX.dat]? "
-                           "gxdflt_UNIX.dat saved\n\n");
-    EXPECT_EQ(settings_of("gxdflt_UNIX.dat"), "pophost pop.example.com\n"
-                                              "smtphost smtp.example.com\n"
-                                              "domain example.com\n"
-                                              "version 3.2a\n"
-                                              "prod_name plover\n"
-                                              "op_system UNIX\n"
-                                              "cgi_path /home/httpd/cgi-bin\n"
-                                              "vlimg_dir /home/httpd/html/vlimg\n"
-                                              "templates /var/spool/plov\n"
-                                              "wml FALSE\n");
+    expect_kept("console", console);
+    expect_kept("gxdflt_UNIX.dat", read_file("gxdflt_UNIX.dat"));
 }
 
 TEST_F(DefaultsTest, EveryQuestionAsked) {
@@ -111,76 +79,49 @@ TEST_F(DefaultsTest, EveryQuestionAsked) {
                     {"install/upgrade", "yes"},
                     {"Enter file", "mine.dat"}}),
               1);
-    EXPECT_EQ(console, std::string(banner) +
-                           "\nVersion? "
-                           "\nProduct Name [plover]? "
-                           "\nOperating System ? "
-                           "\nDo you want to change the default suggested directories [NO]? "
-                           "\nSuggested templates directory [/var/spool/kestrel]? "
-                           "\nSuggested image and wav file directory [/home/httpd/html/vlimg]? "
-                           "\nSuggested cgi path [/home/httpd/cgi-bin]? "
-                           "\nDo you want to change the default suggested .ini settings [NO]? "
-                           "\nSuggested domain name [example.com]? "
-                           "\nSuggested pop host [mail.varnel.example]? "
-                           "\nSuggested smtp host [mail.varnel.example]? "
-                           "\nDo you want to install/upgrade the <NULL> cgi [NO]? "
-                           "\nEnter file to store defaults in [gxdflt_Linux.dat]? "
-                           "mine.dat saved\n\n");
-    EXPECT_EQ(settings_of("mine.dat"), "pophost mx.varnel.example\n"
-                                       "smtphost out.varnel.example\n"
-                                       "domain varnel.example\n"
-                                       "version 1.0\n"
-                                       "prod_name kestrel\n"
-                                       "op_system Linux\n"
-                                       "cgi_path /c\n"
-                                       "vlimg_dir /i\n"
-                                       "templates /t\n"
-                                       "wml TRUE\n");
+    expect_kept("console", console);
+    expect_kept("mine.dat", read_file("mine.dat"));
 }
 
-struct product_templates {
-    const char *product;
-    const char *unix_templates;
-    const char *windows_templates;
-};
-
 TEST_F(DefaultsTest, DirectoriesByProductAndSystem) {
-    const product_templates rows[] = {
-        {"kestrel", "/var/spool/kestrel", R"(\kestrel)"},
-        {"KESTREL", "/var/spool/kestrel", R"(\kestrel)"},
-        {"Plover", "/var/spool/plov", R"(\plov)"},
-        {"Tanager", "/var/spool/tanager", R"(\tanager)"},
-        {"osprey", "/var/spool/osprey", R"(\osprey)"},
-        {"another", "/var/spool/osprey", R"(\osprey)"},
+    const auto directories_of = [&](const char *product, const char *system) {
+        EXPECT_EQ(make(file_of(product, system, "mine.dat")), 1);
+        const std::string settings = settings_of("mine.dat");
+        const std::size_t from = settings.find("cgi_path ");
+        return settings.substr(from, settings.find("wml ") - from);
     };
-    for (const product_templates &row : rows) {
-        SCOPED_TRACE(row.product);
-        ASSERT_EQ(make(file_of(row.product, "Solaris", "u.dat")), 1);
-        std::string text = read_file("u.dat");
-        EXPECT_NE(text.find("\ncgi_path /home/httpd/cgi-bin\nvlimg_dir /home/httpd/html/vlimg\n"
-                            "templates " +
-                            std::string(row.unix_templates) + "\n"),
-                  std::string::npos);
+    for (const auto &[product, directory] :
+         std::initializer_list<std::pair<const char *, std::string>>{{"kestrel", "kestrel"},
+                                                                     {"KESTREL", "kestrel"},
+                                                                     {"Plover", "plov"},
+                                                                     {"Tanager", "tanager"},
+                                                                     {"osprey", "osprey"},
+                                                                     {"another", "osprey"}}) {
+        EXPECT_EQ(directories_of(product, "Solaris"),
+                  "cgi_path /home/httpd/cgi-bin\nvlimg_dir /home/httpd/html/vlimg\n"
+                  "templates /var/spool/" +
+                      directory + "\n");
         for (const char *system : {"nt", "NT", "Nt"}) {
-            ASSERT_EQ(make(file_of(row.product, system, "w.dat")), 1);
-            text = read_file("w.dat");
-            EXPECT_NE(text.find("\ncgi_path \\inetpub\\scripts\nvlimg_dir "
-                                "\\inetpub\\wwwroot\\vlimg\ntemplates " +
-                                std::string(row.windows_templates) + "\n"),
-                      std::string::npos);
+            EXPECT_EQ(directories_of(product, system),
+                      "cgi_path \\inetpub\\scripts\nvlimg_dir \\inetpub\\wwwroot\\vlimg\n"
+                      "templates \\" +
+                          directory + "\n");
         }
     }
 }
 
 TEST_F(DefaultsTest, OnlyWindowsMakesTanagersFileOneForImap) {
     ASSERT_EQ(make(file_of("tanager", "NT", "w.dat")), 1);
-    EXPECT_EQ(settings_of("w.dat").substr(0, 74),
-              "imaphost imap.example.com\nsmtphost smtp.example.com\ndomain example.com\nver");
+    EXPECT_THAT(
+        settings_of("w.dat"),
+        StartsWith(
+            "imaphost imap.example.com\nsmtphost smtp.example.com\ndomain example.com\nver"));
     ASSERT_EQ(make(file_of("tanager", "UNIX", "u.dat")), 1);
-    EXPECT_EQ(settings_of("u.dat").substr(0, 72),
-              "pophost pop.example.com\nsmtphost smtp.example.com\ndomain example.com\nver");
+    EXPECT_THAT(
+        settings_of("u.dat"),
+        StartsWith("pophost pop.example.com\nsmtphost smtp.example.com\ndomain example.com\nver"));
     ASSERT_EQ(make(file_of("osprey", "NT", "o.dat")), 1);
-    EXPECT_EQ(settings_of("o.dat").substr(0, 7), "pophost");
+    EXPECT_THAT(settings_of("o.dat"), StartsWith("pophost"));
 }
 
 TEST_F(DefaultsTest, AnImapFileAsksForTheImapHost) {
@@ -189,13 +130,12 @@ TEST_F(DefaultsTest, AnImapFileAsksForTheImapHost) {
                                   {"Suggested domain", "varnel.example"},
                                   {"Suggested imap host", "IMAP.varnel.example"}}),
               1);
-    EXPECT_NE(console.find("\nSuggested imap host[mail.varnel.example]? "
-                           // The placeholder of the POP host begins with "pop".
-                           "\nSuggested smtp host [smtp.varnel.example]? "),
-              std::string::npos);
-    EXPECT_EQ(settings_of("w.dat").substr(0, 78), "imaphost IMAP.varnel.example\n"
-                                                  "smtphost smtp.varnel.example\n"
-                                                  "domain varnel.exampl");
+    EXPECT_THAT(console, HasSubstr("\nSuggested imap host[mail.varnel.example]? "
+                                   // The placeholder of the POP host begins with "pop".
+                                   "\nSuggested smtp host [smtp.varnel.example]? "));
+    EXPECT_THAT(settings_of("w.dat"), StartsWith("imaphost IMAP.varnel.example\n"
+                                                 "smtphost smtp.varnel.example\n"
+                                                 "domain varnel.exampl"));
 }
 
 TEST_F(DefaultsTest, APopHostOfThatNameSuggestsAnSmtpHost) {
@@ -203,11 +143,10 @@ TEST_F(DefaultsTest, APopHostOfThatNameSuggestsAnSmtpHost) {
                                                          {"Suggested domain", "varnel.example"},
                                                          {"Suggested pop host", "POP.example"}}),
               1);
-    EXPECT_NE(console.find("\nSuggested pop host [mail.varnel.example]? "
-                           "\nSuggested smtp host [smtp.varnel.example]? "),
-              std::string::npos);
-    EXPECT_EQ(settings_of("u.dat").substr(0, 49),
-              "pophost pop.example\nsmtphost smtp.varnel.example\n");
+    EXPECT_THAT(console, HasSubstr("\nSuggested pop host [mail.varnel.example]? "
+                                   "\nSuggested smtp host [smtp.varnel.example]? "));
+    EXPECT_THAT(settings_of("u.dat"),
+                StartsWith("pophost pop.example\nsmtphost smtp.varnel.example\n"));
 }
 
 TEST_F(DefaultsTest, AnyOtherPopHostIsLowerCasedToo) {
@@ -216,16 +155,16 @@ TEST_F(DefaultsTest, AnyOtherPopHostIsLowerCasedToo) {
                                                    {"Suggested domain", "varnel.example"},
                                                    {"Suggested pop host", "Mail.POP.Example"}}),
         1);
-    EXPECT_NE(console.find("\nSuggested smtp host [mail.varnel.example]? "), std::string::npos);
-    EXPECT_EQ(settings_of("u.dat").substr(0, 54),
-              "pophost mail.pop.example\nsmtphost mail.varnel.example\n");
+    EXPECT_THAT(console, HasSubstr("\nSuggested smtp host [mail.varnel.example]? "));
+    EXPECT_THAT(settings_of("u.dat"),
+                StartsWith("pophost mail.pop.example\nsmtphost mail.varnel.example\n"));
 }
 
 TEST_F(DefaultsTest, ANameWithoutEndingGetsOne) {
     EXPECT_EQ(make(plover_file("mydefaults")), 1);
     EXPECT_TRUE(is_there("mydefaults.dat"));
     EXPECT_FALSE(is_there("mydefaults"));
-    EXPECT_NE(console.find("mydefaults.dat saved\n\n"), std::string::npos);
+    EXPECT_THAT(console, HasSubstr("mydefaults.dat saved\n\n"));
     EXPECT_EQ(log(), "");
 }
 
@@ -239,28 +178,26 @@ TEST_F(DefaultsTest, AnyOtherEndingIsRefused) {
     for (const char *name : {"mydefaults.txt", "a.b.dat", "./mine.dat", "mine.", "mine.datx"}) {
         SCOPED_TRACE(name);
         EXPECT_EQ(make(plover_file(name)), 0);
-        const std::string message =
-            std::string(name) + " not valid: gxsetup will only read .dat files\n";
-        EXPECT_EQ(console.substr(console.size() - message.size()), message);
+        EXPECT_THAT(console, EndsWith(std::string(name) +
+                                      " not valid: gxsetup will only read .dat files\n"));
         EXPECT_FALSE(is_there(name));
         EXPECT_STREQ(ini_value(&gxvalues, "prod_name", 0), "plover");
         ini_clear(&gxvalues);
     }
-    EXPECT_EQ(log().substr(0, 67),
-              "Info:  mydefaults.txt not valid: gxsetup will only read .dat files\n");
+    EXPECT_THAT(log(),
+                StartsWith("Info:  mydefaults.txt not valid: gxsetup will only read .dat files\n"));
 }
 
 TEST_F(DefaultsTest, AFileThatCannotBeWrittenIsReported) {
     EXPECT_EQ(make(plover_file("missing/mine")), 0);
-    const std::string message = "Error: cannot write to missing/mine.dat\n\n";
-    EXPECT_EQ(console.substr(console.size() - message.size()), message);
+    EXPECT_THAT(console, EndsWith("Error: cannot write to missing/mine.dat\n\n"));
     EXPECT_STREQ(ini_value(&gxvalues, "prod_name", 0), "plover");
-    EXPECT_NE(log().find("Error: cannot write to missing/mine.dat\n"), std::string::npos);
+    EXPECT_THAT(log(), HasSubstr("Error: cannot write to missing/mine.dat\n"));
 }
 
 TEST_F(DefaultsTest, ANameThatTheEndingDoesNotFitIsNotWritten) {
     EXPECT_EQ(make(plover_file(std::string(509, 'a'))), 0);
-    EXPECT_NE(console.find("Error: cannot write to aaaa"), std::string::npos);
+    EXPECT_THAT(console, HasSubstr("Error: cannot write to aaaa"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."),
                             std::filesystem::directory_iterator()),
               1); // the log
@@ -270,7 +207,7 @@ TEST_F(DefaultsTest, TheStoreIsClearedWhenTheFileIsSaved) {
     set_loglvl(LOG_DEBUG);
     ASSERT_EQ(make(plover_file("mine")), 1);
     EXPECT_EQ(ini_number(&gxvalues), 0);
-    EXPECT_NE(log().find("Info:  mine.dat saved\nDebug: Clear gxvalues\n"), std::string::npos);
+    EXPECT_THAT(log(), HasSubstr("Info:  mine.dat saved\nDebug: Clear gxvalues\n"));
 }
 
 TEST_F(DefaultsTest, AssociationsAreNotUsed) {

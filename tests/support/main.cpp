@@ -1,5 +1,5 @@
-// Runs the wizard tests. With --update it writes the kept screens, trees and files anew in place of
-// comparing with them.
+// Runs the tests of a program. With --update it writes their kept texts anew in place of comparing
+// with them.
 #include "support/expected.h"
 
 #include <algorithm>
@@ -25,6 +25,10 @@ TEST(Expected, EveryFolderBelongsToATest) {
 }
 
 } // namespace
+
+const char *kept_texts() {
+    return EXPECTED_TEXTS;
+}
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);

@@ -22,7 +22,7 @@ struct product {
 };
 
 // In the order in which prod_guess looks for them.
-inline constexpr std::array<product, 4> products = {{
+inline constexpr auto products = std::to_array<product>({
     {
         .name = "kestrel",
         .spool_subdirectory = "kestrel",
@@ -75,7 +75,7 @@ inline constexpr std::array<product, 4> products = {{
         .upgrade_keeps_sets = true,
         .is_program_here = false,
     },
-}};
+});
 
 // Returns the product of that name, case ignored, or null.
 const product *find_product(const char *name);

@@ -41,7 +41,7 @@ run_state run;
 struct sometimes_asked {
     const char *name;
     std::string_view actions;
-    const char *taken; // where it is not named; null for nothing
+    const char *taken; // a yes or no where it is not named; null for any other kind of answer
     const char *meaning;
 };
 
@@ -144,10 +144,10 @@ void check_all_can_be_asked() {
 
 // The answers that come after the summary: they must be good before the work begins.
 void check_late_answers() {
-    for (const char *name : {"view_list", "replace_safe", "keep_originals", "delete_temporary"}) {
-        const std::string *value = named(name);
+    for (const sometimes_asked &one : sometimes) {
+        const std::string *value = one.taken != nullptr ? named(one.name) : nullptr;
         if (value != nullptr && !says_yes(value->c_str()) && !says_no(value->c_str())) {
-            refuse(formatted("%s: %s is refused: Please enter either \"YES\" or \"NO\"", name,
+            refuse(formatted("%s: %s is refused: Please enter either \"YES\" or \"NO\"", one.name,
                              value->c_str()));
         }
     }

@@ -1,7 +1,9 @@
 #include "support/distribution.h"
 
+#include "products/product.h"
 #include "support/scratch_directory.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sys/stat.h>
 #include <vector>
@@ -36,8 +38,18 @@ void add_files(const std::vector<std::string> &paths, const std::string &mark) {
 
 } // namespace
 
-bool has_sets(std::string_view product) {
-    return product == "tanager" || product == "osprey";
+std::vector<std::string> product_names() {
+    std::vector<std::string> names;
+    for (const product &one : products) {
+        names.emplace_back(one.name);
+    }
+    return names;
+}
+
+bool has_sets(std::string_view name) {
+    return std::any_of(products.begin(), products.end(), [name](const product &one) {
+        return one.name == name && one.has_template_sets;
+    });
 }
 
 void unpack_release(const std::string &product, const sample_release &release) {

@@ -1,9 +1,10 @@
-// Sample distributions of the four products. The worlds of the tests and of the fuzz target unpack
+// Sample distributions of the products. The worlds of the tests and of the fuzz target unpack
 // them; nothing here needs a test framework.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 // What tells one release from another.
 struct sample_release {
@@ -13,6 +14,9 @@ struct sample_release {
     std::string merlin_settings;     // merlin.ini
     bool has_plain_templates = true; // tpl/index.tpl and tpl/head.tpl of a flat product
 };
+
+// The names of all products.
+std::vector<std::string> product_names();
 
 // Whether the product's templates come in sets.
 bool has_sets(std::string_view product);

@@ -22,7 +22,7 @@ constexpr int nothing_to_do = 3;
 
 // The images directory of the template-set products is the one thing that no defaults file can say.
 std::vector<std::string> with_images(const world &host, std::vector<std::string> arguments) {
-    if (host.product() == "tanager" || host.product() == "osprey") {
+    if (has_sets(host.product())) {
         arguments.emplace_back("vlimg_dir=@/html/vlimg");
     }
     return arguments;
@@ -34,13 +34,12 @@ int status_of(const world &host, const std::vector<std::string> &arguments) {
 
 } // namespace
 
-class EachProduct : public testing::TestWithParam<const char *> {
+class EachProduct : public testing::TestWithParam<std::string> {
   protected:
     world host{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(Unattended, EachProduct,
-                         testing::Values("kestrel", "plover", "tanager", "osprey"));
+INSTANTIATE_TEST_SUITE_P(Unattended, EachProduct, testing::ValuesIn(product_names()));
 
 TEST_P(EachProduct, IsInstalledAndThenLeftAlone) {
     const std::vector<std::string> install = with_images(host, {"install", "domain=example.org"});

@@ -147,17 +147,17 @@ TEST(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
 }
 
 TEST(AnswerFiles, OfTheExamplesFitTheirProducts) {
-    for (const char *product : {"kestrel", "plover", "tanager", "osprey"}) {
+    for (const std::string &product : product_names()) {
         SCOPED_TRACE(product);
         const world host(product);
-        write_file("answers", read_file(std::string(EXAMPLES) + product + "/answers"));
+        write_file("answers", read_file(EXAMPLES + product + "/answers"));
         std::vector<std::string> arguments = {"-n",
                                               "install",
                                               "@/answers",
                                               "cgi_path=@/cgi-bin",
                                               "templates=@/spool/new",
                                               "vlimg_dir=@/html/vlimg"};
-        if (host.product() == "tanager" || host.product() == "osprey") {
+        if (has_sets(product)) {
             arguments.insert(arguments.end(), {"manual=@/spool/m", "bulletin_path=@/spool/b"});
         }
         run_unattended(host, arguments);

@@ -27,12 +27,10 @@ std::function<void()> shut_in_world(const world &host) {
 class scenario {
   public:
     explicit scenario(unsigned seed) : random_(seed) {
-        constexpr std::array products = {"kestrel", "plover", "tanager", "osprey"};
-        product = pick(products);
+        product = pick(product_names());
         is_installed = chance();
-        const bool has_sets = product == "tanager" || product == "osprey";
         if (!is_installed || chance(4)) {
-            choose_installation(has_sets);
+            choose_installation();
         } else if (chance()) {
             choose_upgrade();
         } else {
@@ -61,7 +59,7 @@ class scenario {
         }
     }
 
-    void choose_installation(bool has_sets) {
+    void choose_installation() {
         arguments.emplace_back("install");
         add("cgi_path", std::array{"@/cgi-bin", "@/html", "@/none"});
         add("templates", std::array{"@/spool/new/tpl", "@/spool/", "spool"});
@@ -71,7 +69,7 @@ class scenario {
         add("wml", words);
         add("keep_originals", words);
         add("delete_temporary", words);
-        if (has_sets && chance()) {
+        if (has_sets(product) && chance()) {
             arguments.insert(arguments.end(), {"restrict_hosts=yes", "allow_host_login=a.example",
                                                "allow_host_login= b.example "});
         }

@@ -50,63 +50,47 @@ struct applet_model {
         return std::isalnum(static_cast<unsigned char>(character)) != 0;
     }
 
-    static char lower(char character) {
-        return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    // The first place from `at` on whose character is part of a word, or is none.
+    static std::size_t next(const std::string &text, std::size_t at, bool in_word) {
+        while (at < text.size() && is_word(text[at]) != in_word) {
+            at++;
+        }
+        return at;
+    }
+
+    static std::string lower_word(const std::string &text, std::size_t from) {
+        std::string word = text.substr(from, next(text, from, false) - from);
+        s_strlwr(word.data());
+        return word;
     }
 
     // The reversed name, in lower case.
     static std::string name_before(const std::string &text, std::size_t place) {
-        std::string name;
-        while (place > 0 && !is_word(text[place - 1])) {
-            place--;
-        }
-        while (place > 0 && is_word(text[place - 1])) {
-            name.push_back(lower(text[--place]));
-        }
-        return name;
+        const std::string reversed(text.rend() - static_cast<std::ptrdiff_t>(place), text.rend());
+        return lower_word(reversed, next(reversed, 0, true));
     }
 
     static void read_size(const std::string &text, std::size_t place, std::string &size) {
-        while (place < text.size() && std::isdigit(static_cast<unsigned char>(text[place])) == 0) {
-            place++;
-        }
-        if (place == text.size()) {
-            return;
-        }
-        size.clear();
-        while (place < text.size() && is_word(text[place]) && size.size() < 511) {
-            size.push_back(text[place++]);
-        }
-        if (place < text.size() && text[place] == '%') {
-            size.push_back('%');
+        place = text.find_first_of("0123456789", place);
+        if (place != std::string::npos) {
+            size = text.substr(place, std::min<std::size_t>(next(text, place, false) - place, 511));
+            size += text.substr(place + size.size()).starts_with('%') ? "%" : "";
         }
     }
 
     void read_parameter(std::string &text, std::size_t place) {
-        place = text.find('"', place);
-        if (place == std::string::npos) {
+        const std::size_t quote = text.find('"', place);
+        const std::size_t equals = text.find('=', quote);
+        if (quote == std::string::npos || equals == std::string::npos) {
             return;
         }
-        std::string name;
-        for (place++; place < text.size() && is_word(text[place]); place++) {
-            name.push_back(lower(text[place]));
+        const std::string name = lower_word(text, quote + 1);
+        text[equals] = ' ';
+        const std::size_t value = next(text, equals, true);
+        if (value < text.size()) {
+            take_parameter(name, text.substr(value, std::min<std::size_t>(
+                                                        text.find('"', value) - value, 510)));
         }
-        place = text.find('=', place);
-        if (place == std::string::npos) {
-            return;
-        }
-        text[place] = ' ';
-        while (place < text.size() && !is_word(text[place])) {
-            place++;
-        }
-        if (place == text.size()) {
-            return;
-        }
-        std::string value;
-        while (place < text.size() && text[place] != '"' && value.size() < 510) {
-            value.push_back(text[place++]);
-        }
-        take_parameter(name, value);
     }
 
     void take_parameter(const std::string &name, const std::string &value) {

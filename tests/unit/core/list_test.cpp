@@ -2,6 +2,7 @@
 
 #include "support/console_capture.h"
 #include "support/rows.h"
+#include "unit/call_rows.h"
 #include "unit/failing_memory.h"
 #include "unit/kept_messages.h"
 
@@ -11,7 +12,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -110,16 +110,14 @@ class ListOfThree : public testing::Test {
     // The test of a row of the table below.
     template <typename Row>
     void check(const Row &row) {
-        std::istringstream steps(row.calls);
-        std::string results;
-        for (std::string step; steps >> step;) {
-            const std::string name = step.substr(0, step.find(':'));
-            const std::string argument = step.substr(std::min(name.size() + 1, step.size()));
-            results += (results.empty() ? "" : " ") + calls.at(name)(&list, {argument});
-        }
+        const std::string results = results_of(row.calls, [&](const std::string &call) {
+            const std::string name = call.substr(0, call.find(' '));
+            return calls.at(name)(&list, {call.substr(std::min(name.size() + 1, call.size()))});
+        });
         EXPECT_EQ(results, row.results);
         EXPECT_EQ(items(), row.items);
         EXPECT_EQ(at_cursor(), row.cursor);
+        EXPECT_EQ(messages, row.messages);
     }
 
     LINK_LIST list;
@@ -134,8 +132,6 @@ class FreshList : public ListOfThree {
 };
 
 using ListInit = ListOfThree;
-using ListAdd = ListOfThree;
-using ListAddCurrent = ListOfThree;
 using ListClearDealloc = ListOfThree;
 using ListList = ListOfThree;
 using ListEmsg = ListOfThree;
@@ -143,88 +139,91 @@ using ListEmsg = ListOfThree;
 // --- Steps through the list ---
 
 // Calls, beginning with the list a, b, c and the cursor past its end, and what each gives; then the
-// items and the one under the cursor. Behind a ":" stands an argument, "-" is null.
+// items, the one under the cursor, and the messages. "-" is null.
 struct list_steps {
     const char *name;
     const char *calls;
     const char *results;
     const char *items;
     const char *cursor;
+    std::vector<std::string> messages = {};
 };
 
 // clang-format off
 const std::vector<list_steps> steps = {
     {"ListStart.PutsTheCursorOnTheFirstNode", "start", "1", "abc", "a"},
-    {"ListLast.PutsTheCursorPastTheEndFromWhereBackReachesTheLastNode",
-     "start last back", "1 1 1", "abc", "c"},
-    {"ListLast.IsPastTheEnd", "start last", "1 1", "abc", "-"},
-    {"ListForward.FromPastTheEndGoesToTheFirstNode", "last forward", "1 1", "abc", "a"},
-    {"ListForward.StepsOn", "start forward", "1 1", "abc", "b"},
-    {"ListForward.FromTheLastNodeGoesPastTheEndAndGivesMinusOne",
-     "start forward forward forward", "1 1 1 -1", "abc", "-"},
-    {"ListBack.FromTheFirstNodeGoesPastTheEndAndGivesMinusOne", "start back", "1 -1", "abc", "-"},
-    {"ListBack.StepsBack", "start back back back", "1 -1 1 1", "abc", "b"},
-    {"ListForwardNum.StepsAsOften", "start forward_num:2", "1 1", "abc", "c"},
-    {"ListForwardNum.StopsAtTheFirstStepThatGivesMinusOne",
-     "start forward_num:2 forward_num:5", "1 1 -1", "abc", "-"},
+    {"ListLast.FromThereBackReachesTheLastNode", "start; last; back", "1 1 1", "abc", "c"},
+    {"ListLast.IsPastTheEnd", "start; last", "1 1", "abc", "-"},
+    {"ListForward.FromPastTheEndGoesToTheFirstNode", "last; forward", "1 1", "abc", "a"},
+    {"ListForward.StepsOn", "start; forward", "1 1", "abc", "b"},
+    {"ListForward.PastTheLastNodeGivesMinusOne",
+     "start; forward; forward; forward", "1 1 1 -1", "abc", "-"},
+    {"ListBack.PastTheFirstNodeGivesMinusOne", "start; back", "1 -1", "abc", "-"},
+    {"ListBack.StepsBack", "start; back; back; back", "1 -1 1 1", "abc", "b"},
+    {"ListForwardNum.StepsAsOften", "start; forward_num 2", "1 1", "abc", "c"},
+    {"ListForwardNum.StopsPastTheLastNode",
+     "start; forward_num 2; forward_num 5", "1 1 -1", "abc", "-"},
     {"ListForwardNum.NoStepsGiveOneAndLeaveTheCursor",
-     "start forward_num:0 forward_num:-3", "1 1 1", "abc", "a"},
-    {"ListBackNum.StepsAsOften", "last back_num:3", "1 1", "abc", "a"},
-    {"ListBackNum.StopsAtTheFirstStepThatGivesMinusOne",
-     "last back_num:3 back_num:2", "1 1 -1", "abc", "-"},
+     "start; forward_num 0; forward_num -3", "1 1 1", "abc", "a"},
+    {"ListBackNum.StepsAsOften", "last; back_num 3", "1 1", "abc", "a"},
+    {"ListBackNum.StopsPastTheFirstNode", "last; back_num 3; back_num 2", "1 1 -1", "abc", "-"},
     {"ListBackNum.NoStepsGiveOneAndLeaveTheCursor",
-     "start back_num:0 back_num:-1", "1 1 1", "abc", "a"},
-    {"ListAdd.AppendsAndLeavesTheCursor", "start forward add:x", "1 1 1", "abcx", "b"},
-    {"ListAdd.PastTheEndTheCursorStaysThere", "last add:x", "1 1", "abcx", "-"},
-    {"ListAdd.RefusesANullItem", "add:-", "0", "abc", "-"},
+     "start; back_num 0; back_num -1", "1 1 1", "abc", "a"},
+    {"ListAdd.AppendsAndLeavesTheCursor", "start; forward; add x", "1 1 1", "abcx", "b"},
+    {"ListAdd.PastTheEndTheCursorStaysThere", "last; add x", "1 1", "abcx", "-"},
+    {"ListAdd.WithoutMemoryChangesNothing",
+     "only nodes 0; add x", "0", "abc", "-", {"LIST: Error - add item to list failed\n"}},
+    {"ListAdd.RefusesANullItem", "add -", "0", "abc", "-"},
     {"ListAddCurrent.InsertsBeforeTheCursorWhichStays",
-     "start forward add_current:x", "1 1 1", "axbc", "b"},
-    {"ListAddCurrent.BeforeTheFirstNodeMakesANewFirst",
-     "start add_current:x", "1 1", "xabc", "a"},
+     "start; forward; add_current x", "1 1 1", "axbc", "b"},
+    {"ListAddCurrent.WithoutMemoryChangesNothing",
+     "start; forward; only nodes 0; add_current x", "1 1 0", "abc", "b",
+     {"LIST: Error - add item to list failed\n"}},
+    {"ListAddCurrent.BeforeTheFirstNodeMakesANewFirst", "start; add_current x", "1 1", "xabc", "a"},
     {"ListAddCurrent.PastTheEndAppendsAndRefusesANullItem",
-     "last add_current:x add_current:-", "1 1 0", "abcx", "-"},
-    {"ListAddCurrent.OnANodeTakesANullItem", "start add_current:-", "1 1", "-abc", "a"},
-    {"ListAddCurrent.WhatWasInsertedIsWhatRemoveTakesNext",
-     "start get add_current:x remove", "1 a 1 x", "abc", "b"},
-    {"ListGet.GivesEachItemThenNull", "start get get get get get", "1 a b c - -", "abc", "-"},
-    {"ListGetBack.GivesTheItemUnderTheCursorAndStepsBack",
-     "last get_back back get_back get_back get_back get_back", "1 - 1 c b a -", "abc", "-"},
+     "last; add_current x; add_current -", "1 1 0", "abcx", "-"},
+    {"ListAddCurrent.OnANodeTakesANullItem", "start; add_current -", "1 1", "-abc", "a"},
+    {"ListAddCurrent.RemoveTakesTheNewItemNext",
+     "start; get; add_current x; remove", "1 a 1 x", "abc", "b"},
+    {"ListGet.GivesEachItemThenNull", "start; get; get; get; get; get", "1 a b c - -", "abc", "-"},
+    {"ListGetBack.GivesEachItemFromTheLast",
+     "last; get_back; back; get_back; get_back; get_back; get_back", "1 - 1 c b a -", "abc", "-"},
     {"ListGetNum.CountsFromZeroAndGivesNullBehindTheLast",
-     "get_num:0 get_num:2 get_num:3 get_num:4 get_num:1000", "a c - - -", "abc", "-"},
-    {"ListGetNum.NegativePositionGivesTheFirstItem", "get_num:-1", "a", "abc", "b"},
-    {"ListGetNum.LeavesTheCursorBehindTheItem", "get_num:1", "b", "abc", "c"},
-    {"ListRemove.TakesTheItemThatGetGaveLast", "start get get remove get", "1 a b b c", "ac", "-"},
-    {"ListRemove.RightAfterStartTakesTheLastItem", "start remove", "1 c", "ab", "-"},
+     "get_num 0; get_num 2; get_num 3; get_num 4; get_num 1000", "a c - - -", "abc", "-"},
+    {"ListGetNum.NegativePositionGivesTheFirstItem", "get_num -1", "a", "abc", "b"},
+    {"ListGetNum.LeavesTheCursorBehindTheItem", "get_num 1", "b", "abc", "c"},
+    {"ListRemove.TakesTheItemThatGetGaveLast",
+     "start; get; get; remove; get", "1 a b b c", "ac", "-"},
+    {"ListRemove.RightAfterStartTakesTheLastItem", "start; remove", "1 c", "ab", "-"},
     {"ListRemove.PastTheEndTakesTheLastItem",
-     "last remove remove remove remove", "1 c b a -", "", "-"},
-    {"ListRemove.OfTheFirstNodeMovesFirst", "start get remove", "1 a a", "bc", "b"},
-    {"ListRemoveNum.TakesTheItemAtThePosition", "remove_num:1 remove_num:0", "b a", "c", "c"},
+     "last; remove; remove; remove; remove", "1 c b a -", "", "-"},
+    {"ListRemove.OfTheFirstNodeMovesFirst", "start; get; remove", "1 a a", "bc", "b"},
+    {"ListRemoveNum.TakesTheItemAtThePosition", "remove_num 1; remove_num 0", "b a", "c", "c"},
     {"ListRemoveNum.AnyPositionOutsideTakesTheLastItem",
-     "remove_num:3 remove_num:-1 add:x remove_num:2147483647", "c b 1 x", "a", "-"},
+     "remove_num 3; remove_num -1; add x; remove_num 2147483647", "c b 1 x", "a", "-"},
     {"ListRemoveNext.TakesTheItemUnderTheCursor",
-     "start forward remove_next start", "1 1 b 1", "ac", "a"},
-    {"ListRemoveNext.PastTheEndTakesTheLastItem", "last remove_next start", "1 c 1", "ab", "a"},
-    {"ListClear.LeavesTheItemsAndAListThatCanBeFilledAgain",
-     "start get clear add:x", "1 a 1 1", "x", "-"},
-    {"ListClear.ANullItemDoesNotKeepTheHeaderFromBeingEmptied",
-     "start forward add_current:- clear", "1 1 1 1", "", "-"},
-    {"ListNum.CountsAndLeavesTheCursor", "start num", "1 3", "abc", "a"},
+     "start; forward; remove_next; start", "1 1 b 1", "ac", "a"},
+    {"ListRemoveNext.PastTheEndTakesTheLastItem", "last; remove_next; start", "1 c 1", "ab", "a"},
+    {"ListClear.LeavesAListThatCanBeFilledAgain", "start; get; clear; add x", "1 a 1 1", "x", "-"},
+    {"ListClear.AlsoWithANullItem", "start; forward; add_current -; clear", "1 1 1 1", "", "-"},
+    {"ListNum.CountsAndLeavesTheCursor", "start; num", "1 3", "abc", "a"},
     {"ListIsLast.ComparesTheItemNotItsText",
-     "is_last:c is_last:a is_last:other_c", "1 0 0", "abc", "-"},
+     "is_last c; is_last a; is_last other_c", "1 0 0", "abc", "-"},
     {"ListIsFirst.ComparesTheItemNotItsText",
-     "is_first:a is_first:c remove_num:0 remove_num:0 is_first:c is_first:other_c",
+     "is_first a; is_first c; remove_num 0; remove_num 0; is_first c; is_first other_c",
      "1 0 a b 1 0", "c", "c"},
     {"ListList.AnEmptyListAddsNothing", "list", "3", "abc", "-"},
 };
 const std::vector<list_steps> steps_of_fresh_list = {
     {"FreshList.HasNoItems",
-     "get get_back get_num:0 num remove remove_num:0 remove_next num", "- - - 0 - - - 0", "", "-"},
+     "get; get_back; get_num 0; num; remove; remove_num 0; remove_next; num",
+     "- - - 0 - - - 0", "", "-"},
     {"FreshList.HasNoFirstOrLastItem",
-     "is_first:a is_last:a is_first:- is_last:-", "0 0 0 0", "", "-"},
+     "is_first a; is_last a; is_first -; is_last -", "0 0 0 0", "", "-"},
     {"FreshList.StepsNowhere",
-     "start last forward back forward_num:1 back_num:1 forward_num:0 back_num:0",
+     "start; last; forward; back; forward_num 1; back_num 1; forward_num 0; back_num 0",
      "1 1 -1 -1 -1 -1 1 1", "", "-"},
-    {"FreshList.ClearsToAnEmptyList", "clear clear_dealloc", "1 1", "", "-"},
+    {"FreshList.ClearsToAnEmptyList", "clear; clear_dealloc", "1 1", "", "-"},
     {"FreshList.TakesNothingFromAnEmptyList", "list", "0", "", "-"},
 };
 // clang-format on
@@ -271,23 +270,6 @@ TEST(List, UseBeforeInitEndsTheProgramWithStatus1) {
 TEST_F(ListList, FromAListBeforeInitEndsTheProgramToo) {
     LINK_LIST raw;
     EXPECT_EXIT(list_list(&list, &raw), testing::ExitedWithCode(1), "before Init");
-}
-
-TEST_F(ListAdd, WithoutMemoryReportsTheErrorAndChangesNothing) {
-    const failing_memory none(memory_of::nodes, 0);
-    EXPECT_EQ(list_add(&list, x), 0);
-    EXPECT_EQ(items(), "abc");
-    EXPECT_EQ(messages, std::vector<std::string>{"LIST: Error - add item to list failed\n"});
-}
-
-TEST_F(ListAddCurrent, WithoutMemoryReportsTheErrorAndChangesNothing) {
-    list_start(&list);
-    list_forward(&list);
-    const failing_memory none(memory_of::nodes, 0);
-    EXPECT_EQ(list_add_current(&list, x), 0);
-    EXPECT_EQ(items(), "abc");
-    EXPECT_EQ(at_cursor(), "b");
-    EXPECT_EQ(messages, std::vector<std::string>{"LIST: Error - add item to list failed\n"});
 }
 
 // Under the leak sanitizer an item that is not freed fails the test.

@@ -136,7 +136,7 @@ const std::string notice = "Error: Errors logged before inilog called see init.l
 // clang-format off
 const std::vector<logging> loggings = {
     // --- Lines ---
-    {"LogLine.IsFormattedBehindItsPrefixAndCountedWithoutItsStamp",
+    {"LogLine.IsCountedWithoutItsStamp",
      [] { return results{emsg("%s=%d", "a", 5)}; }, {11}, "Error: a=5\n"},
     {"LogLine.ThatEndsInALineFeedGetsNoSecond",
      [] { return results{emsg("text\n"), imsg("text\n\n")}; }, {12, 13},
@@ -154,7 +154,7 @@ const std::vector<logging> loggings = {
     {"Filemsg.AppendsTheSystemsErrorStraightBehindTheText",
      [] { errno = ENOENT; return results{filemsg("cannot open %s", "a.tpl")}; }, {52},
      "Error: cannot open a.tpl(No such file or directory)\n"},
-    {"Filemsg.IsHeldIn511CharactersWithoutALineFeedThen",
+    {"Filemsg.IsCutAt511Characters",
      [] { return results{filemsg("%s", std::string(2000, 'x').c_str())}; }, {511},
      "Error: x" + x_503},
 
@@ -168,7 +168,7 @@ const std::vector<logging> loggings = {
     {"Inilog.AfterItFailedAMessageTellsTheConsole",
      [] { return results{inilog("missing", "run"), emsg("lost")}; }, {0, 0}, "", {},
      "Cant open logfile missing/run.log\n"},
-    {"Inilog.AMessageAfterCloseLogOpensTheLogAgainAndTheNextInilogSaysSo",
+    {"Inilog.SaysThatAMessageReopenedAClosedLog",
      [] { close_log(); return results{emsg("again"), inilog(".", "next")}; }, {13, 1},
      "Error: again\n", {{"next.log", notice}}},
 
@@ -214,7 +214,7 @@ const std::vector<logging> loggings = {
      {1, 13, 0, 11}, "",
      {{"logs/run.log", notice + "Error: there\n"}, {"run.log", "Error: new\n"},
       {"run1.log", "?here\n"}}},
-    {"RotateLogs.AFailedRenameIsOnlyADebugMessageAndTheLogBeginsAnew",
+    {"RotateLogs.AFailedRenameStartsTheLogAnew",
      [] { set_loglvl(LOG_INFO); make_full("gxsetup1.log"); make_full("gxsetup2.log");
           return results{emsg("old"), rotate_logs(), emsg("new")}; },
      {11, 0, 11}, "Error: new\n"},
@@ -227,7 +227,7 @@ const std::vector<logging> loggings = {
     {"PrintEmsg.ShowsTheErrorAndLogsIt",
      [] { print_emsg("Can't copy %s: %s", "a", "why"); return results{}; }, {},
      "Error: Can't copy a: why\n", {}, "Error: Can't copy a: why\n"},
-    {"PrintEmsg.ALineFeedOfItsOwnShowsTwiceOnTheConsoleAndOnceInTheLog",
+    {"PrintEmsg.ALineFeedOfItsOwnIsLoggedOnce",
      [] { print_emsg("not found\n"); return results{}; }, {}, "Error: not found\n", {},
      "Error: not found\n\n"},
     {"PrintEmsg.TheLogReadsTheFinishedTextAsAFormatAgain",
@@ -238,7 +238,7 @@ const std::vector<logging> loggings = {
      "Error: " + std::string(511, 'x'), {}, "Error: " + std::string(511, 'x') + "\n"},
     {"PrintImsg.ShowsTheTextAloneAndLogsItAsInfo",
      [] { print_imsg("made %s", "a"); return results{}; }, {}, "Info:  made a\n", {}, "made a\n"},
-    {"PrintImsg.ShowsOnTheConsoleAtAnyLevelButIsLoggedFromInfoOn",
+    {"PrintImsg.IsShownAtAnyLevelAndLoggedFromInfoOn",
      [] { set_loglvl(LOG_ERROR); print_imsg("made %s", "50%%"); return results{}; }, {}, "", {},
      "made 50%%\n"},
 };

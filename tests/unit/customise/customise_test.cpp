@@ -150,7 +150,7 @@ TEST_F(Customise, AnOperationChosenFirstMakesNoBackupNowOrLater) {
     EXPECT_EQ(read_file("cgi/kestrel.ini"), installed_ini);
 }
 
-TEST_F(Customise, AFailedBackupIsTriedAgainAtTheNextChoiceThatIsNoOperation) {
+TEST_F(Customise, AFailedBackupIsTriedAgain) {
     std::filesystem::create_directory("cgi/kest_old.ini");
     const std::string backup = cgi_path + "/kest_old.ini";
     const std::string failure = "\nBacking up origionals\n" + dashes + "Error: Can't write to \"" +

@@ -64,7 +64,7 @@ TEST_F(Look, ReplacesAnImageOfTheSameName) {
     EXPECT_EQ(read_file("images/new picture.gif"), "a picture");
 }
 
-TEST_F(Look, OffersTheLastWordOfTheFirstValueThatBeginsWithTheMode) {
+TEST_F(Look, OffersTheLastWordOfTheFirstValueOfItsMode) {
     custom_store stored{{"version", "images"},
                         {"set", "a background no.jpg"},
                         {"set", "backgrounds a b.jpg"},
@@ -154,7 +154,7 @@ const std::vector<footer_edit> edits = {
     {"Footer.RemoveAndNoLeavesTheFooterAsItWas", {"One", "Two"}, "First\n[remove]\n\n\n",
      asked({"Line 0:[One]", "Line 1:[Two]", changes, "Remove Email footers [NO]"}),
      {"One", "Two"}},
-    {"Footer.APassAfterRemoveOffersTheOldLinesAndThoseOfThePass", {"One", "Two"},
+    {"Footer.APassAfterRemoveOffersTheOldLinesToo", {"One", "Two"},
      "First\n[remove]\nyes\n\n\n\n[save]\n\nyes\n",
      asked({"Line 0:[One]", "Line 1:[Two]", changes}) + short_help +
          asked({"Line 0:[One]", "Line 1:[Two]", "Line 2:[First]", "Line 3:", changes,

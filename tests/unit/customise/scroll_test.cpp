@@ -73,7 +73,7 @@ const std::vector<rule> readings = {
     {"ScrollLoad.AMessageEndsAtItsFirstDoubleQuote", read_back,
      {{{R"(<param name="scrollmessage0" value="Say "hello" twice">)"},
        {.messages = {"Say "}, .urls = {""}}}}},
-    {"ScrollLoad.WhatStandsBeforeTheFirstLetterOrDigitOfAValueIsLost", read_back,
+    {"ScrollLoad.AValueBeginsAtItsFirstLetterOrDigit", read_back,
      {{{R"(<param name="scrollmessage0" value="...(new) offers">)"},
        {.messages = {"new) offers"}, .urls = {""}}}}},
     {"ScrollLoad.NamesAreReadIgnoringCase", read_back,
@@ -81,7 +81,7 @@ const std::vector<rule> readings = {
        {.height = "6", .width = "5", .messages = {"y"}, .urls = {""}}}}},
     {"ScrollLoad.ANameIsTheWholeWordBeforeTheEqualsSign", read_back,
      {{{"maxwidth = 5 width2 = 6"}, {}}, {{"max-width ... = 5"}, {.width = "5"}}}},
-    {"ScrollLoad.AUrlNameMayContainTheWordAMessageNameMustBeginWithIt", read_back,
+    {"ScrollLoad.AMessageNameBeginsWithItsWordAUrlNameHoldsIt", read_back,
      {{{R"(name="myscrollmessage" v="no" name="scrollmessageX" v="yes" )"
         R"(name="thescrollurl9" v="link" name="xShadow" v="5")"},
        {.messages = {"yes"}, .urls = {"link"}}}}},
@@ -284,7 +284,7 @@ const std::vector<edit> edits = {
      {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
       changes},
      {"One", "Three"}, {"a", "c"}},
-    {"ScrollEditor.ASecondDelTakesTheLinkAtItsPositionInTheShortenedList", get_messages,
+    {"ScrollEditor.ASecondDelTakesTheLinkAtItsNewPlace", get_messages,
      {"One", "Two", "Three"}, {"a", "b", "c"}, "[del]\n[del]\n\n\n\n",
      {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
       changes},
@@ -436,7 +436,7 @@ TEST_F(DoScrollmsg, EditsTheStoredApplet) {
                              begin + R"("Two"><param name="scrollurl0" value="b.html">)" + tail}));
 }
 
-TEST_F(DoScrollmsg, WithoutMessagesOffersTheRemovalWhichKeepsTheStoredApplet) {
+TEST_F(DoScrollmsg, TheRemovalKeepsTheStoredApplet) {
     const std::string stored =
         R"(scrollmessage scrollmessage <param name="scrollmessage0" value="One">)";
     ini_add(store.get(), "set", stored.c_str());

@@ -29,8 +29,7 @@ const std::string long_label = std::string(600, 'l') + " x";
 
 // clang-format off
 const std::vector<rule> rules = {
-    {"CleanUpAnswer.CutsTheLineEnd", changed,
-     {{{clean_up_answer, "/srv/site\r\n"}, "/srv/site"}}},
+    {"CleanUpAnswer.CutsTheLineEnd", changed, {{{clean_up_answer, "/srv/site\r\n"}, "/srv/site"}}},
     {"CleanUpAnswer.LeavesATextWithoutLineEnd", changed,
      {{{clean_up_answer, " a b\t"}, " a b\t"}, {{clean_up_answer, ""}, ""}}},
     {"StripLeadingSpaces.GivesTheFirstCharacterThatIsNeitherBlankNorTab", strip_leading_spaces,

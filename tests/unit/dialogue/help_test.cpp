@@ -51,8 +51,7 @@ const std::string piece(255, 'x');
 
 // clang-format off
 const std::vector<topics_rule> rules = {
-    {"HelpGet.GivesTheLinesUpToTheNextHeader",
-     {{"[A]\none\ntwo\n[B]\nthree\n", "A", "one\ntwo\n"},
+    {"HelpGet.GivesTheLinesUpToTheNextHeader", {{"[A]\none\ntwo\n[B]\nthree\n", "A", "one\ntwo\n"},
       {"[A]\none\ntwo\n[B]\nthree\n", "B", "three\n"}}},
     {"HelpGet.SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine",
      {{"[S_DIR_HELP]\n# comment\n\tEnter a path\n\n[NEXT]\nx\n", "S_DIR_HELP", "Enter a path\n"}}},
@@ -79,12 +78,11 @@ const std::vector<topics_rule> rules = {
     {"HelpGet.AnEmptyTopicGivesTheFallback", {{"[A]\none\n", "", fallback}}},
     {"HelpGet.ALastLineWithoutLineFeedIsNotRead",
      {{"[A]\none\ntwo", "A", "one\n"}, {"[A]\none", "A", fallback}, {"[A]", "A", fallback}}},
-    {"HelpGet.ALastPieceOf255CharactersWithoutLineFeedIsNotReadEither",
+    {"HelpGet.ALastPieceWithoutLineFeedIsNotReadEither",
      {{"[A]\none\n" + piece, "A", "one\n"}, {"[A]\none\n" + piece + piece, "A", "one\n" + piece},
       {"[A]\none\n" + piece + "\n", "A", "one\n" + piece + "\n"},
       {"[A" + std::string(253, ']'), "A", fallback}}},
-    {"HelpGet.ALineIsReadInPiecesOf255CharactersEachALineOfItsOwn",
-     {{"[A]\n" + piece + "[B]\n", "A", piece},
+    {"HelpGet.ALineIsReadInPiecesOf255Characters", {{"[A]\n" + piece + "[B]\n", "A", piece},
       {"[A]\n" + piece + "#gone\nkept\n", "A", piece + "kept\n"},
       {piece + "[A]\none\n", "A", "one\n"},
       {"[A]\n" + piece.substr(1) + "\nnext\n", "A", piece.substr(1) + "\nnext\n"}}},

@@ -192,7 +192,7 @@ TEST_F(IniSave, OfAnEmptyStoreWritesTheHeaderAndGivesOne) {
                                     "\n");
 }
 
-TEST_F(IniSave, WritesEachSettingInOrderAndGivesOneMoreThanTheirNumber) {
+TEST_F(IniSave, WritesEachSettingInOrder) {
     ini_add(&ini, "tpl_set", "a");
     ini_add(&ini, "cgi_name", " 100% %s ");
     ini_add(&ini, "tpl_set", "b");
@@ -216,12 +216,12 @@ TEST_F(IniSave, ReplacesAnOlderFile) {
     EXPECT_EQ(read_file("out.dat").substr(0, 23), "# file written by test\n");
 }
 
-TEST_F(IniSave, AFileThatCannotBeCreatedGivesZeroAndAnErrorWithItsName) {
+TEST_F(IniSave, AFileThatCannotBeCreatedIsNamed) {
     EXPECT_EQ(ini_save(&ini, "missing/out.dat", "test"), 0);
     EXPECT_EQ(errors, texts{"INI: file {missing/out.dat} could not be opened for ini settings"});
 }
 
-TEST_F(IniSave, AFullDiskGivesZeroAndNamesTheFileAndTheSystemsError) {
+TEST_F(IniSave, AFullDiskIsNamedWithItsFile) {
     ini_add(&ini, "cgi_name", "kestrel");
     EXPECT_EQ(ini_save(&ini, "/dev/full", "test"), 0);
     EXPECT_EQ(errors, texts{"INI: file {/dev/full} could not be written: No "

@@ -2,6 +2,7 @@
 
 #include "support/console_capture.h"
 #include "support/rows.h"
+#include "unit/call_rows.h"
 #include "unit/failing_memory.h"
 #include "unit/settings/recording_store.h"
 
@@ -10,7 +11,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,9 +22,9 @@ constexpr INI_NAMES_INFO names[] = {
     {"tpl_set", nullptr, 1, 0},  {"secret", nullptr, 0, 1},    {"secrets", nullptr, 1, 1},
     {nullptr, nullptr, 0, 0},
 };
-constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "workarea",
-                                        "self",     "self",      "ping",    "pong",
-                                        "pong",     "ping",      nullptr};
+constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "workarea", "self",
+                                        "self",     "ping",      "pong",    "pong",     "ping",
+                                        "old_sets", "tpl_set",   nullptr};
 
 std::string shown(int status) {
     return std::to_string(status);
@@ -65,8 +65,8 @@ const std::map<std::string, store_call> calls = {
      { return shown(ini_get_association(ini, name)); }},
     {"value", [](auto *ini, auto *name, auto) { return shown(ini_value(ini, name, 0)); }},
     {"value+", [](auto *ini, auto *name, auto) { return shown(ini_value(ini, name, 1)); }},
-    {"value_num", [](auto *ini, auto *id, auto)
-     { return shown(ini_value_num(ini, s_atoi(id))); }},
+    {"value2", [](auto *ini, auto *name, auto) { return ini_value2(ini, name, 0); }},
+    {"value_num", [](auto *ini, auto *id, auto) { return shown(ini_value_num(ini, s_atoi(id))); }},
     {"next", [](auto *ini, auto *name, auto) { return shown(ini_next_value(ini, name)); }},
     {"next_num", [](auto *ini, auto *id, auto)
      { return shown(ini_next_value_num(ini, s_atoi(id))); }},
@@ -107,30 +107,18 @@ class Store : public testing::Test, public recording_store {
     // The test of a row of the table below.
     template <typename Row>
     void check(const Row &row) {
-        std::istringstream steps(row.calls);
-        std::optional<failing_memory> memory;
-        texts results;
-        for (std::string step; std::getline(steps >> std::ws, step, ';');) {
-            if (step.starts_with("only ")) {
-                memory.reset();
-                memory.emplace(step.starts_with("only texts") ? memory_of::texts : memory_of::nodes,
-                               step.back() - '0');
-            } else {
-                results.push_back(call(step));
-            }
-        }
-        memory.reset();
-        std::erase(results, "");
-        EXPECT_EQ(joined(results, " "), row.results);
-        const std::string told = joined(errors, "\n") + joined(debug_messages, "\n");
-        EXPECT_TRUE(*row.told == '\0' || told == row.told) << told;
-        EXPECT_EQ(joined(settings_of(&ini), " "), row.settings);
+        EXPECT_EQ(results_of(row.calls, [&](const std::string &text) { return call(text); }),
+                  row.results);
+        texts told = errors;
+        told.insert(told.end(), debug_messages.begin(), debug_messages.end());
+        EXPECT_TRUE(row.told.empty() || told == row.told) << testing::PrintToString(told);
+        EXPECT_EQ(joined(settings_of(&ini)), row.settings);
     }
 
-    static std::string joined(const texts &all, const char *between) {
+    static std::string joined(const texts &all) {
         std::string text;
         for (const std::string &one : all) {
-            text += (text.empty() || text.back() == '\n' ? "" : between) + one;
+            text += (text.empty() ? "" : " ") + one;
         }
         return text;
     }
@@ -156,7 +144,7 @@ struct store_calls {
     const char *calls;
     const char *results;
     const char *settings;
-    const char *told = "";
+    texts told = {};
 };
 
 // clang-format off
@@ -165,18 +153,18 @@ const std::vector<store_calls> rows = {
      "add cgi_name kestrel; add templates /tpl; add cgi_name plover; number", "1 1 1 4",
      "cgi_name=plover templates=/tpl"},
     {"IniAdd.TellsOfAChange", "add cgi_name kestrel; add cgi_name plover", "1 1",
-     "cgi_name=plover", "INI: ini settings changed {cgi_name=plover}"},
+     "cgi_name=plover", {"INI: ini settings changed {cgi_name=plover}"}},
     {"IniAdd.TheLastSettingIsReplacedInPlaceToo",
      "add templates /tpl; add cgi_name kestrel; add cgi_name plover", "1 1 1",
      "templates=/tpl cgi_name=plover"},
     {"IniAdd.AMultiValuedNameGainsAFurtherEntry",
      "add tpl_set a; add cgi_name kestrel; add tpl_set a; add tpl_set b", "1 1 1 1",
-     "tpl_set=a cgi_name=kestrel tpl_set=a tpl_set=b", "INI: ini settings changed {tpl_set=b}"},
+     "tpl_set=a cgi_name=kestrel tpl_set=a tpl_set=b", {"INI: ini settings changed {tpl_set=b}"}},
     {"IniAdd.AnEmptyValueChangesNothingAndCountsAsDone",
      "add cgi_name kestrel; add cgi_name", "1 1", "cgi_name=kestrel",
-     "INI: Blank INI Setting for {cgi_name} not added"},
+     {"INI: Blank INI Setting for {cgi_name} not added"}},
     {"IniAdd.ANullValueChangesNothingAndCountsAsDone", "add templates -", "1", "",
-     "INI: Blank INI Setting for {templates} not added"},
+     {"INI: Blank INI Setting for {templates} not added"}},
     {"IniAdd.ANullNameGivesZero", "add - value; number", "0 0", ""},
     {"IniAdd.UnknownNamesAreAcceptedAsSingleValued",
      "add unheard_of 1; add unheard_of 2", "1 1", "unheard_of=2"},
@@ -184,43 +172,41 @@ const std::vector<store_calls> rows = {
      "cgi_name=kestrel Cgi_name=plover"},
     {"IniAdd.AnAssociatedNameIsNotReplaced", "add templates /tpl; add workarea /work", "1 1",
      "templates=/tpl workarea=/work"},
-    {"IniAdd.APasswordIsMaskedWithFiveLetters", "add secret one", "1", "secret=one",
-     "INI: ini settings changed {secret=xxxxx}"},
-    {"IniAdd.AnotherPasswordIsMaskedWithFiveLetters", "add secret one; add secret two", "1 1",
-     "secret=two", "INI: ini settings changed {secret=xxxxx}"},
+    {"IniAdd.MasksAPassword", "add secret one", "1", "secret=one",
+     {"INI: ini settings changed {secret=xxxxx}"}},
+    {"IniAdd.MasksAnotherPassword", "add secret one; add secret two", "1 1",
+     "secret=two", {"INI: ini settings changed {secret=xxxxx}"}},
     {"IniAdd.WithoutMemoryForTheNameIsAnError", "only texts 0; add cgi_name kestrel", "0", "",
-     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
-    {"IniAdd.WithoutMemoryForTheValueLeavesNoLoneName",
-     "only texts 1; add cgi_name kestrel", "0", "",
-     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
+    {"IniAdd.WithoutMemoryForTheValueAddsNoName", "only texts 1; add cgi_name kestrel", "0", "",
+     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniAdd.WithoutMemoryForANewValueKeepsTheOldOne",
      "add cgi_name kestrel; only texts 0; add cgi_name plover", "1 0", "cgi_name=kestrel",
-     "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniAdd.ANameThatCannotBeAppendedIsAnError", "only nodes 0; add cgi_name kestrel", "0", "",
-     "LIST: Error - add item to list failed\n"
-     "INI: 'name' failed to be added to ini settings {cgi_name}"},
-    {"IniAdd.AValueThatCannotBeAppendedTakesItsNameAlong",
+     {"LIST: Error - add item to list failed\n",
+      "INI: 'name' failed to be added to ini settings {cgi_name}"}},
+    {"IniAdd.AFailedValueTakesItsNameAlong",
      "add templates /tpl; only nodes 1; add cgi_name kestrel", "1 0", "templates=/tpl",
-     "LIST: Error - add item to list failed\n"
-     "INI: 'cgi_name' value failed to be added to ini settings {kestrel}"},
-    {"IniAdd.AValueThatCouldNotBeAppendedIsAddedWhenThereIsMemory",
+     {"LIST: Error - add item to list failed\n",
+      "INI: 'cgi_name' value failed to be added to ini settings {kestrel}"}},
+    {"IniAdd.AddsTheValueOnceThereIsMemory",
      "only nodes 1; add cgi_name kestrel; only nodes 9; value cgi_name; add cgi_name plover",
      "0 - 1", "cgi_name=plover"},
-    {"IniAdd.APasswordThatCannotBeAppendedIsMaskedWithSixLetters",
-     "only nodes 1; add secret word", "0", "",
-     "LIST: Error - add item to list failed\n"
-     "INI: 'secret' value failed to be added to ini settings {xxxxxx}"},
-    {"IniAdd.AReplacementThatCannotBeInsertedRemovesTheSetting",
+    {"IniAdd.MasksAPasswordThatCannotBeAppended", "only nodes 1; add secret word", "0", "",
+     {"LIST: Error - add item to list failed\n",
+      "INI: 'secret' value failed to be added to ini settings {xxxxxx}"}},
+    {"IniAdd.AFailedReplacementRemovesTheSetting",
      "add templates /tpl; add cgi_name kestrel; add other 1; only nodes 0; add cgi_name plover",
      "1 1 1 0", "templates=/tpl other=1",
-     "LIST: Error - add item to list failed\n"
-     "INI: Adding {cgi_name=plover} to settings failed removed setting."},
+     {"LIST: Error - add item to list failed\n",
+      "INI: Adding {cgi_name=plover} to settings failed removed setting."}},
     {"IniAdd.WhatWasRemovedIsNotFound",
      "add cgi_name kestrel; only nodes 0; add cgi_name plover; value cgi_name", "1 0 -", ""},
-    {"IniAdd.APasswordThatCannotBeInsertedIsMaskedWithFiveLetters",
+    {"IniAdd.MasksAPasswordThatCannotBeInserted",
      "add secret old; only nodes 0; add secret new", "1 0", "",
-     "LIST: Error - add item to list failed\n"
-     "INI: Adding {secret=xxxxx} to settings failed removed setting."},
+     {"LIST: Error - add item to list failed\n",
+      "INI: Adding {secret=xxxxx} to settings failed removed setting."}},
     {"IniAdd.MovesTheIterationPointToTheEnd",
      "add cgi_name kestrel; start; add templates /tpl; get", "1 1 1 -",
      "cgi_name=kestrel templates=/tpl"},
@@ -236,9 +222,9 @@ const std::vector<store_calls> rows = {
      "templates=/tpl"},
     // The reverse of every other masked message.
     {"IniRemove.TheMessageShowsAPassword", "add secret word; remove secret", "1 1", "",
-     "INI: ini setting removed {secret=word}"},
+     {"INI: ini setting removed {secret=word}"}},
     {"IniRemove.TheMessageMasksEverythingElse", "add cgi_name kestrel; remove cgi_name", "1 1", "",
-     "INI: ini setting removed {cgi_name=xxxxx}"},
+     {"INI: ini setting removed {cgi_name=xxxxx}"}},
     {"IniRemove.AllTakesEverySettingOfTheName",
      "add tpl_set a; add cgi_name kestrel; add tpl_set b; remove_all tpl_set; remove_all missing",
      "1 1 1", "cgi_name=kestrel"},
@@ -252,12 +238,12 @@ const std::vector<store_calls> rows = {
     {"IniUpdate.GoesOnWithTheIteration",
      "add tpl_set a; add tpl_set b; value tpl_set; update c; next tpl_set; value tpl_set",
      "1 1 a a b c", "tpl_set=c tpl_set=b"},
-    {"IniUpdate.ANullValueOrNoValueGivenLastChangesNothing",
+    {"IniUpdate.WithoutAValueChangesNothing",
      "update x; add cgi_name kestrel; start; update x; get; update x; get; update -",
      "- 1 1 - cgi_name - kestrel -", "cgi_name=kestrel"},
     {"IniUpdate.WithoutMemoryKeepsTheValueAndLogsTheName",
      "add cgi_name kestrel; value cgi_name; only texts 0; update plover", "1 kestrel -",
-     "cgi_name=kestrel", "INI: Memory Allocation Error -- for name in ini_add {cgi_name}"},
+     "cgi_name=kestrel", {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniValue.GivesTheFirstValueOfTheExactName",
      "add tpl_set a; add tpl_set b; value tpl_set; value Tpl_set; value+ -", "1 1 a - -",
      "tpl_set=a tpl_set=b"},
@@ -267,13 +253,12 @@ const std::vector<store_calls> rows = {
     {"IniValue.WithoutAMatchLeavesTheIterationAtTheEnd",
      "add cgi_name kestrel; value missing; get", "1 - -", "cgi_name=kestrel"},
     {"IniValue.AnAssociationReplacesAMissingName", "add templates /tpl; value+ workarea", "1 /tpl",
-     "templates=/tpl", "INI: replace located {workarea}={templates}"},
+     "templates=/tpl", {"INI: replace located {workarea}={templates}"}},
     {"IniValue.AnAssociationDoesNotReplaceAnOwnValue",
      "add templates /tpl; value workarea; add workarea /work; value+ workarea", "1 - 1 /work",
      "templates=/tpl workarea=/work"},
-    {"IniValue.AssociationsChain", "add templates /tpl; value+ wml_tpl", "1 /tpl",
-     "templates=/tpl",
-     "INI: replace located {wml_tpl}={workarea}\nINI: replace located {workarea}={templates}"},
+    {"IniValue.AssociationsChain", "add templates /tpl; value+ wml_tpl", "1 /tpl", "templates=/tpl",
+     {"INI: replace located {wml_tpl}={workarea}", "INI: replace located {workarea}={templates}"}},
     {"IniValue.AssociationsThatGoInACircleEnd",
      "value+ self; value+ ping; add self 1; value+ self", "- - 1 1", "self=1"},
     {"IniNextValue.GoesOnFromTheIterationPoint",
@@ -284,6 +269,8 @@ const std::vector<store_calls> rows = {
      "templates=/tpl"},
     {"IniValue.GetAssociationGivesTheFirstSubstitute",
      "association workarea; association templates; association -", "templates - -", ""},
+    {"IniMultiValue.OfAnAssociationGivesOnlyItsFirstValue",
+     "add tpl_set a; add tpl_set b; values old_sets", "1 1 [a]", "tpl_set=a tpl_set=b"},
     // 0 is cgi_name, 1 templates, 2 workarea, which has an association, 3 tpl_set.
     {"IniNum.TakesTheNameFromTheTable",
      "add templates /tpl; add tpl_set a; add tpl_set b; value_num 1; value_num 2; value_num 0; "
@@ -294,7 +281,7 @@ const std::vector<store_calls> rows = {
      "add cgi_name kestrel; clear; number; value cgi_name; add cgi_name plover", "1 1 0 - 1",
      "cgi_name=plover"},
     {"IniMessages.APercentInAValueReachesTheReceiverAsItIs", "add cgi_name 100% %s %n", "1",
-     "cgi_name=100% %s %n", "INI: ini settings changed {cgi_name=100% %s %n}"},
+     "cgi_name=100% %s %n", {"INI: ini settings changed {cgi_name=100% %s %n}"}},
 };
 // clang-format on
 
@@ -438,14 +425,6 @@ TEST_F(IniMultiValue, GivesAllValuesInOrderAsTheStoresOwnTexts) {
     EXPECT_EQ(list_get_num(&values, 0), ini_value(&ini, "tpl_set", 0));
     EXPECT_EQ(shown(values), "[a][b]");
     EXPECT_EQ(call("values missing"), "-");
-}
-
-TEST_F(IniMultiValue, OfAnAssociationGivesOnlyItsFirstValue) {
-    constexpr const char *to_sets[] = {"old_sets", "tpl_set", nullptr};
-    ini.associations = to_sets;
-    add("tpl_set", "a");
-    add("tpl_set", "b");
-    EXPECT_EQ(call("values old_sets"), "[a]");
 }
 
 TEST_F(IniNum, WithoutATableGivesNothing) {

@@ -41,7 +41,7 @@ TEST_F(NamedAnswers, OfAListAreAllKept) {
     EXPECT_EQ(answers["allow_host_login"], (std::vector<std::string>{"one", "two"}));
 }
 
-TEST_F(NamedAnswers, AreReadFromAFileWhoseNameHasAnEqualsSignBehindASlash) {
+TEST_F(NamedAnswers, AreReadFromAFileNamedWithAnEqualsSign) {
     write_file("a=b", "domain x\n");
     EXPECT_EQ(read({"./a=b"}), "");
     EXPECT_EQ(value("domain"), "x");

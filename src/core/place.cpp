@@ -17,10 +17,16 @@ file_descriptor open_without_links(int from, const std::string &path, int flags)
              0x04 | 0x02}; // RESOLVE_NO_SYMLINKS, RESOLVE_NO_MAGICLINKS
     constexpr long number_of_openat2 = 437;
     if (path.find("..") != std::string::npos) {
+        errno = ELOOP;
         return {};
     }
     return file_descriptor(
         static_cast<int>(::syscall(number_of_openat2, from, path.c_str(), &how, sizeof(how))));
+}
+
+// Whether the system's own walk failed as ours would: no link was on the way.
+bool is_final(int error) {
+    return error == ENOENT || error == ENOTDIR;
 }
 
 // Opens a file to be written, made if it is missing or foreign.
@@ -51,8 +57,12 @@ file_descriptor open_or_make(const place &directory, const char *name, int how) 
 
 } // namespace
 
+uid_t running_user() {
+    return ::geteuid();
+}
+
 bool is_of_ours(uid_t user) {
-    return user == 0 || user == ::geteuid();
+    return user == 0 || user == running_user();
 }
 
 bool is_ours(const struct stat &entry) {
@@ -73,8 +83,13 @@ place::place(std::string_view path) {
     const std::string whole(path);
     file_descriptor directory = open_without_links(AT_FDCWD, whole, directory_flags);
     const bool is_straight = directory.is_open();
-    *this = is_straight ? place(std::move(directory), whole)
-                        : walk(place(file_descriptor(::open(".", directory_flags)), "."), path);
+    if (is_straight) {
+        *this = place(std::move(directory), whole);
+    } else if (is_final(errno)) {
+        *this = place(errno);
+    } else {
+        *this = walk(place(file_descriptor(::open(".", directory_flags)), "."), path);
+    }
     path_ = whole;
     is_straight_ = is_straight;
 }
@@ -94,19 +109,23 @@ std::string place::path_of(std::string_view name) const {
 }
 
 place place::enter(std::string_view path) const {
-    const std::string whole(path);
     if (!is_open()) {
         return place(error_);
     }
-    const bool is_rooted = path.starts_with('/');
-    file_descriptor directory =
-        is_rooted ? file_descriptor() : open_without_links(number(), whole, directory_flags);
+    if (path.starts_with('/')) {
+        return place(path);
+    }
+    const std::string whole(path);
+    file_descriptor directory = open_without_links(number(), whole, directory_flags);
     const bool is_straight = directory.is_open();
+    if (!is_straight && is_final(errno)) {
+        return place(errno);
+    }
     place end =
         is_straight
             ? place(std::move(directory), "")
             : walk(place(file_descriptor(::openat(number(), ".", directory_flags)), path_), path);
-    end.path_ = is_rooted ? whole : path_of(path);
+    end.path_ = path_of(path);
     end.is_straight_ = is_straight && is_straight_;
     return end;
 }
@@ -152,7 +171,7 @@ bool place::give(uid_t user, gid_t group) {
         return true;
     }
     // What is empty discloses nothing. Nobody but root gives anything away.
-    if (status_.st_uid != user && ::geteuid() == 0 && !is_new_ && !is_empty()) {
+    if (status_.st_uid != user && running_user() == 0 && !is_new_ && !is_empty()) {
         if (!met().is_choice_of(status_.st_uid)) {
             report_refusal("Not given away: \"%s\" could have been put there by another user",
                            path_);
@@ -205,7 +224,7 @@ bool place::is_within(const struct stat &directory) const {
 file_descriptor place::lock() const {
     constexpr int most_waits = 600;
     constexpr timespec tenth_of_a_second = {0, 100'000'000};
-    file_descriptor directory(::openat(number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    file_descriptor directory = open_itself();
     if (!is_shared()) {
         ::flock(directory.number(), LOCK_EX);
         return directory;
@@ -220,10 +239,7 @@ file_descriptor place::lock() const {
 }
 
 directory_handle place::list() const {
-    if (!is_usable()) {
-        return nullptr;
-    }
-    file_descriptor directory(::openat(number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    file_descriptor directory = open_itself();
     if (!directory.is_open()) {
         return nullptr;
     }
@@ -232,6 +248,17 @@ directory_handle place::list() const {
         directory.release();
     }
     return list;
+}
+
+bool place::can_be_listed() const {
+    return open_itself().is_open();
+}
+
+// Opens the directory for reading; not open, with errno set, on failure.
+file_descriptor place::open_itself() const {
+    return is_usable()
+               ? file_descriptor(::openat(number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+               : file_descriptor();
 }
 
 bool place::look(const char *name, struct stat &entry) const {

@@ -103,6 +103,9 @@ inline bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+// The one who runs the program.
+uid_t running_user();
+
 // Whether `user` is root or the one who runs the program; whether such a user owns a file or
 // directory and nobody else may write it.
 bool is_of_ours(uid_t user);
@@ -180,6 +183,9 @@ class place {
     // Opens the directory to list it; null with errno set on failure.
     [[nodiscard]] directory_handle list() const;
 
+    // Whether it can be listed.
+    [[nodiscard]] bool can_be_listed() const;
+
     // --- What stands in it. On failure errno says why. ---
 
     // Looks at what `name` leads to, whoever made the links (POSIX fstatat): for decisions about
@@ -218,6 +224,7 @@ class place {
     friend class walker;
     place(file_descriptor directory, std::string path);
     [[nodiscard]] bool is_empty() const;
+    [[nodiscard]] file_descriptor open_itself() const;
 
     file_descriptor directory_;
     std::string path_;

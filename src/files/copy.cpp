@@ -299,7 +299,7 @@ copy_result copy_to(const copy_source &from, const copy_target &to, int overwrit
 
 // Whether a file that was there already may be given to the owner.
 bool may_be_given(const open_file &file) {
-    return file.is_owners_choice || file.status.st_uid == gx_user || ::geteuid() != 0;
+    return file.is_owners_choice || file.status.st_uid == gx_user || running_user() != 0;
 }
 
 // What stands there already gets the mode and the owner of a program as well.
@@ -339,10 +339,10 @@ int do_copy(const char *src, const char *xdst, int overwrite) {
     return do_copy_limited(src, xdst, overwrite, all_mode_bits);
 }
 
-int do_copy_opened(const place &from, const char *name, const place &to) {
+int do_copy_opened(const place &from, const char *name, bool is_plain, const place &to,
+                   const char *xdst) {
     const std::string path = path_in(from.path(), name);
-    return copy_into({from, name, path.c_str(), false}, to, to.path().c_str(), 1, file_mode,
-                     nullptr);
+    return copy_into({from, name, path.c_str(), is_plain}, to, xdst, 1, file_mode, nullptr);
 }
 
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most) {
@@ -390,8 +390,11 @@ int do_xcopy(const char *src, const char *dst, int overwrite) {
 }
 
 int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite) {
-    const place from(path);
-    const place to = target_directory(dst);
+    return do_xcopy_opened(place(path), path, src, target_directory(dst), dst, overwrite);
+}
+
+int do_xcopy_opened(const place &from, const char *path, const char *src, const place &to,
+                    const char *dst, int overwrite) {
     found_names names;
     plain_files plain{};
     const int count = wild_find2(from, path, src, names, plain);

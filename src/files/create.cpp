@@ -25,17 +25,19 @@ place enter_or_make(const place &above, const std::string &name, mode_t permissi
     return directory;
 }
 
-// Makes every missing directory of a path from the root.
+// Makes the directory of a path from the root, with every missing one above it.
 place make_all(std::string_view path, mode_t permission) {
-    place here("/");
-    while (here.is_open() && !path.empty()) {
-        const std::string name(path.substr(0, path.find('/')));
-        path.remove_prefix(std::min(name.size() + 1, path.size()));
-        if (!name.empty()) {
-            here = enter_or_make(here, name, permission);
-        }
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.remove_suffix(1);
     }
-    return here;
+    place there(path);
+    if (there.error() != ENOENT || path == "/") {
+        return there;
+    }
+    const std::size_t name = path.rfind('/') + 1;
+    place above = make_all(path.substr(0, name), permission);
+    return above.is_open() ? enter_or_make(above, std::string(path.substr(name)), permission)
+                           : std::move(above);
 }
 
 made_directory make_directory(const char *dir, mode_t permission) {
@@ -44,7 +46,7 @@ made_directory make_directory(const char *dir, mode_t permission) {
                    std::strerror(ENAMETOOLONG));
         return {0, place(ENAMETOOLONG)};
     }
-    if (place there(rmv_end_sep(dir)); there.list() != nullptr) {
+    if (place there(rmv_end_sep(dir)); there.can_be_listed()) {
         imsg("Can't create \"%s\": directory already exists.", dir);
         return {1, std::move(there)};
     }

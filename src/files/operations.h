@@ -61,9 +61,6 @@ inline constexpr mode_t images_mode = 0755;
 // alone; the log says so.
 int do_copy(const char *src, const char *xdst, int overwrite);
 
-// do_copy, with overwriting, of the file `name` of an open directory into another open one.
-int do_copy_opened(const place &from, const char *name, const place &to);
-
 // do_copy of a file, which gets no more rights than `most` has, and with private_mode no other
 // owner than the one who runs the program.
 int do_copy_limited(const char *src, const char *xdst, int overwrite, mode_t most);
@@ -81,6 +78,13 @@ int do_exe_copy2(const char *src, const char *dst, int overwrite);
 // taken for an ordinary file.)
 int do_xcopy(const char *src, const char *dst, int overwrite);
 int do_xcopy2(const char *path, const char *src, const char *dst, int overwrite);
+
+// do_xcopy2, and do_copy of the file `name` with overwriting, between open directories. These are
+// shown as `path` and `dst`. `is_plain`: it is known to be a plain file.
+int do_xcopy_opened(const place &from, const char *path, const char *src, const place &to,
+                    const char *dst, int overwrite);
+int do_copy_opened(const place &from, const char *name, bool is_plain, const place &to,
+                   const char *dst);
 
 // --- Removal (remove.cpp) ---
 

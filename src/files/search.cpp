@@ -208,7 +208,7 @@ int dir_exists(const char *path) {
     if (s_strlen(path) > path_limit) {
         return 0;
     }
-    return place(rmv_end_sep(path)).list() != nullptr ? 1 : 0;
+    return place(rmv_end_sep(path)).can_be_listed() ? 1 : 0;
 }
 
 int file_exists(const char *path) {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -51,29 +50,37 @@ std::vector<std::string> find_sets(const char *dir) {
 // files, and there may be many sets.
 class set_target {
   public:
-    set_target(std::string path, std::size_t number) : path_(std::move(path)) {
-        if (number < most_open) {
-            open_.emplace(path_);
-        }
-    }
+    set_target(std::string path, place directory, std::size_t number)
+        : path_(std::move(path)), directory_(number < most_open ? std::move(directory) : place()) {}
 
-    bool copy(const place &from, const char *name) const {
-        if (open_) {
-            return do_copy_opened(from, name, *open_) != 0;
-        }
-        return do_copy_opened(from, name, place(path_)) != 0;
+    bool copy(const place &from, const char *name, bool is_plain) const {
+        const auto copy_to = [&](const place &directory) {
+            return do_copy_opened(from, name, is_plain, directory, path_.c_str()) != 0;
+        };
+        return directory_.is_open() ? copy_to(directory_) : copy_to(place(path_));
     }
 
   private:
     static constexpr std::size_t most_open = 16;
 
     std::string path_;
-    std::optional<place> open_;
+    place directory_;
 };
 
-bool copy_to_all(const place &common, const char *name, const std::vector<set_target> &sets) {
+// Copies a set. Returns whether that was done without a failure; `target` is left open.
+bool copy_set(const std::string &source, const std::string &target, place &directory) {
+    made_directory made = make_owned_directory(target.c_str(), directory_mode);
+    if (made.result == 0) {
+        return false;
+    }
+    directory = made.directory.is_open() ? std::move(made.directory) : place(target);
+    return do_xcopy_opened(place(source), source.c_str(), "*", directory, target.c_str(), 1) != 0;
+}
+
+bool copy_to_all(const place &common, const char *name, bool is_plain,
+                 const std::vector<set_target> &sets) {
     return std::all_of(sets.begin(), sets.end(),
-                       [&](const set_target &set) { return set.copy(common, name); });
+                       [&](const set_target &set) { return set.copy(common, name, is_plain); });
 }
 
 bool copy_common(const std::string &common, const std::vector<set_target> &copied_sets,
@@ -83,10 +90,10 @@ bool copy_common(const std::string &common, const std::vector<set_target> &copie
     plain_files plain{};
     const int count = wild_find2(directory, common.c_str(), "*", names, plain);
     bool is_complete = true;
-    for_each_name(names, count, [&](const char *name) {
-        if (is_file(directory, name) && !(skip_words && name == word_list)) {
+    for_each_name(names, count, plain, [&](const char *name, bool is_plain) {
+        if ((is_plain || is_file(directory, name)) && !(skip_words && name == word_list)) {
             // After a failure copies nothing more; the loop goes on to free the names.
-            is_complete = is_complete && copy_to_all(directory, name, copied_sets);
+            is_complete = is_complete && copy_to_all(directory, name, is_plain, copied_sets);
         }
     });
     return is_complete;
@@ -146,11 +153,11 @@ int do_template_copy(const char *src, const char *dst, int skip_words) {
     std::vector<set_target> copied_sets;
     for (const std::string &set : find_sets(src)) {
         std::string target = path_in(dst, set.c_str());
-        if (make_owned_dir(target.c_str(), directory_mode) == 0 ||
-            do_xcopy2(path_in(src, set.c_str()).c_str(), "*", target.c_str(), 1) == 0) {
+        place directory;
+        if (!copy_set(path_in(src, set.c_str()), target, directory)) {
             return 0;
         }
-        copied_sets.emplace_back(std::move(target), copied_sets.size());
+        copied_sets.emplace_back(std::move(target), std::move(directory), copied_sets.size());
     }
     const std::string common = path_in(src, common_name);
     return copy_common(common, copied_sets, skip_words != 0) ? 1 : 0;

@@ -3,7 +3,6 @@
 #include "core/console.h"
 #include "core/log.h"
 #include "core/paths.h"
-#include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "setup/distribution.h"
@@ -93,28 +92,16 @@ bool copy_original_sets(const std::string &originals) {
     return true;
 }
 
-// Offers a copy of the distribution's templates. Returns false if a directory could not be created.
-bool offer_originals(const setup_job &job) {
-    if (!wants_originals(job, "")) {
-        return true;
+bool copy_originals(const setup_job &job, const std::string &originals) {
+    if (job.has_sets) {
+        return copy_original_sets(originals);
     }
-    const std::string originals = job.below_install_dir("originals");
-    if (make_owned_dir(originals.c_str(), directory_mode) == 0) {
-        return false;
-    }
-    print("Copying original template files");
-    if (!job.has_sets) {
-        do_xcopy2(templates_source, "*.tpl", originals.c_str(), 1);
-    } else if (!copy_original_sets(originals)) {
-        return false;
-    }
-    print("\nCopy complete.\n");
+    do_xcopy2(templates_source, "*.tpl", originals.c_str(), 1);
     return true;
 }
 
 void offer_clean_up(setup_job &job) {
-    // Unpacked in the installation directory, the distribution is part of the installation.
-    if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
+    if (!can_clean_up(job)) {
         return;
     }
     dmsg("Delete temp ?");
@@ -156,7 +143,7 @@ int gxinstall(pINI_SETTINGS ini) {
     print_outcome(job, "Installation", "installation");
     print("You may wish to customize the template and .ini files.  If you do, it is\n");
     print("advisable to keep a copy of the original templates.\n");
-    if (!offer_originals(job)) {
+    if (!offer_originals(job, "", copy_originals)) {
         return 0;
     }
     offer_clean_up(job);

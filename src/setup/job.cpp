@@ -4,6 +4,7 @@
 #include "core/failures.h"
 #include "core/log.h"
 #include "core/paths.h"
+#include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
@@ -82,12 +83,26 @@ void print_outcome(const setup_job &job, const char *title, const char *work) {
     print("\"%s\" for use in future upgrades.\n\n", install_dir);
 }
 
-bool wants_originals(const setup_job &job, const char *note) {
+bool offer_originals(const setup_job &job, const char *note,
+                     bool (*copy)(const setup_job &job, const std::string &originals)) {
     if (!is_yes(question(YN_ORGTMP_Q, "YES", job.answer(D_INSTALL_DIR), '/', note))) {
-        return false;
+        return true;
     }
     dmsg("Copy originals");
+    const std::string originals = job.below_install_dir("originals");
+    if (make_owned_dir(originals.c_str(), directory_mode) == 0) {
+        return false;
+    }
+    print("Copying original template files");
+    if (!copy(job, originals)) {
+        return false;
+    }
+    print("\nCopy complete.\n");
     return true;
+}
+
+bool can_clean_up(const setup_job &job) {
+    return match_root_dir(job.answer(D_INSTALL_DIR)) == 0;
 }
 
 void print_thanks(const setup_job &job, const char *doing) {

@@ -48,8 +48,14 @@ void write_wml_ini(setup_job &job);
 // `work` is the title as it reads inside a sentence.
 void print_outcome(const setup_job &job, const char *title, const char *work);
 
-// Asks whether to keep the distribution's templates as "originals". `note` ends the question.
-bool wants_originals(const setup_job &job, const char *note);
+// Offers to keep the distribution's templates in INSTALL_DIR/originals. `note` ends the question.
+// On a yes makes that directory and calls `copy` with it, which returns false if it could not
+// create a directory. Returns false if any could not be created.
+bool offer_originals(const setup_job &job, const char *note,
+                     bool (*copy)(const setup_job &job, const std::string &originals));
+
+// Whether the distribution lies apart from the installation, so that it can be deleted.
+bool can_clean_up(const setup_job &job);
 
 // Prints the thanks ("Thank-you for DOING PRODUCT") and the URL of the product.
 void print_thanks(const setup_job &job, const char *doing);

@@ -9,15 +9,13 @@
 #include "products/product.h"
 #include "setup/distribution.h"
 #include "setup/installed.h"
-#include "templates/header.h"
+#include "upgrade/classify.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 
 namespace {
-
-constexpr int safe_category = 1;
 
 bool are_alike(const std::string &one, const std::string &other) {
     const stream_handle first = open_plain_file(one.c_str());
@@ -76,17 +74,8 @@ bool are_all_files_there(pINI_SETTINGS ini) {
 
 // Whether a template that was never edited is older than the distribution's.
 bool is_outdated(pINI_SETTINGS ini, const char *name) {
-    const std::string newer = path_in(templates_source, name);
-    if (file_exists(newer.c_str()) == 0) {
-        return false;
-    }
-    const char *product_name = ini_value_num(ini, D_PROD_NAME);
-    const std::string installed = path_in(ini_value2_num(ini, D_INSTALL_DIR), name);
-    TMPLT_INFO entry;
-    entry.name = name;
-    tpl_load(&entry, installed.c_str(), product_name, 0);
-    tpl_load(&entry, newer.c_str(), product_name, 1);
-    return tpl_category(&entry, installed.c_str()) == safe_category;
+    return file_exists(path_in(templates_source, name).c_str()) == 1 &&
+           classify_template(ini, name).category == safe_category;
 }
 
 bool are_safe_templates_new(pINI_SETTINGS ini, const named_answers &named) {

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int safe_category = 1;
 constexpr const char *list_file = "tmptlist.txt";
 
 constexpr const char *dashes_78 =
@@ -43,18 +42,6 @@ constexpr section sections[] = {
         "upgraded safely:\n\n"},
 };
 
-TMPLT_INFO classify(pINI_SETTINGS ini, const char *name) {
-    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
-    const std::string installed = path_in(ini_value_num(ini, D_INSTALL_DIR), name);
-    const std::string distributed = path_in(templates_source, name);
-    TMPLT_INFO entry;
-    entry.name = name;
-    tpl_load(&entry, installed.c_str(), prod_name, 0);
-    tpl_load(&entry, distributed.c_str(), prod_name, 1);
-    entry.category = tpl_category(&entry, installed.c_str());
-    return entry;
-}
-
 std::vector<TMPLT_INFO> classify_all(pINI_SETTINGS ini) {
     const char *install_dir = ini_value_num(ini, D_INSTALL_DIR);
     found_names names;
@@ -65,7 +52,7 @@ std::vector<TMPLT_INFO> classify_all(pINI_SETTINGS ini) {
     std::vector<TMPLT_INFO> templates;
     templates.reserve(static_cast<std::size_t>(count));
     for_each_name(names, count,
-                  [&](const char *name) { templates.push_back(classify(ini, name)); });
+                  [&](const char *name) { templates.push_back(classify_template(ini, name)); });
     return templates;
 }
 
@@ -119,6 +106,18 @@ void offer_safe_save(pINI_SETTINGS ini, std::span<TMPLT_INFO> templates) {
 }
 
 } // namespace
+
+TMPLT_INFO classify_template(pINI_SETTINGS ini, const char *name) {
+    const char *prod_name = ini_value_num(ini, D_PROD_NAME);
+    const std::string installed = path_in(ini_value_num(ini, D_INSTALL_DIR), name);
+    const std::string distributed = path_in(templates_source, name);
+    TMPLT_INFO entry;
+    entry.name = name;
+    tpl_load(&entry, installed.c_str(), prod_name, 0);
+    tpl_load(&entry, distributed.c_str(), prod_name, 1);
+    entry.category = tpl_category(&entry, installed.c_str());
+    return entry;
+}
 
 int do_upgrade_list(pINI_SETTINGS ini) {
     std::vector<TMPLT_INFO> templates = classify_all(ini);

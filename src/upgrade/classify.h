@@ -8,6 +8,12 @@
 
 #include <span>
 
+// The category of templates that can be replaced without loss.
+inline constexpr int safe_category = 1;
+
+// Compares the installed template `name` with the distribution's. Logs what cannot be read.
+TMPLT_INFO classify_template(pINI_SETTINGS ini, const char *name);
+
 // Compares every installed template with the distribution's of the same name. Where any has an
 // upgrade: shows the categories on request, offers to replace the safe ones, leaves tmptlist.txt in
 // the current and the installation directory and waits for enter. Always returns 0.

@@ -2,7 +2,6 @@
 
 #include "core/console.h"
 #include "core/log.h"
-#include "dialogue/path_checks.h"
 #include "dialogue/question.h"
 #include "files/operations.h"
 #include "files/search.h"
@@ -113,25 +112,15 @@ void print_advice() {
     print("distribution set).\n");
 }
 
-// Offers a copy of the distribution's templates. Returns false if its directory could not be
-// created.
-bool offer_originals(const setup_job &job, int overwrite) {
-    if (!wants_originals(job, overwrite != 0 ? "" : keeps_templates_note)) {
-        return true;
-    }
-    const std::string originals = job.below_install_dir("originals");
-    if (make_owned_dir(originals.c_str(), directory_mode) == 0) {
-        return false;
-    }
-    print("Copying original template files");
+// The answer about the installed templates also decides about originals of an earlier run.
+bool copy_originals(const setup_job &job, const std::string &originals) {
+    const int overwrite = is_true_answer(job.ini, D_REPLACE_TMPLTS) ? 1 : 0;
     do_xcopy2(templates_source, job.has_sets ? "*" : "*.tpl", originals.c_str(), overwrite);
-    print("\nCopy complete.\n");
     return true;
 }
 
 void offer_clean_up(const setup_job &job) {
-    // Unpacked in the installation directory, the distribution is part of the installation.
-    if (match_root_dir(job.answer(D_INSTALL_DIR)) == 1) {
+    if (!can_clean_up(job)) {
         return;
     }
     if (is_yes(question(YN_DELTEMP_Q, "YES"))) {
@@ -174,7 +163,7 @@ int gxupgrade(pINI_SETTINGS ini) {
     }
     print_outcome(job, "Upgrade", "upgrade");
     print_advice();
-    if (!offer_originals(job, overwrite)) {
+    if (!offer_originals(job, overwrite != 0 ? "" : keeps_templates_note, copy_originals)) {
         return 0;
     }
     offer_clean_up(job);

@@ -41,6 +41,14 @@ class scratch_directory {
     [[nodiscard]] std::string path() const { return path_; }
     [[nodiscard]] std::string path(std::string_view name) const { return path_ / name; }
 
+    // The text with "@" for the directory.
+    [[nodiscard]] std::string with_at(std::string text) const {
+        for (std::size_t at = 0; (at = text.find(path(), at)) != std::string::npos;) {
+            text.replace(at, path().size(), "@");
+        }
+        return text;
+    }
+
   private:
     std::filesystem::path before_;
     std::filesystem::path path_;

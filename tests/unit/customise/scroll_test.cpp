@@ -3,10 +3,10 @@
 #include "customise/text_list.h"
 #include "support/applet_model.h"
 #include "support/asked_console.h"
+#include "support/expected.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
-#include "unit/customise/screens.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -243,7 +243,6 @@ struct edit {
     texts messages;
     texts urls;
     const char *typed;
-    texts questions;
     texts messages_then;
     texts urls_then;
 };
@@ -251,19 +250,17 @@ struct edit {
 class ScrollEditor : public scratch_test {
   protected:
     void check(const edit &row) {
-        const bool edits_messages = row.editor == get_messages;
         data.hold(row.messages, row.urls);
         int result = -1;
-        EXPECT_EQ(console_of(row.typed, [&] { result = row.editor(&data); }),
-                  (edits_messages ? messages_help : urls_help) + asked(row.questions));
-        EXPECT_EQ(result, edits_messages ? list_num(&data.messages) : 1);
+        expect_kept("console", console_of(row.typed, [&] { result = row.editor(&data); }));
+        EXPECT_EQ(result, row.editor == get_messages ? list_num(&data.messages) : 1);
         EXPECT_EQ(items_of(&data.messages), row.messages_then);
         EXPECT_EQ(items_of(&data.urls), row.urls_then);
     }
 
-    // What the questions for the properties show; `script` answers them.
-    std::string properties(const console_script &script) {
-        return console_of(script, [&] { EXPECT_EQ(get_properties(&data), 1); });
+    // Asks for the properties and compares what that shows.
+    void ask_properties(const console_script &script) {
+        expect_kept("console", console_of(script, [&] { EXPECT_EQ(get_properties(&data), 1); }));
     }
 
     applet data;
@@ -271,69 +268,46 @@ class ScrollEditor : public scratch_test {
 
 // clang-format off
 const std::vector<edit> edits = {
-    {"ScrollEditor.AsksForMessagesUntilOneIsEmpty", get_messages, {}, {},
-     "One\nTwo\n\n\n", {"Enter message0 ", "Enter message1 ", "Enter message2 ", changes},
-     {"One", "Two"}, {}},
-    {"ScrollEditor.KeepsChangesAndAddsMessages", get_messages, {"One", "Two"}, {"a", "b"},
-     "\nSecond\nThird\n\nno\n",
-     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", "Enter message3 ",
-      changes},
-     {"One", "Second", "Third"}, {"a", "b"}},
+    {"ScrollEditor.AsksForMessagesUntilOneIsEmpty", get_messages,
+     {}, {}, "One\nTwo\n\n\n", {"One", "Two"}, {}},
+    {"ScrollEditor.KeepsChangesAndAddsMessages", get_messages,
+     {"One", "Two"}, {"a", "b"}, "\nSecond\nThird\n\nno\n", {"One", "Second", "Third"}, {"a", "b"}},
     {"ScrollEditor.DelDropsTheMessageAndItsLink", get_messages,
-     {"One", "Two", "Three"}, {"a", "b", "c"}, "\n[del]\n\n\n\n",
-     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
-      changes},
-     {"One", "Three"}, {"a", "c"}},
+     {"One", "Two", "Three"}, {"a", "b", "c"}, "\n[del]\n\n\n\n", {"One", "Three"}, {"a", "c"}},
     {"ScrollEditor.ASecondDelTakesTheLinkAtItsNewPlace", get_messages,
-     {"One", "Two", "Three"}, {"a", "b", "c"}, "[del]\n[del]\n\n\n\n",
-     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 [Three]", "Enter message3 ",
-      changes},
-     {"Three"}, {"b"}},
+     {"One", "Two", "Three"}, {"a", "b", "c"}, "[del]\n[del]\n\n\n\n", {"Three"}, {"b"}},
     {"ScrollEditor.TwoDelsBehindTheLinksTakeTheLastOnes", get_messages,
-     {"One", "Two"}, {"a", "b"}, "[del]\n[del]\n\n\n",
-     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}, {}, {}},
+     {"One", "Two"}, {"a", "b"}, "[del]\n[del]\n\n\n", {}, {}},
     {"ScrollEditor.ADelBehindTheLinksTakesTheLastOne", get_messages,
-     {"One", "Two"}, {"a"}, "\n[del]\n\n\n",
-     {"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}, {"One"}, {}},
-    {"ScrollEditor.AnotherPassOffersTheNewMessages", get_messages, {"One"}, {"a"},
-     "First\nSecond\n\nyes\n\n[del]\n\n\n",
-     {"Enter message0 [One]", "Enter message1 ", "Enter message2 ", changes,
-      "Enter message0 [First]", "Enter message1 [Second]", "Enter message2 ", changes},
-     {"First"}, {}},
+     {"One", "Two"}, {"a"}, "\n[del]\n\n\n", {"One"}, {}},
+    {"ScrollEditor.AnotherPassOffersTheNewMessages", get_messages,
+     {"One"}, {"a"}, "First\nSecond\n\nyes\n\n[del]\n\n\n", {"First"}, {}},
     {"ScrollEditor.AsksForTheLinkOfEachMessage", get_urls,
-     {"One", "Two", "Three"}, {"a", "b"}, "\n[del]\n\n\n",
-     {"Enter url for message One [a]", "Enter url for message Two [b]",
-      "Enter url for message Three ", changes},
-     {"One", "Two", "Three"}, {"a", "", ""}},
+     {"One", "Two", "Three"}, {"a", "b"}, "\n[del]\n\n\n", {"One", "Two", "Three"}, {"a", "", ""}},
     {"ScrollEditor.AnotherPassOffersTheNewLinks", get_urls,
-     {"One", "Two"}, {"a", "b"}, "x\n[del]\nyes\n\ny.html\n\n",
-     {"Enter url for message One [a]", "Enter url for message Two [b]", changes,
-      "Enter url for message One [x]", "Enter url for message Two ", changes},
-     {"One", "Two"}, {"x", "y.html"}},
-    {"ScrollEditor.LinksOfDroppedMessagesGo", get_urls, {"One"}, {"a", "b", "c"}, "\n\n",
-     {"Enter url for message One [a]", changes}, {"One"}, {"a"}},
+     {"One", "Two"}, {"a", "b"}, "x\n[del]\nyes\n\ny.html\n\n", {"One", "Two"}, {"x", "y.html"}},
+    {"ScrollEditor.LinksOfDroppedMessagesGo", get_urls,
+     {"One"}, {"a", "b", "c"}, "\n\n", {"One"}, {"a"}},
 };
 // clang-format on
 
 const int edits_registered = register_rows<ScrollEditor>(edits);
 
 TEST_F(ScrollEditor, EnterKeepsAllProperties) {
-    EXPECT_EQ(properties({}), property_questions());
+    ask_properties({});
     EXPECT_EQ(model_of(&data), applet_model());
 }
 
 TEST_F(ScrollEditor, TakesOtherProperties) {
     data.look_3d = -1;
-    data.look_shadow = 1;
-    data.direction = 1;
+    data.look_shadow = data.direction = 1;
     data.delay = 20;
-    EXPECT_EQ(properties({{"height", "20px"},
-                          {"width", "50%"},
-                          {"Three dimensional", "no"},
-                          {"direction", "left"},
-                          {"delay", "fast"},
-                          {"speed", "7"}}),
-              property_questions({"40", "80%", "YES", "YES", "up", "20", "1"}));
+    ask_properties({{"height", "20px"},
+                    {"width", "50%"},
+                    {"Three dimensional", "no"},
+                    {"direction", "left"},
+                    {"delay", "fast"},
+                    {"speed", "7"}});
     EXPECT_EQ(model_of(&data), (applet_model{.height = "20px",
                                              .width = "50%",
                                              .look_3d = 0,
@@ -344,114 +318,74 @@ TEST_F(ScrollEditor, TakesOtherProperties) {
 }
 
 TEST_F(ScrollEditor, AsksAgainForASizeThatHoldsNeitherDigitNorPercentOrIsRefused) {
-    const std::string height = "Enter height of scrollbox (value or percentage) [40]";
-    const std::string width = "Enter width of scrollbox (value or percentage) [80%]";
-    EXPECT_EQ(properties(in_order({{"height", "abc"},
-                                   {"height", "5%0"},
-                                   {"height", "yes"},
-                                   {"height", "30%"},
-                                   {"width", "abc"}})),
-              asked({height, height, height, height, width}) +
-                  property_questions().substr(asked({height}).size()));
+    ask_properties(in_order({{"height", "abc"},
+                             {"height", "5%0"},
+                             {"height", "yes"},
+                             {"height", "30%"},
+                             {"width", "abc"}}));
     EXPECT_EQ(model_of(&data), applet_model{.height = "30%"});
 }
 
 TEST_F(ScrollEditor, AsksAgainForADirectionThatIsNone) {
-    std::string questions = property_questions();
-    const std::string direction = asked({"Scroll direction (up or left) [left]"});
-    const std::string refused = direction + "\nMust be either \"left\" or \"up\"";
-    EXPECT_EQ(
-        properties(in_order({{"direction", "down"}, {"direction", "-1"}, {"direction", "up"}})),
-        questions.insert(questions.find(direction), refused + refused));
+    ask_properties(in_order({{"direction", "down"}, {"direction", "-1"}, {"direction", "up"}}));
     EXPECT_EQ(data.direction, 1);
 }
 
 TEST_F(ScrollEditor, TakesANumberAsDirection) {
-    properties({{"direction", "5"}});
+    ask_properties({{"direction", "5"}});
     EXPECT_EQ(data.direction, 5);
 }
 
 class DoScrollmsg : public scratch_test {
   protected:
-    // What the dialogue about the store's applet shows.
+    // Runs the dialogue about the store's applet; compares what it shows, and the values of "set"
+    // then.
     template <typename Input>
-    std::string run(const Input &input) {
-        return console_of(input, [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); });
+    void run(const Input &input) {
+        expect_kept("console", console_of(input, [&] { EXPECT_EQ(do_scrollmsg(store.get()), 1); }));
+        std::string sets;
+        for (const std::string &value : values_of(store.get(), "set")) {
+            sets += value + "\n";
+        }
+        expect_kept("set", sets);
     }
-
-    texts sets() { return values_of(store.get(), "set"); }
 
     custom_store store{};
 };
 
 TEST_F(DoScrollmsg, StoresANewAppletUnderTheDoubledWord) {
     ini_add(store.get(), "set", "logo a.gif");
-    EXPECT_EQ(run(console_script{{"Enter message0", "Welcome"},
-                                 {"url for message Welcome", "news.html"},
-                                 {"Three dimensional", "yes"},
-                                 {"direction", "up"},
-                                 {"delay", "100"},
-                                 {"speed", "2"}}),
-              messages_help + asked({"Enter message0 ", "Enter message1 ", changes}) + urls_help +
-                  asked({"Enter url for message Welcome ", changes}) + property_questions());
-    EXPECT_EQ(
-        sets(),
-        (texts{"logo a.gif",
-               "scrollmessage scrollmessage "
-               R"(<applet code="Scrolltext.class" width = 80% height = 40>)"
-               R"(<param name="scrollmessage0" value="Welcome">)"
-               R"(<param name="scrollurl0" value="news.html">)"
-               R"(<param name="3DFrame" value="1"><param name="Shadow" value="0">)"
-               R"(<param name="Scrolldirection" value="1"><param name="ScrollDelay" value="100">)"
-               R"(<param name="ScrollDelta" value="2"></applet>)"}));
+    run(console_script{{"Enter message0", "Welcome"},
+                       {"url for message Welcome", "news.html"},
+                       {"Three dimensional", "yes"},
+                       {"direction", "up"},
+                       {"delay", "100"},
+                       {"speed", "2"}});
 }
 
 TEST_F(DoScrollmsg, ConversionsInMessagesAndLinksAreText) {
-    const std::string console =
-        run(console_script{{"Enter message0", "%s%n%d%%"}, {"url for message", "%n%s%d%%"}});
-    EXPECT_NE(console.find("\nEnter url for message %s%n%d%% ? "), std::string::npos) << console;
-    ASSERT_EQ(sets().size(), 1U);
-    EXPECT_NE(sets()[0].find(R"(<param name="scrollmessage0" value="%s%n%d%%">)"
-                             R"(<param name="scrollurl0" value="%n%s%d%%">)"),
-              std::string::npos)
-        << sets()[0];
+    run(console_script{{"Enter message0", "%s%n%d%%"}, {"url for message", "%n%s%d%%"}});
 }
 
 TEST_F(DoScrollmsg, EditsTheStoredApplet) {
-    const std::string begin = "scrollmessage scrollmessage <applet code=\"Scrolltext.class\" "
-                              "width = 75% height = 30><param name=\"scrollmessage0\" value=";
-    const std::string stored = begin +
-                               R"("One"><param name="scrollmessage1" value="Two">)"
-                               R"(<param name="scrollurl1" value="b.html">)" +
-                               tail;
+    const std::string stored =
+        R"(scrollmessage scrollmessage <applet code="Scrolltext.class" width = 75% height = 30>)"
+        R"(<param name="scrollmessage0" value="One"><param name="scrollmessage1" value="Two">)"
+        R"(<param name="scrollurl1" value="b.html">)" +
+        tail;
     ini_add(store.get(), "set", stored.c_str());
     ini_add(store.get(), "set", "logo a.gif");
-    EXPECT_EQ(
-        run(console_script{{"Enter message0", "[del]"}}),
-        messages_help +
-            asked({"Enter message0 [One]", "Enter message1 [Two]", "Enter message2 ", changes}) +
-            urls_help + asked({"Enter url for message Two [b.html]", changes}) +
-            property_questions({"30", "75%", "YES", "YES", "up", "250", "3"}));
-    EXPECT_EQ(sets(), (texts{"logo a.gif",
-                             begin + R"("Two"><param name="scrollurl0" value="b.html">)" + tail}));
+    run(console_script{{"Enter message0", "[del]"}});
 }
 
 TEST_F(DoScrollmsg, TheRemovalKeepsTheStoredApplet) {
-    const std::string stored =
-        R"(scrollmessage scrollmessage <param name="scrollmessage0" value="One">)";
-    ini_add(store.get(), "set", stored.c_str());
-    EXPECT_EQ(run("[del]\n\n\nyes\n"),
-              messages_help + asked({"Enter message0 [One]", "Enter message1 ", changes,
-                                     "Remove scrollmessages [NO]"}));
-    EXPECT_EQ(sets(), texts{stored});
+    ini_add(store.get(), "set",
+            R"(scrollmessage scrollmessage <param name="scrollmessage0" value="One">)");
+    run("[del]\n\n\nyes\n");
 }
 
 TEST_F(DoScrollmsg, AnEmptyFirstMessageLeadsToTheRemovalAndBackToTheMessages) {
-    const std::string round =
-        messages_help + asked({"Enter message0 ", changes, "Remove scrollmessages [NO]"});
-    EXPECT_EQ(run(in_order({{"Remove scrollmessages", ""}, {"Remove scrollmessages", "yes"}})),
-              round + round);
-    EXPECT_EQ(sets(), texts{});
+    run(in_order({{"Remove scrollmessages", ""}, {"Remove scrollmessages", "yes"}}));
 }
 
 } // namespace

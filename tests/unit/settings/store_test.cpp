@@ -109,8 +109,10 @@ class Store : public testing::Test, public recording_store {
     void check(const Row &row) {
         EXPECT_EQ(results_of(row.calls, [&](const std::string &text) { return call(text); }),
                   row.results);
-        texts told = errors;
-        told.insert(told.end(), debug_messages.begin(), debug_messages.end());
+        texts told = debug_messages;
+        for (const std::string &error : errors) {
+            told.push_back("error: " + error);
+        }
         EXPECT_TRUE(row.told.empty() || told == row.told) << testing::PrintToString(told);
         EXPECT_EQ(joined(settings_of(&ini)), row.settings);
     }
@@ -177,36 +179,36 @@ const std::vector<store_calls> rows = {
     {"IniAdd.MasksAnotherPassword", "add secret one; add secret two", "1 1",
      "secret=two", {"INI: ini settings changed {secret=xxxxx}"}},
     {"IniAdd.WithoutMemoryForTheNameIsAnError", "only texts 0; add cgi_name kestrel", "0", "",
-     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
+     {"error: INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniAdd.WithoutMemoryForTheValueAddsNoName", "only texts 1; add cgi_name kestrel", "0", "",
-     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
+     {"error: INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniAdd.WithoutMemoryForANewValueKeepsTheOldOne",
      "add cgi_name kestrel; only texts 0; add cgi_name plover", "1 0", "cgi_name=kestrel",
-     {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
+     {"error: INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniAdd.ANameThatCannotBeAppendedIsAnError", "only nodes 0; add cgi_name kestrel", "0", "",
-     {"LIST: Error - add item to list failed\n",
-      "INI: 'name' failed to be added to ini settings {cgi_name}"}},
+     {"error: LIST: Error - add item to list failed\n",
+      "error: INI: 'name' failed to be added to ini settings {cgi_name}"}},
     {"IniAdd.AFailedValueTakesItsNameAlong",
      "add templates /tpl; only nodes 1; add cgi_name kestrel", "1 0", "templates=/tpl",
-     {"LIST: Error - add item to list failed\n",
-      "INI: 'cgi_name' value failed to be added to ini settings {kestrel}"}},
+     {"error: LIST: Error - add item to list failed\n",
+      "error: INI: 'cgi_name' value failed to be added to ini settings {kestrel}"}},
     {"IniAdd.AddsTheValueOnceThereIsMemory",
      "only nodes 1; add cgi_name kestrel; only nodes 9; value cgi_name; add cgi_name plover",
      "0 - 1", "cgi_name=plover"},
     {"IniAdd.MasksAPasswordThatCannotBeAppended", "only nodes 1; add secret word", "0", "",
-     {"LIST: Error - add item to list failed\n",
-      "INI: 'secret' value failed to be added to ini settings {xxxxxx}"}},
+     {"error: LIST: Error - add item to list failed\n",
+      "error: INI: 'secret' value failed to be added to ini settings {xxxxxx}"}},
     {"IniAdd.AFailedReplacementRemovesTheSetting",
      "add templates /tpl; add cgi_name kestrel; add other 1; only nodes 0; add cgi_name plover",
      "1 1 1 0", "templates=/tpl other=1",
-     {"LIST: Error - add item to list failed\n",
-      "INI: Adding {cgi_name=plover} to settings failed removed setting."}},
+     {"error: LIST: Error - add item to list failed\n",
+      "error: INI: Adding {cgi_name=plover} to settings failed removed setting."}},
     {"IniAdd.WhatWasRemovedIsNotFound",
      "add cgi_name kestrel; only nodes 0; add cgi_name plover; value cgi_name", "1 0 -", ""},
     {"IniAdd.MasksAPasswordThatCannotBeInserted",
      "add secret old; only nodes 0; add secret new", "1 0", "",
-     {"LIST: Error - add item to list failed\n",
-      "INI: Adding {secret=xxxxx} to settings failed removed setting."}},
+     {"error: LIST: Error - add item to list failed\n",
+      "error: INI: Adding {secret=xxxxx} to settings failed removed setting."}},
     {"IniAdd.MovesTheIterationPointToTheEnd",
      "add cgi_name kestrel; start; add templates /tpl; get", "1 1 1 -",
      "cgi_name=kestrel templates=/tpl"},
@@ -243,7 +245,7 @@ const std::vector<store_calls> rows = {
      "- 1 1 - cgi_name - kestrel -", "cgi_name=kestrel"},
     {"IniUpdate.WithoutMemoryKeepsTheValueAndLogsTheName",
      "add cgi_name kestrel; value cgi_name; only texts 0; update plover", "1 kestrel -",
-     "cgi_name=kestrel", {"INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
+     "cgi_name=kestrel", {"error: INI: Memory Allocation Error -- for name in ini_add {cgi_name}"}},
     {"IniValue.GivesTheFirstValueOfTheExactName",
      "add tpl_set a; add tpl_set b; value tpl_set; value Tpl_set; value+ -", "1 1 a - -",
      "tpl_set=a tpl_set=b"},

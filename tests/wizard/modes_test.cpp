@@ -66,27 +66,6 @@ TEST(Modes, QuittingLeavesTheTemplates) {
     EXPECT_EQ(read_file("dist/tpl/index.tpl"), "abc\n");
 }
 
-TEST(Modes, AFullDiskKeepsTheTemplate) {
-    if (!can_mount()) {
-        GTEST_SKIP() << "a small disk needs the right to mount";
-    }
-    const world host("kestrel");
-    std::filesystem::create_directories("dist/tpl");
-    const std::string disk = host.path("dist/tpl");
-    const wizard_run run = run_wizard(host, {"-checksum"}, in_these_templates, {.prepare = [disk] {
-                                          mount_small_disk(disk, "64k");
-                                          write_file(disk + "/a.tpl", std::string(40'000, 'a'));
-                                      }});
-    EXPECT_EQ(run.transcript, std::string("\nDirectory for templates [./tpl]? "
-                                          "\nUpdating checksumsx"
-                                          "\nUpdate complete.\n") +
-                                  pause);
-    EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
-              std::string(started) +
-                  "Error: Can't write @/dist/tpl/temp.tpl, No space left on device\n"
-                  "Error: can't remove @/dist/tpl/temp.tpl, No space left on device\n");
-}
-
 TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
     const world host("kestrel");
     const wizard_run made = run_wizard(host, {"-make"},

@@ -158,6 +158,10 @@ TEST(MatchWild, AStarAloneMatchesEveryNameEvenAnEmptyOne) {
 TEST(MatchWild, TakesThePatternFirst) {
     EXPECT_EQ(match_wild("*.tpl", "index.tpl"), 1);
     EXPECT_EQ(match_wild("index.tpl", "*.tpl"), 0);
+}
+
+TEST(MatchWild, AStarAloneMatchesAnEmptyNameToo) {
+    EXPECT_EQ(match_wild("*", ""), 1);
     EXPECT_EQ(match_wild("?", ""), 0);
 }
 

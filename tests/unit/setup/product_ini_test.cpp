@@ -121,13 +121,6 @@ TEST_F(ProductIni, CopyAmongTheTemplatesMayFail) {
 
 // --- Questions ---
 
-TEST_F(ProductIni, FlatProductsAreAskedForThreeHosts) {
-    ask("kestrel", 1, "\n\n\n");
-    EXPECT_EQ(answer(D_POPHOST), "mail.d.test");
-    EXPECT_EQ(answer(D_IMAPHOST), "mail.d.test");
-    EXPECT_EQ(answer(D_SMTPHOST), "mail.d.test");
-}
-
 TEST_F(ProductIni, AddressIsItsOwnHost) {
     answer(D_PROD_NAME, "plover");
     const auto host_of = [&](const std::string &domain) {
@@ -182,41 +175,6 @@ TEST_F(ProductIni, UrlIsTheImagesPathBelowTheCommonTree) {
     EXPECT_EQ(url_of("no root/x/cgi", "stray/x/html/img"), "/img");
     EXPECT_EQ(url_of("", "/html/img"), "/html/img");
     EXPECT_EQ(url_of("/a/cgi", ""), "/");
-}
-
-// --- Summary ---
-
-class Summary : public ProductIni {
-  protected:
-    Summary() {
-        answer(D_CGI_PATH, "/cgi");
-        answer(D_VLIMG_DIR, "/html");
-        answer(D_TEMPLATES, "/spool");
-        answer(D_MANUAL, "/manuals");
-    }
-
-    // Shows the summary, which must be the kept one; gives whether the answers are to be changed.
-    int change_asked(const char *kept, const std::string &typed) {
-        int result = -1;
-        expect_kept(kept, console_of(typed, [&] { result = print_gxvalues(ini); }));
-        return result;
-    }
-};
-
-TEST_F(Summary, UpgradeTellsItsRules) {
-    answer(D_PROD_NAME, "plover");
-    answer(D_ACTION, "upgrade");
-    EXPECT_EQ(change_asked("without_replacing", "\n"), 0);
-    answer(D_REPLACE_TMPLTS, "TRUE");
-    answer(D_REPLACE_INI, "TRUE");
-    EXPECT_EQ(change_asked("replacing", "yes\n"), 1);
-}
-
-TEST_F(Summary, TanagerHasManualsAndAnImapHost) {
-    answer(D_PROD_NAME, "tanager");
-    answer(D_ACTION, "install");
-    answer(D_REPLACE_INI, "TRUE");
-    EXPECT_EQ(change_asked("screen", "no\n"), 0);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "templates/checksum.h"
 
+#include "support/rows.h"
 #include "support/scratch_test.h"
 #include "templates.h"
 
@@ -13,6 +14,14 @@ namespace {
 
 constexpr std::size_t piece = 511;
 
+// What do_checksum gives; `difference` is the checksum less the number of the checksum line.
+struct summed_file {
+    const char *name;
+    std::string content;
+    int sum;
+    int difference;
+};
+
 class ChecksumTest : public scratch_test {
   protected:
     static int checksum_of(std::string_view content) {
@@ -23,6 +32,11 @@ class ChecksumTest : public scratch_test {
     static int difference_of(std::string_view content) {
         write_file("a.tpl", content);
         return do_checksum("a.tpl", 1);
+    }
+
+    static void check(const summed_file &row) {
+        EXPECT_EQ(checksum_of(row.content), row.sum);
+        EXPECT_EQ(difference_of(row.content), row.difference);
     }
 
     // Checks both answers against the rule worked out piece by piece.
@@ -37,20 +51,20 @@ class ChecksumTest : public scratch_test {
 
 // calculate.
 
-TEST(Calculate, WeightsAreOneTwoAndFourByOffset) {
-    EXPECT_EQ(calculate("A", 0), 65);
-    EXPECT_EQ(calculate("A", 1), 130);
-    EXPECT_EQ(calculate("A", 2), 260);
-    EXPECT_EQ(calculate("A", 3), 65);
-    EXPECT_EQ(calculate("AAAA", 0), 65 + 130 + 260 + 65);
-    EXPECT_EQ(calculate("AAAA", 2), 260 + 65 + 130 + 260);
-}
-
-TEST(Calculate, LineEndsTakeAPlaceAndAddNothing) {
-    EXPECT_EQ(calculate("\r\n", 0), 0);
-    EXPECT_EQ(calculate("\r\nA", 0), 260);
-    EXPECT_EQ(calculate("A\nA\rA", 0), 65 + 260 + 130);
-}
+const std::vector<rule> calculations = {
+    {"Calculate.WeightsAreOneTwoAndFourByOffset",
+     calculate,
+     {{{"A", 0}, 65},
+      {{"A", 1}, 130},
+      {{"A", 2}, 260},
+      {{"A", 3}, 65},
+      {{"AAAA", 0}, 65 + 130 + 260 + 65},
+      {{"AAAA", 2}, 260 + 65 + 130 + 260}}},
+    {"Calculate.LineEndsTakeAPlaceAndAddNothing",
+     calculate,
+     {{{"\r\n", 0}, 0}, {{"\r\nA", 0}, 260}, {{"A\nA\rA", 0}, 65 + 260 + 130}}},
+    {"Calculate.AnEmptyTextAddsNothing", calculate, {{{"", 2}, 0}}},
+};
 
 TEST(Calculate, EveryOtherByteCountsUnsigned) {
     for (int byte = 0; byte < 256; byte++) {
@@ -61,10 +75,6 @@ TEST(Calculate, EveryOtherByteCountsUnsigned) {
                   static_cast<int>(expected_part(std::string(5000, character), 0)))
             << byte;
     }
-}
-
-TEST(Calculate, OfNothingIsNothing) {
-    EXPECT_EQ(calculate("", 2), 0);
 }
 
 TEST(Calculate, TextsOfEveryLengthAtEveryWeight) {
@@ -90,24 +100,57 @@ TEST(Calculate, WrapsAtThirtyTwoBits) {
 
 // do_checksum.
 
-TEST_F(ChecksumTest, OfAKnownText) {
+using namespace std::string_literals;
+
+const std::string abc_line = "ab\n"; // 97 + 196; the next line begins at weight 1
+constexpr int abc_sum = 97 + 196;
+
+// A checksum line behind that one: what it adds, and the number that is stored.
+summed_file behind_abc(const char *name, const std::string &line, int sum, int stored) {
+    return {name, abc_line + line, abc_sum + sum, abc_sum + sum - stored};
+}
+
+int part_at_start(std::string_view text) {
+    return static_cast<int>(expected_part(text, 0));
+}
+
+const std::vector<summed_file> summed_files = {
     // a 97 * 1 + b 98 * 2 + c 99 * 4 + d 100 * 2, the line feed at weight 1
-    EXPECT_EQ(checksum_of("abc\nd\n"), 97 + 196 + 396 + 200);
-}
+    {"ChecksumTest.OfAKnownText", "abc\nd\n", 97 + 196 + 396 + 200, 97 + 196 + 396 + 200},
+    {"ChecksumTest.OfAnEmptyFileIsNothing", "", 0, 0},
+    {"ChecksumTest.WithoutAChecksumLineTheDifferenceIsTheChecksum", "abc\n", 689, 689},
+    {"ChecksumTest.AStampedFileAgrees", "abc\n\n||checksum=689||\n", 689, 0},
+    {"ChecksumTest.NulBytesAreSummedLikeOthers", "\0\0a\0b\n"s, 4 * 97 + 2 * 98, 4 * 97 + 2 * 98},
+    {"ChecksumTest.ANulBeforeAChecksumLineIsSummed", "\0a||checksum=5||\n"s, 0, -5},
+    {"ChecksumTest.TheLastOfSeveralLinesCounts", "||checksum=5||\n||checksum=7||\n", 0, -7},
+    // The line begins at offset 1; its rest stands at 16 but is weighted as at 1.
+    {"ChecksumTest.TheRestOfTheLineIsWeightedFromItsStart", "\n||checksum=12||A\n", 2 * 65,
+     2 * 65 - 12},
+    behind_abc("ChecksumTest.AMalformedLineIsReadByTheRules", "||checksum=12||\n", 0, 12),
+    behind_abc("ChecksumTest.AWindowsLineEndIsNoPart", "||checksum=12||\r\n", 0, 12),
+    behind_abc("ChecksumTest.ALineMayEndTheFile", "||checksum=12||", 0, 12),
+    behind_abc("ChecksumTest.ALineMayBeCutBehindTheNumber", "||checksum=12", 0, 12),
+    behind_abc("ChecksumTest.ALineMayBeCutBeforeTheNumber", "||checksum=", 0, 0),
+    behind_abc("ChecksumTest.OneBarIsPassedOver", "||checksum=12|\n", 0, 12),
+    behind_abc("ChecksumTest.TextBehindOneBarIsSummed", "||checksum=12|A\n", 65, 12),
+    behind_abc("ChecksumTest.TextBehindTwoBarsIsSummed", "||checksum=12||A\n", 65, 12),
+    behind_abc("ChecksumTest.AThirdBarIsSummed", "||checksum=12|||\n", 124, 12),
+    behind_abc("ChecksumTest.BlanksMayStandBeforeTheNumber", "||checksum=  12||\n", 0, 12),
+    behind_abc("ChecksumTest.BlanksMayStandBehindTheNumber", "||checksum=12  ||\n", 0, 12),
+    behind_abc("ChecksumTest.ANumberMayHaveASign", "||checksum=+12||\n", 0, 12),
+    behind_abc("ChecksumTest.ANumberMayBeNegative", "||checksum=-12||\n", 0, -12),
+    behind_abc("ChecksumTest.WhatIsNoNumberIsNothing", "||checksum=x12||\n", 0, 0),
+    behind_abc("ChecksumTest.ANulEndsTheNumber", "||checksum=1\0002||\n"s, 0, 1),
+    behind_abc("ChecksumTest.AMarkMayStandInMidLine", "A ||checksum=12||\n", 0, 12),
+    behind_abc("ChecksumTest.TheFirstEqualsSignTellsTheNumber", "a=7|||checksum=12||\n",
+               part_at_start("|checksum=12||"), 7),
+    behind_abc("ChecksumTest.WithoutEqualsSignItIsNoMark", "||checksum 12||\n",
+               part_at_start("||checksum 12||\n"), 0),
+    behind_abc("ChecksumTest.InAnotherLetterCaseItIsNoMark", "||Checksum=12||\n",
+               part_at_start("||Checksum=12||\n"), 0),
+};
 
-TEST_F(ChecksumTest, OfAnEmptyFileIsNothing) {
-    EXPECT_EQ(checksum_of(""), 0);
-    EXPECT_EQ(difference_of(""), 0);
-}
-
-TEST_F(ChecksumTest, WithoutAChecksumLineTheDifferenceIsTheChecksum) {
-    EXPECT_EQ(difference_of("abc\n"), 97 + 196 + 396);
-}
-
-TEST_F(ChecksumTest, AStampedFileAgrees) {
-    EXPECT_EQ(difference_of("abc\n\n||checksum=689||\n"), 0);
-    EXPECT_EQ(checksum_of("abc\n\n||checksum=689||\n"), 689);
-}
+const int registered = register_rows(calculations) + register_rows<ChecksumTest>(summed_files);
 
 TEST_F(ChecksumTest, AFileOfHeaderAndChecksumAloneAgrees) {
     const std::string content =
@@ -146,59 +189,11 @@ TEST_F(ChecksumTest, ACarriageReturnMovesWhatFollowsAndAddsNothing) {
     EXPECT_NE(difference_of(windows_file), 0);
 }
 
-TEST_F(ChecksumTest, NulBytesAreSummedLikeOthers) {
-    using namespace std::string_view_literals;
-    EXPECT_EQ(checksum_of("\0\0a\0b\n"sv), 4 * 97 + 2 * 98);
-    EXPECT_EQ(difference_of("\0a||checksum=5||\n"sv), -5);
-}
-
 TEST_F(ChecksumTest, ANegativeChecksumAgreesWithItsNumber) {
     // 254 * 7 for each three bytes, 2667000000 in all, read as a signed number.
     const std::string content(4'500'000, '\xfe');
     EXPECT_EQ(checksum_of(content), -1'627'967'296);
     EXPECT_EQ(difference_of(content + "\n||checksum=-1627967296||\n"), 0);
-}
-
-struct checksum_line {
-    const char *description;
-    std::string_view line;
-    int sum;
-    int stored;
-};
-
-// The line begins at offset 3, so at weight 1.
-TEST_F(ChecksumTest, AMalformedLineIsReadByTheRules) {
-    using namespace std::string_view_literals;
-    const checksum_line rows[] = {
-        {"as written", "||checksum=12||\n", 0, 12},
-        {"windows line end", "||checksum=12||\r\n", 0, 12},
-        {"no line end", "||checksum=12||", 0, 12},
-        {"cut behind the number", "||checksum=12", 0, 12},
-        {"cut before the number", "||checksum=", 0, 0},
-        {"one bar", "||checksum=12|\n", 0, 12},
-        {"one bar and text", "||checksum=12|A\n", 65, 12},
-        {"text behind the bars", "||checksum=12||A\n", 65, 12},
-        {"three bars", "||checksum=12|||\n", 124, 12},
-        {"blanks before the number", "||checksum=  12||\n", 0, 12},
-        {"blanks behind the number", "||checksum=12  ||\n", 0, 12},
-        {"a sign", "||checksum=+12||\n", 0, 12},
-        {"a negative number", "||checksum=-12||\n", 0, -12},
-        {"no number", "||checksum=x12||\n", 0, 0},
-        {"a NUL in the number", "||checksum=1\0002||\n"sv, 0, 1},
-        {"mark in mid-line", "A ||checksum=12||\n", 0, 12},
-        {"an equals sign before the mark", "a=7|||checksum=12||\n",
-         static_cast<int>(expected_part("|checksum=12||", 0)), 7},
-        {"no equals sign is no mark", "||checksum 12||\n",
-         static_cast<int>(expected_part("||checksum 12||\n", 0)), 0},
-        {"another letter case is no mark", "||Checksum=12||\n",
-         static_cast<int>(expected_part("||Checksum=12||\n", 0)), 0},
-    };
-    for (const checksum_line &row : rows) {
-        SCOPED_TRACE(row.description);
-        const std::string content = "ab\n" + std::string(row.line);
-        EXPECT_EQ(checksum_of(content), 97 + 196 + row.sum);
-        EXPECT_EQ(difference_of(content), 97 + 196 + row.sum - row.stored);
-    }
 }
 
 TEST_F(ChecksumTest, AHugeNumberIsTheNearestThatCanBe) {
@@ -208,15 +203,6 @@ TEST_F(ChecksumTest, AHugeNumberIsTheNearestThatCanBe) {
     }
     EXPECT_EQ(difference_of("||checksum=-99999999999999999999999999||a\n"), -2147483647 - 1 + 97);
     expect_by_the_rule("abc\n||checksum=" + std::string(600, '9') + "||\n");
-}
-
-TEST_F(ChecksumTest, TheLastOfSeveralLinesCounts) {
-    EXPECT_EQ(difference_of("||checksum=5||\n||checksum=7||\n"), -7);
-}
-
-TEST_F(ChecksumTest, TheRestOfTheLineIsWeightedFromItsStart) {
-    // The line begins at offset 1; its rest stands at 16 but is weighted as at 1.
-    EXPECT_EQ(checksum_of("\n||checksum=12||A\n"), 2 * 65);
 }
 
 TEST_F(ChecksumTest, AMarkerCutByTheEndOfAPieceIsNone) {

@@ -239,19 +239,6 @@ const std::vector<failed_stamp> failed_stamps = {
 const int registered =
     register_rows<StampTest>(stamped_files) + register_rows<StampTest>(failed_stamps);
 
-TEST_F(StampTest, HeadersAskForDirectorySetAndVersion) {
-    add("a.tpl", "<html>\n");
-    EXPECT_EQ(console_of(templates() + "\nplv_s7\n3.1c\n", [] { EXPECT_EQ(headers(), 1); }),
-              "\nDirectory for templates [./tpl]? \nNew templates set[kst_s2]? "
-              "\nNew templates version[2.0a]? \nUpdating headers.\nUpdate complete.\n");
-    EXPECT_EQ(content("a.tpl"),
-              "||header: modified=false tpl_set=plv_s7 tpl_version=3.1c||\n<html>\n");
-}
-
-TEST_F(StampTest, ChecksumsAskForTheDirectoryAlone) {
-    EXPECT_EQ(stamped(checksums, "abc\n"), abc_stamped);
-}
-
 TEST_F(StampTest, TheSuggestedDirectoryHasNoRootAndIsRefused) {
     add("a.tpl", "abc\n");
     EXPECT_EQ(console_of("\n" + templates() + "\n", [] { checksums(); }),

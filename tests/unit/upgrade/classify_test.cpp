@@ -121,14 +121,6 @@ TEST_F(DoUpgradeList, TheSetIsThatOfTheProductWhereAHeaderIsMissing) {
     }
 }
 
-TEST_F(DoUpgradeList, ATemplateThatWasDroppedIsComparedWithTheDefaultsAndItsCopyFailsOnce) {
-    write_file(installed("a.tpl"), stamped("kst_s1", "1.9", "old"));
-    expect_list("no\n\n\n");
-    EXPECT_EQ(entries_of("tmptlist.txt"),
-              "1. a.tpl              Current template set: kst_s1 version 1.9\n"
-              "                 Distribution template set: kst_s2 version 2.0a\n");
-}
-
 TEST_F(DoUpgradeList, TheEndOfInputEndsThePause) {
     write_file(installed("a.tpl"), "no header\n");
     expect_list("no\n");

@@ -50,11 +50,6 @@ TEST_F(PrintEnd, SaysHowItWentAndKeepsTheLogWithTheInstallation) {
     EXPECT_TRUE(is_there("there/gxsetup.log"));
 }
 
-TEST_F(PrintEnd, SaysThatItFailed) {
-    EXPECT_EQ(end_of("upgrade", 0), "." + rule + "upgrade unsuccessful\n\n");
-    EXPECT_EQ(logged, "Info:  upgrade unsuccessful\nInfo:  * gxsetup finished *\n");
-}
-
 TEST_F(PrintEnd, OfARemovalKeepsNoLog) {
     EXPECT_EQ(end_of("REMOVE", 1), rule + "REMOVE successful\n\n");
     EXPECT_FALSE(is_there("there/gxsetup.log"));

@@ -20,6 +20,7 @@ struct dialogue {
     std::string preparation; // commands of the shell, "@" is the root
     console_script answers;
     std::string end = {}; // of the screen; without it, the whole screen is a kept one
+    std::vector<std::string> missing = {}; // files that are not there afterwards
 };
 
 class dialogue_test : public testing::Test {
@@ -37,6 +38,9 @@ class dialogue_test : public testing::Test {
             expect_kept("screen", run.transcript);
         } else {
             EXPECT_THAT(run.transcript, testing::EndsWith(row.end));
+        }
+        for (const std::string &path : row.missing) {
+            EXPECT_FALSE(is_there(path)) << path;
         }
     }
 };

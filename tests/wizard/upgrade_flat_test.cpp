@@ -1,13 +1,10 @@
 // Upgrading kestrel and plover from release 3.1 to 3.2: templates, images, programs, .ini files.
 
-#include "support/expected.h"
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/dialogues.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
-#include <gmock/gmock-matchers.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <unistd.h>
 
@@ -34,20 +31,6 @@ std::string steps_of(const wizard_run &run) {
 std::string end_of_upgrade(const wizard_run &run) {
     return run.transcript.substr(run.transcript.find(rule + "Upgrade "));
 }
-
-constexpr const char *list_header =
-    "# \"tmptlist.txt\" created by gxsetup, version 3.0h\n"
-    "#\n"
-    "# Categories:\n"
-    "# 1. These files have not been modified, are from the same template set\n"
-    "#    as those in the distribution set and have an upgrade available.\n"
-    "#    - Files can be easily upgraded to the new template.\n"
-    "# 2. These files have been modified, are from the same template set as\n"
-    "#    those in the distribution set and have an upgrade available\n"
-    "#    - Files should be inspected for changes.\n"
-    "# 3. These files belong to a different template set to the one that is\n"
-    "#    in the current distribution set\n"
-    "\n";
 
 // A template's lines in the list, whose category, set and version are these.
 std::string list_entry(const std::string &name, const std::string &category,
@@ -82,15 +65,32 @@ std::vector<std::string> installed_texts(const std::string &directory) {
     return texts;
 }
 
-void remove_templates(std::initializer_list<const char *> names) {
-    for (const char *name : names) {
-        std::filesystem::remove(std::string("spool/kestrel/") + name);
-    }
-}
+using UpgradeKestrel = dialogue_test;
+
+const std::vector<dialogue> dialogues = {
+    {"UpgradeKestrel.WithNothingNewerNothingIsAskedListedOrWaitedFor",
+     "kestrel",
+     installed::release_31,
+     "cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl",
+     no_to_both,
+     {},
+     {"dist/tmptlist.txt"}},
+    {"UpgradeKestrel.WithoutInstalledTemplatesThatIsSaidAndNothingAsked",
+     "kestrel",
+     installed::release_31,
+     "rm spool/kestrel/*.tpl",
+     no_to_both,
+     {},
+     {"dist/tmptlist.txt"}},
+    {"UpgradeKestrel.AListThatCannotBeOpenedSkipsTheConfirmationAlone", "kestrel",
+     installed::release_31, "mkdir dist/tmptlist.txt", newer_templates("no", "no")},
+};
+
+const int registered = register_rows<dialogue_test>(dialogues);
 
 // --- Without replacing the templates ---
 
-TEST(UpgradeKestrel, EnterThroughoutHoldsThisDialogue) {
+TEST_F(UpgradeKestrel, EnterThroughoutHoldsThisDialogue) {
     const upgrade_world host("kestrel");
     const std::string edited = read_file("spool/kestrel/edited.tpl");
     expect_kept_run(host, run_wizard(host, {}, {}));
@@ -100,34 +100,34 @@ TEST(UpgradeKestrel, EnterThroughoutHoldsThisDialogue) {
     EXPECT_EQ(read_file("spool/kestrel/edited.tpl"), edited);
 }
 
-TEST(UpgradeKestrel, SavedAnswersHoldTheUpgradeAndNoneOfTheOneRunAnswers) {
+TEST_F(UpgradeKestrel, SavedAnswersHoldTheUpgradeAndNoneOfTheOneRunAnswers) {
     const upgrade_world host("kestrel");
     run_wizard(host, {}, {});
     expect_kept("gxsetup.dat", shown_file(host, "dist/gxsetup.dat"));
     EXPECT_EQ(read_file("spool/kestrel/gxsetup.dat"), read_file("dist/gxsetup.dat"));
 }
 
-TEST(UpgradeKestrel, ListHoldsWhatIsLeftInTheOrderOfTheDirectoryAndACopyIsInstalled) {
+TEST_F(UpgradeKestrel, ListHoldsWhatIsLeftInTheOrderOfTheDirectoryAndACopyIsInstalled) {
     const upgrade_world host("kestrel");
     const std::string lines = in_listed_order("spool/kestrel", left_entries);
     run_wizard(host, {}, no_to_both);
-    EXPECT_EQ(read_file("spool/kestrel/tmptlist.txt"), list_header + lines);
-    EXPECT_EQ(read_file("dist/tmptlist.txt"), list_header + lines);
+    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), EndsWith("\n\n" + lines));
+    EXPECT_THAT(read_file("dist/tmptlist.txt"), EndsWith("\n\n" + lines));
 }
 
-TEST(UpgradeKestrel, DecliningTheViewStillOffersTheSafeReplacementAndWritesTheList) {
+TEST_F(UpgradeKestrel, DecliningTheViewStillOffersTheSafeReplacementAndWritesTheList) {
     const upgrade_world host("kestrel");
     std::map<std::string, std::string> entries = left_entries;
     entries["clean.tpl"] = list_entry("clean.tpl", "1", "kst_s2 version 2.1");
     const std::string lines = in_listed_order("spool/kestrel", entries);
     expect_kept("steps", steps_of(run_wizard(host, {}, newer_templates("no", "no"))));
-    EXPECT_EQ(read_file("spool/kestrel/tmptlist.txt"), list_header + lines);
+    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), EndsWith("\n\n" + lines));
     EXPECT_EQ(template_text("spool/kestrel/clean.tpl"), "old clean");
 }
 
-TEST(UpgradeKestrel, WithSafeTemplatesAloneTheListIsDeletedButThePauseComes) {
+TEST_F(UpgradeKestrel, WithSafeTemplatesAloneTheListIsDeletedButThePauseComes) {
     const upgrade_world host("kestrel");
-    remove_templates({"edited.tpl", "moved.tpl"});
+    shell("cd spool/kestrel; rm edited.tpl moved.tpl");
     // Beside the new templates, the two that were missing are copied.
     expect_kept("steps", steps_of(run_wizard(host, {}, newer_templates("no", "yes"))));
     EXPECT_FALSE(is_there("dist/tmptlist.txt"));
@@ -135,49 +135,24 @@ TEST(UpgradeKestrel, WithSafeTemplatesAloneTheListIsDeletedButThePauseComes) {
     EXPECT_EQ(template_text("spool/kestrel/clean.tpl"), "new clean");
 }
 
-TEST(UpgradeKestrel, WithNothingNewerNothingIsAskedListedOrWaitedFor) {
-    const upgrade_world host("kestrel");
-    remove_templates({"clean.tpl", "edited.tpl", "moved.tpl"});
-    const wizard_run run = run_wizard(host, {}, no_to_both);
-    EXPECT_EQ(steps_of(run), "\n"
-                             "Copying new template files.....\n"
-                             "Copying graphic and wav files.\n"
-                             "Copying VBS and JS files\n"
-                             "Copying cgi files..");
-    EXPECT_FALSE(is_there("dist/tmptlist.txt"));
-}
-
-TEST(UpgradeKestrel, WithoutInstalledTemplatesThatIsSaidAndNothingAsked) {
-    const upgrade_world host("kestrel");
-    remove_templates({"clean.tpl", "dropped.tpl", "edited.tpl", "moved.tpl", "same.tpl"});
-    EXPECT_EQ(steps_of(run_wizard(host, {}, no_to_both)), "No files found in @/spool/kestrel\n"
-                                                          "\n"
-                                                          "Copying new template files......\n"
-                                                          "Copying graphic and wav files.\n"
-                                                          "Copying VBS and JS files\n"
-                                                          "Copying cgi files..");
-    EXPECT_FALSE(is_there("dist/tmptlist.txt"));
-}
-
-TEST(UpgradeKestrel, ASafeTemplateThatWasDroppedFailsItsCopyAndTheUpgradeSucceeds) {
+TEST_F(UpgradeKestrel, ASafeTemplateThatWasDroppedFailsItsCopyAndTheUpgradeSucceeds) {
     const upgrade_world host("kestrel");
     add_templates(host, "spool/kestrel", {{"dropped.tpl", "kst_s1", "1.9", "old dropped"}});
-    remove_templates({"clean.tpl", "edited.tpl", "moved.tpl"});
+    shell("cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl");
     expect_kept("screen", run_wizard(host, {}, newer_templates("no", "yes")).transcript);
     EXPECT_EQ(template_text("spool/kestrel/dropped.tpl"), "old dropped");
-    EXPECT_EQ(read_file("spool/kestrel/tmptlist.txt"),
-              std::string(list_header) +
-                  "1. dropped.tpl        Current template set: kst_s1 version 1.9\n"
-                  "                 Distribution template set: kst_s2 version 2.0a\n");
+    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"),
+                EndsWith("\n\n1. dropped.tpl        Current template set: kst_s1 version 1.9\n"
+                         "                 Distribution template set: kst_s2 version 2.0a\n"));
 }
 
-TEST(UpgradeKestrel, LogTellsEachStep) {
+TEST_F(UpgradeKestrel, LogTellsEachStep) {
     const upgrade_world host("kestrel");
     run_wizard(host, {}, {});
     expect_kept("log", shown_log(host, "dist/gxsetup.log"));
 }
 
-TEST(UpgradeKestrel, DebugLogNamesEachStep) {
+TEST_F(UpgradeKestrel, DebugLogNamesEachStep) {
     const upgrade_world host("kestrel");
     run_wizard(host, {"-debug"}, {});
     expect_kept("log", shown_log_without(host, "dist/gxsetup.log",
@@ -187,7 +162,7 @@ TEST(UpgradeKestrel, DebugLogNamesEachStep) {
 
 // --- The .ini file ---
 
-TEST(UpgradeKestrel, TheNewIniLiesBesideTheOldOneWhichStays) {
+TEST_F(UpgradeKestrel, TheNewIniLiesBesideTheOldOneWhichStays) {
     const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "by hand");
     const std::string old = read_file("cgi-bin/kestrel.ini");
@@ -200,7 +175,7 @@ TEST(UpgradeKestrel, TheNewIniLiesBesideTheOldOneWhichStays) {
     expect_kept("kestrel.new", shown_file(host, "cgi-bin/kestrel.new"));
 }
 
-TEST(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
+TEST_F(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
     const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "replace_ini TRUE");
     const wizard_run run = run_wizard(host, {}, replacing);
@@ -223,7 +198,7 @@ TEST(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
     EXPECT_THAT(read_file("dist/gxsetup.dat"), Not(HasSubstr("replace_ini")));
 }
 
-TEST(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
+TEST_F(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
     const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(host, {}, replacing + console_script{{"merlin cgi", "yes"}});
     // The WML set is what the .ini names, but only products with sets have a directory for it.
@@ -254,15 +229,14 @@ TEST(UpgradePlover, ListNamesItsOwnFamilyOfSets) {
     const upgrade_world host("plover");
     std::filesystem::remove("spool/plover/moved.tpl");
     run_wizard(host, {}, newer_templates("no", "yes"));
-    EXPECT_EQ(read_file("spool/plover/tmptlist.txt"),
-              std::string(list_header) +
-                  "2. edited.tpl         Current template set: plv_s2 version 2.0a\n"
-                  "                 Distribution template set: plv_s2 version 2.1\n");
+    EXPECT_THAT(read_file("spool/plover/tmptlist.txt"),
+                EndsWith("\n\n2. edited.tpl         Current template set: plv_s2 version 2.0a\n"
+                         "                 Distribution template set: plv_s2 version 2.1\n"));
 }
 
 // --- Where it runs, and what fails ---
 
-TEST(UpgradeKestrel, RunFromInsideTheInstallationItDoesNotOfferTheCleanUp) {
+TEST_F(UpgradeKestrel, RunFromInsideTheInstallationItDoesNotOfferTheCleanUp) {
     const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(host, {},
                                       {{"replace the old templates", "yes"},
@@ -273,17 +247,9 @@ TEST(UpgradeKestrel, RunFromInsideTheInstallationItDoesNotOfferTheCleanUp) {
     EXPECT_EQ(template_text("dist/clean.tpl"), "new clean");
 }
 
-TEST(UpgradeKestrel, AListThatCannotBeOpenedSkipsTheConfirmationAlone) {
+TEST_F(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
     const upgrade_world host("kestrel");
-    std::filesystem::create_directory("dist/tmptlist.txt");
-    expect_kept("screen", run_wizard(host, {}, newer_templates("no", "no")).transcript);
-}
-
-TEST(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
-    const upgrade_world host("kestrel");
-    std::filesystem::remove("dist/kestrel.ini");
-    std::filesystem::remove("dist/tpl/extra.gif");
-    std::filesystem::create_symlink("nowhere", "dist/tpl/extra.gif");
+    shell("rm dist/kestrel.ini; ln -sf nowhere dist/tpl/extra.gif");
     const wizard_run run = run_wizard(host, {}, newer_templates("no", "yes"));
     EXPECT_THAT(steps_of(run),
                 EndsWith("\n"
@@ -297,7 +263,7 @@ TEST(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
     expect_kept("end", end_of_upgrade(run));
 }
 
-TEST(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
+TEST_F(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
     const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "install_dir nowhere");
     make_own("cgi-bin/kestrel.ini");
@@ -307,7 +273,7 @@ TEST(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
 
 // --- With the WML part of the old release ---
 
-TEST(UpgradeKestrel, BothProgramsAreRenewedButAnOldWmlIniStays) {
+TEST_F(UpgradeKestrel, BothProgramsAreRenewedButAnOldWmlIniStays) {
     const upgrade_world host("kestrel", "yes");
     const std::string old = read_file("cgi-bin/merlin.ini");
     expect_kept_run(host, run_wizard(host, {}, replacing), {"cgi-bin"});
@@ -316,14 +282,12 @@ TEST(UpgradeKestrel, BothProgramsAreRenewedButAnOldWmlIniStays) {
     EXPECT_EQ(read_file("cgi-bin/kestrel.cgi"), read_file("dist/kestrel.cgi"));
 }
 
-TEST(UpgradeKestrel, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
+TEST_F(UpgradeKestrel, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
     const upgrade_world host("kestrel", "yes");
-    for (const char *directory : {"html/vlimg", "cgi-bin/merlin.ini"}) {
-        std::filesystem::remove_all(directory);
-    }
+    shell("rm -r html/vlimg cgi-bin/merlin.ini");
     run_wizard(host, {}, {});
     EXPECT_EQ(not_owned("spool/kestrel"), "");
     EXPECT_EQ(not_owned("html/vlimg"), "");

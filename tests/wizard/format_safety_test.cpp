@@ -13,11 +13,34 @@
 
 namespace {
 
+using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 const std::string odd = "%s%n%d%%";
-const std::string odd_in_log = "<NULL>%n0%";
+
+// The text with conversions for each ODD, and for each LOGGED what becomes of them in the log.
+std::string with_odd(const std::string &text) {
+    return replaced(replaced(text, "ODD", odd), "LOGGED", "<NULL>%n0%");
+}
+
+// Runs commands of the shell in which "@" is the root.
+void shell_with_odd(const world &host, const std::string &commands) {
+    shell(host.meant(with_odd(commands)));
+}
+
+// A matcher of a text that holds this one.
+auto holds(const std::string &text) {
+    return HasSubstr(with_odd(text));
+}
+
+void expect_there(const std::vector<std::string> &paths) {
+    for (const std::string &path : paths) {
+        EXPECT_TRUE(is_there(with_odd(path))) << path;
+    }
+}
 
 // The log of a run at debug level, in which every path and answer is formatted.
 const std::vector<std::string> debug = {"-debug"};
@@ -25,21 +48,16 @@ const std::vector<std::string> debug = {"-debug"};
 TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
     const world host("kestrel");
     add_program("dist/" + odd + ".cgi", "Version: v" + odd + "\n");
-    add_file("dist/tpl/" + odd + ".tpl", "template\n");
-    add_file("dist/tpl/" + odd + ".gif", "picture\n");
-    add_file("dist/tpl/" + odd + "/in.tpl", "deep\n");
-    add_file("dist/" + odd + ".js", "script\n");
-    add_file("dist/wap/" + odd + "/deck.tpl", "deck\n");
-    add_file("dist/kestrel.ini", odd + " " + odd + "\n");
-    add_file("dist/vsetup.hlp",
-             "[INI_HELP]\n" + odd + " in the help\n\n[NO_HELP]\n" + odd + "\n\n");
-    add_file(
-        "dist/gxdflt.dat",
-        odd + " " + odd + "\nop_system " + odd + "\nlog_lvl " + odd + "\ncgi_name " + odd +
-            "\nwml_name " + odd + "\nwml TRUE\n" +
-            host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool/" + odd + "\n"));
-    std::filesystem::create_directory("cgi-" + odd);
-    std::filesystem::rename("dist", odd);
+    add_file("dist/gxdflt.dat",
+             host.meant(with_odd("ODD ODD\nop_system ODD\nlog_lvl ODD\ncgi_name ODD\nwml_name ODD\n"
+                                 "wml TRUE\ncgi_path @/cgi-bin\nvlimg_dir @/html\n"
+                                 "templates @/spool/ODD\n")));
+    add_file("dist/vsetup.hlp", with_odd("[INI_HELP]\nODD in the help\n\n[NO_HELP]\nODD\n\n"));
+    shell_with_odd(host,
+                   "cd dist; echo template >tpl/ODD.tpl; echo picture >tpl/ODD.gif\n"
+                   "mkdir tpl/ODD wap/ODD; echo deep >tpl/ODD/in.tpl\n"
+                   "echo script >ODD.js; echo deck >wap/ODD/deck.tpl; echo ODD ODD >kestrel.ini\n"
+                   "cd ..; mkdir cgi-ODD; mv dist ODD");
     const wizard_run run = run_wizard(host, debug,
                                       in_order({{"Webserver directory", "@/cgi-" + odd},
                                                 {"Directory for templates", "@/spool/" + odd},
@@ -51,35 +69,24 @@ TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
                                                 {"smtp host", odd}}),
                                       {.directory = odd});
     EXPECT_EQ(run.errors, "");
-    EXPECT_THAT(run.transcript, Not(HasSubstr("<NULL>")));
     expect_kept("screen", run.transcript);
-    for (const std::string &path :
-         {"spool/" + odd + "/" + odd + ".tpl", "html/" + odd + "/" + odd + ".gif",
-          "spool/" + odd + "/originals/" + odd + ".tpl", "html/" + odd + "/" + odd + ".js",
-          "spool/" + odd + "/" + odd + "/in.tpl", "cgi-" + odd + "/" + odd + ".cgi",
-          "cgi-" + odd + "/" + odd + ".ini"}) {
-        EXPECT_TRUE(is_there(path)) << path;
-    }
+    expect_there({"spool/ODD/ODD.tpl", "html/ODD/ODD.gif", "spool/ODD/originals/ODD.tpl",
+                  "html/ODD/ODD.js", "spool/ODD/ODD/in.tpl", "cgi-ODD/ODD.cgi", "cgi-ODD/ODD.ini"});
     expect_kept("kestrel.ini", shown_file(host, "cgi-" + odd + "/kestrel.ini"));
-    const std::string answers_saved = shown_file(host, odd + "/gxsetup.dat");
-    for (const char *name :
-         {"\n%s%n%d%% ", "\nop_system ", "\nlog_lvl ", "\npophost ", "\ndomain "}) {
-        EXPECT_THAT(answers_saved, HasSubstr(name + odd + "\n"));
-    }
-    const std::string log = shown_log(host, odd + "/gxsetup.log");
-    EXPECT_THAT(log,
-                HasSubstr("Debug: Getting version from [./" + odd + ".cgi -version >ver.txt]\n"));
-    EXPECT_THAT(log, HasSubstr("Info:  @/html/" + odd_in_log +
-                               " does not exist... gxsetup will create it\n"));
+    EXPECT_THAT(shown_file(host, odd + "/gxsetup.dat"),
+                AllOf(holds("\nODD ODD\n"), holds("\nop_system ODD\n"), holds("\nlog_lvl ODD\n"),
+                      holds("\npophost ODD\n"), holds("\ndomain ODD\n")));
+    EXPECT_THAT(shown_log(host, odd + "/gxsetup.log"),
+                AllOf(holds("Debug: Getting version from [./ODD.cgi -version >ver.txt]\n"),
+                      holds("Info:  @/html/LOGGED does not exist... gxsetup will create it\n")));
 }
 
 TEST(Conversions, InSettingsOfTheProductAreText) {
     const world host("kestrel");
     add_program("dist/" + odd + ".cgi", "Version: v1\n");
-    add_file(
-        "dist/gxdflt.dat",
-        "prod_name " + odd + "\naction " + odd + "\n" +
-            host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool/" + odd + "\n"));
+    add_answers(host, "dist/gxdflt.dat",
+                with_odd("prod_name ODD\naction ODD\ncgi_path @/cgi-bin\nvlimg_dir @/html\n"
+                         "templates @/spool/ODD\n"));
     const wizard_run run = run_wizard(
         host, debug, in_order({{"What do you want to do", "7"}, {"What do you want to do", "4"}}));
     EXPECT_EQ(run.transcript, welcome + menu(odd, "1", odd, odd) +
@@ -89,12 +96,10 @@ TEST(Conversions, InSettingsOfTheProductAreText) {
 
 TEST(Conversions, InNamesOfSetsAreText) {
     const world host("tanager");
-    for (const char *directory : {"dist/tpl/", "dist/img/", "dist/wap/"}) {
-        std::filesystem::remove_all(directory);
-        add_file(directory + odd + "/" + odd, "own\n");
-        add_file(std::string(directory) + "common/" + odd + ".dat", "common\n");
-    }
-    add_file("dist/manuals/" + odd + ".html", "manual\n");
+    shell_with_odd(host, "for set in tpl img wap; do\n"
+                         "rm -r dist/$set; mkdir -p dist/$set/ODD dist/$set/common\n"
+                         "echo own >dist/$set/ODD/ODD; echo common >dist/$set/common/ODD.dat\n"
+                         "done; echo manual >dist/manuals/ODD.html");
     const std::string below = "@/spool/" + odd;
     const wizard_run run = run_wizard(host, debug,
                                       {{"Directory for templates", below},
@@ -109,50 +114,41 @@ TEST(Conversions, InNamesOfSetsAreText) {
                                        {"merlin cgi", "yes"},
                                        {"temporary files", "no"}});
     EXPECT_EQ(run.errors, "");
-    EXPECT_THAT(run.transcript, Not(HasSubstr("<NULL>")));
-    EXPECT_TRUE(
-        run.transcript.ends_with("\ninstall successful\n\n.\nPlease press enter to quit...\n"))
-        << run.transcript;
-    const std::string ini = shown_file(host, "cgi-bin/tanager.ini");
-    EXPECT_THAT(ini, HasSubstr("\nimaphost " + odd + "\n"));
-    EXPECT_THAT(ini, HasSubstr("\nallow_host_login " + odd + "\n"));
-    EXPECT_THAT(ini, HasSubstr("\ntpl_set 1 " + below + "/" + odd + " /" + odd + "/" + odd + " " +
-                               odd + " Set\n"));
-    for (const std::string &path :
-         {"spool/" + odd + "/" + odd + "/" + odd, "html/" + odd + "/" + odd + "/" + odd,
-          "spool/" + odd + "/" + odd + "/" + odd + ".dat", "spool/" + odd + "/man/" + odd + ".html",
-          "spool/" + odd + "/originals/tpl/" + odd + "/" + odd}) {
-        EXPECT_TRUE(is_there(path)) << path;
-    }
+    EXPECT_THAT(run.transcript,
+                AllOf(Not(HasSubstr("<NULL>")),
+                      EndsWith("\ninstall successful\n\n.\nPlease press enter to quit...\n")));
+    EXPECT_THAT(shown_file(host, "cgi-bin/tanager.ini"),
+                AllOf(holds("\nimaphost ODD\n"), holds("\nallow_host_login ODD\n"),
+                      holds("\ntpl_set 1 @/spool/ODD/ODD /ODD/ODD ODD Set\n")));
+    expect_there({"spool/ODD/ODD/ODD", "html/ODD/ODD/ODD", "spool/ODD/ODD/ODD.dat",
+                  "spool/ODD/man/ODD.html", "spool/ODD/originals/tpl/ODD/ODD"});
 }
 
 TEST(Conversions, InHeadersOfTemplatesAreText) {
     const upgrade_world host("kestrel");
+    const std::string header = "||header: modified=MODIFIED tpl_set=ODD tpl_version=ODD";
     add_file("spool/kestrel/" + odd + ".tpl",
-             "||header: modified=true tpl_set=" + odd + " tpl_version=" + odd + "||\nold\n");
+             with_odd(replaced(header, "MODIFIED", "true") + "||\nold\n"));
     add_file("dist/tpl/" + odd + ".tpl",
-             "||header: modified=false tpl_set=" + odd + " tpl_version=" + odd + "9||\nnew\n");
+             with_odd(replaced(header, "MODIFIED", "false") + "9||\nnew\n"));
     const wizard_run run =
         run_wizard(host, debug, no_to_both + console_script{{"safely updated", "no"}});
-    const std::string entry = "     Current template set: " + odd + " version " + odd + "\n";
-    EXPECT_THAT(run.transcript, HasSubstr(odd + ".tpl  " + entry +
-                                          "              Distribution template set: " + odd +
-                                          " version " + odd + "9\n"));
-    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), HasSubstr("2. " + odd + ".tpl  " + entry));
-    EXPECT_TRUE(read_file("spool/kestrel/" + odd + ".tpl").ends_with("old\n"));
+    const std::string entry = "ODD.tpl       Current template set: ODD version ODD\n";
+    EXPECT_THAT(run.transcript,
+                holds(entry + "              Distribution template set: ODD version ODD9\n"));
+    EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), holds("2. " + entry));
+    EXPECT_THAT(read_file("spool/kestrel/" + odd + ".tpl"), EndsWith("old\n"));
 }
 
 TEST(Conversions, InThePathsOfARemovalAreText) {
     const world host("kestrel");
-    add_program("cgi-bin/" + odd + ".cgi", "");
-    add_file("cgi-bin/" + odd + ".ini", odd + " " + odd + "\n");
-    add_file("html/" + odd + "/" + odd + ".txt", "text\n");
-    add_file("html/" + odd + "/" + odd + ".gif", "picture\n");
-    add_file("spool/" + odd + "/" + odd + ".tpl", "template\n");
-    add_file("spool/" + odd + "/u_" + odd + "/" + odd, "mail\n");
-    add_file("dist/gxdflt.dat",
-             "cgi_name " + odd + "\nwml_name " + odd + "\n" +
-                 host.meant("cgi_path @/cgi-bin\nvlimg_dir @/html\ntemplates @/spool\n"));
+    shell_with_odd(host, "mkdir -p html/ODD spool/ODD/u_ODD; touch cgi-bin/ODD.cgi\n"
+                         "echo ODD ODD >cgi-bin/ODD.ini; echo text >html/ODD/ODD.txt\n"
+                         "echo picture >html/ODD/ODD.gif; echo template >spool/ODD/ODD.tpl\n"
+                         "echo mail >spool/ODD/u_ODD/ODD");
+    add_answers(host, "dist/gxdflt.dat",
+                with_odd("cgi_name ODD\nwml_name ODD\ncgi_path @/cgi-bin\nvlimg_dir @/html\n"
+                         "templates @/spool\n"));
     const wizard_run run = run_wizard(host, debug,
                                       {{"What version", "9"},
                                        {"What do you want to do", "3"},
@@ -160,43 +156,32 @@ TEST(Conversions, InThePathsOfARemovalAreText) {
                                        {"Remove all graphics", "yes"},
                                        {"your work area", "@/spool/" + odd},
                                        {"your template files", "@/spool/" + odd}});
-    EXPECT_EQ(run.errors, "");
-    EXPECT_THAT(run.transcript, HasSubstr("\nRemove " + odd + " CGI files from @/cgi-bin [YES]? "));
-    EXPECT_THAT(run.transcript,
-                HasSubstr("\nRemove all user information from @/spool/" + odd + " [NO]? "));
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: Cannot remove @/html/" + odd + ": Directory not empty\n"));
+    expect_kept_run(host, run, {"cgi-bin", "html", "spool"});
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
-                HasSubstr("Error: Cannot remove @/html/" + odd_in_log + ": Directory not empty\n"));
-    EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "html") + tree_of(host, "spool"),
-              "0755 html/" + odd + "/\n0644 html/" + odd + "/" + odd +
-                  ".txt \"text\"\n0755 spool/" + odd + "/\n0755 spool/" + odd + "/u_" + odd +
-                  "/\n0644 spool/" + odd + "/u_" + odd + "/" + odd + " \"mail\"\n");
+                holds("Error: Cannot remove @/html/LOGGED: Directory not empty\n"));
 }
 
 TEST(Conversions, InWhatIsStampedAreText) {
     const world host("kestrel");
-    add_file(odd + "/" + odd + ".tpl", odd + "\n");
-    const wizard_run run = run_wizard(host, {"-header"},
-                                      in_order({{"Directory for templates", "@/" + odd},
-                                                {"New templates set", odd},
-                                                {"New templates version", odd},
-                                                {"Directory for templates", "@/" + odd}}));
-    EXPECT_TRUE(read_file(odd + "/" + odd + ".tpl")
-                    .starts_with("||header: modified=false tpl_set=" + odd + " tpl_version=" + odd +
-                                 "||\n" + odd + "\n\n||checksum="));
-    std::filesystem::remove(odd + "/" + odd + ".tpl");
-    std::filesystem::create_symlink("nowhere", odd + "/" + odd + ".tpl");
+    const std::string file = odd + "/" + odd + ".tpl";
+    add_file(file, odd + "\n");
+    run_wizard(host, {"-header"},
+               in_order({{"Directory for templates", "@/" + odd},
+                         {"New templates set", odd},
+                         {"New templates version", odd},
+                         {"Directory for templates", "@/" + odd}}));
+    EXPECT_THAT(read_file(file), StartsWith(with_odd("||header: modified=false tpl_set=ODD "
+                                                     "tpl_version=ODD||\nODD\n\n||checksum=")));
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("nowhere", file);
     const console_script checksums = {{"Directory for templates", "@/" + odd}};
     run_wizard(host, {"-checksum"}, checksums);
-    EXPECT_THAT(
-        shown_log(host, "dist/gxsetup.log"),
-        HasSubstr("Error: Can't open @/" + odd + "/" + odd + ".tpl, No such file or directory\n"));
-    std::filesystem::remove(odd + "/" + odd + ".tpl");
-    EXPECT_THAT(run_wizard(host, {"-checksum"}, checksums).transcript,
-                HasSubstr("No files found in @/" + odd + "\n"));
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
-                HasSubstr("Info:  No files found in @/" + odd_in_log + "\n"));
+                holds("Error: Can't open @/ODD/ODD.tpl, No such file or directory\n"));
+    std::filesystem::remove(file);
+    EXPECT_THAT(run_wizard(host, {"-checksum"}, checksums).transcript,
+                holds("No files found in @/ODD\n"));
+    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"), holds("Info:  No files found in @/LOGGED\n"));
 }
 
 TEST(Conversions, InAFileOfDefaultsAreText) {
@@ -212,20 +197,13 @@ TEST(Conversions, InAFileOfDefaultsAreText) {
                                                                {"Suggested pop host", odd},
                                                                {"Suggested smtp host", odd},
                                                                {"Enter file", odd}});
-    EXPECT_THAT(run.transcript, HasSubstr("[gxdflt_" + odd + ".dat]? "));
-    EXPECT_THAT(run.transcript, HasSubstr("]? " + odd + ".dat saved\n"));
-    const std::string saved = read_file("dist/" + odd + ".dat");
-    for (const char *name : {"version ", "prod_name ", "op_system ", "domain ", "pophost "}) {
-        EXPECT_THAT(saved, HasSubstr("\n" + (name + odd) + "\n"));
-    }
-    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
-                HasSubstr("Info:  " + odd_in_log + ".dat saved\n"));
+    EXPECT_THAT(run.transcript, holds("[gxdflt_ODD.dat]? ODD.dat saved\n"));
+    expect_kept("defaults", read_file("dist/" + odd + ".dat"));
+    EXPECT_THAT(shown_log(host, "dist/gxsetup.log"), holds("Info:  LOGGED.dat saved\n"));
     std::filesystem::create_directory("dist/no");
-    const wizard_run refused =
-        run_wizard(host, {"-make"},
-                   answers + console_script{{"Enter file", "no/" + odd + "/" + odd + ".dat"}});
-    EXPECT_THAT(refused.transcript,
-                HasSubstr("Error: cannot write to no/" + odd + "/" + odd + ".dat\n"));
+    const console_script refused = {{"Enter file", "no/" + odd + "/" + odd + ".dat"}};
+    EXPECT_THAT(run_wizard(host, {"-make"}, answers + refused).transcript,
+                holds("Error: cannot write to no/ODD/ODD.dat\n"));
 }
 
 TEST(Conversions, InTheEnvironmentAndTheProgramsNameAreNotRead) {

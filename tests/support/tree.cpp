@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <grp.h>
 #include <pwd.h>
+#include <regex>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -54,20 +55,9 @@ std::string describe(const std::string &path) {
     return S_ISREG(entry.st_mode) ? line + content_note(path) : line + " (special)";
 }
 
-bool has_time_stamp(std::string_view line) {
-    constexpr std::string_view form = "dd dd:dd:dd ";
-    if (line.size() < stamp_length) {
-        return false;
-    }
-    for (std::size_t at = 0; at < form.size(); at++) {
-        const bool is_digit = std::isdigit(static_cast<unsigned char>(line[at])) != 0;
-        const bool fits =
-            form[at] == 'd' ? is_digit || (at == 0 && line[at] == ' ') : line[at] == form[at];
-        if (!fits) {
-            return false;
-        }
-    }
-    return true;
+bool has_time_stamp(const std::string &line) {
+    static const std::regex stamp(R"([ \d]\d \d\d:\d\d:\d\d )");
+    return std::regex_search(line, stamp, std::regex_constants::match_continuous);
 }
 
 bool follows_a_directory(std::string_view line) {

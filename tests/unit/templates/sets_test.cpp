@@ -3,15 +3,17 @@
 #include "files/operations.h"
 #include "support/answers_test.h"
 #include "support/console_capture.h"
-#include "support/world.h"
+#include "support/tree.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 namespace {
+
+using testing::HasSubstr;
 
 class TemplateSets : public answers_test {
   protected:
@@ -45,6 +47,11 @@ class TemplateSets : public answers_test {
         }
     }
 
+    // The line of the set that is listed behind so many.
+    static std::string set_line(std::size_t before, const std::string &name) {
+        return std::to_string(before + 1) + " /t/" + name + " /u/" + name + " " + name + " Set\n";
+    }
+
     std::string images = std::string(64, 'x');
     std::string ask(const char *directory) {
         const heap_text templates = ask_template_sets(ini, directory, images.data(), images.size());
@@ -55,9 +62,7 @@ class TemplateSets : public answers_test {
 // --- Numbering ---
 
 TEST_F(TemplateSets, LoneSetIsTheDefault) {
-    std::filesystem::create_directories("tpl/green");
-    std::filesystem::create_directories("tpl/common");
-    write_file("tpl/file", "");
+    shell("mkdir -p tpl/green tpl/common; touch tpl/file");
     EXPECT_EQ(ask("./tpl"), "/t/green");
     EXPECT_STREQ(images.c_str(), "/u/green");
     EXPECT_EQ(values(D_TPL_SET), "1 /t/green /u/green green Set\n");
@@ -76,9 +81,7 @@ TEST_F(TemplateSets, MarbleIsStoredFirstWhereverItIsListed) {
         std::string others;
         for (std::size_t at = 0; at < listed.size(); at++) {
             const std::string &name = listed[at];
-            const std::string line =
-                std::to_string(at + 1) + " /t/" + name + " /u/" + name + " " + name + " Set\n";
-            (name == "blue" || name == "red" ? others : expected) += line;
+            (name == "blue" || name == "red" ? others : expected) += set_line(at, name);
         }
         ini_remove_all(ini, "tpl_set");
         const std::string chosen = ask("./tpl");
@@ -89,18 +92,14 @@ TEST_F(TemplateSets, MarbleIsStoredFirstWhereverItIsListed) {
 }
 
 TEST_F(TemplateSets, WithoutAKnownNameTheFirstListedIsTheDefault) {
-    std::filesystem::create_directories("tpl/red");
-    std::filesystem::create_directories("tpl/green");
+    shell("mkdir -p tpl/red tpl/green");
     const std::vector<std::string> listed = set_names("tpl");
     EXPECT_EQ(ask("./tpl"), "/t/" + listed[0]);
-    EXPECT_EQ(values(D_TPL_SET), "1 /t/" + listed[0] + " /u/" + listed[0] + " " + listed[0] +
-                                     " Set\n2 /t/" + listed[1] + " /u/" + listed[1] + " " +
-                                     listed[1] + " Set\n");
+    EXPECT_EQ(values(D_TPL_SET), set_line(0, listed[0]) + set_line(1, listed[1]));
 }
 
 TEST_F(TemplateSets, OfSeveralKnownNamesTheLastIsTheDefault) {
-    std::filesystem::create_directories("tpl/marble");
-    std::filesystem::create_directories("tpl/wml");
+    shell("mkdir -p tpl/marble tpl/wml");
     const std::vector<std::string> listed = set_names("tpl");
     EXPECT_EQ(ask("./tpl"), "/t/" + listed[1]);
 }
@@ -135,8 +134,7 @@ TEST_F(TemplateSets, EarlierLinesAreSearchedToo) {
 }
 
 TEST_F(TemplateSets, PathThatHoldsWapFillsTheOtherAnswer) {
-    std::filesystem::create_directories("wap/wml");
-    std::filesystem::create_directories("swapped/one");
+    shell("mkdir -p wap/wml swapped/one");
     answer(D_TPL_SET, "7 kept");
     EXPECT_EQ(ask("./wap"), "/t/wml");
     EXPECT_EQ(values(D_WML_TPL_SET), "1 /t/wml /u/wml wml Set\n");
@@ -189,67 +187,43 @@ TEST_F(TemplateSets, ListTakesEveryValueOutOfTheStore) {
 class SetCopy : public TemplateSets {
   protected:
     SetCopy() {
-        std::filesystem::create_directories("src/one/deep");
-        std::filesystem::create_directories("src/two");
-        std::filesystem::create_directories("src/common/deep");
-        std::filesystem::create_directory("dst");
-        write_file("src/one/own", "own of one");
-        write_file("src/one/shared", "shared of one");
-        write_file("src/one/deep/file", "deep");
-        write_file("src/common/shared", "shared of common");
-        write_file("src/common/words.dat", "words");
-        write_file("src/common/deep/file", "not copied");
-        write_file("src/stray", "not copied");
-        dst = scratch.path("dst");
+        shell("umask 022; mkdir -p src/one/deep src/two src/common/deep dst\n"
+              "printf 'own of one' >src/one/own; printf 'shared of one' >src/one/shared\n"
+              "printf deep >src/one/deep/file; printf 'shared of common' >src/common/shared\n"
+              "printf words >src/common/words.dat; touch src/common/deep/left src/left");
     }
 
-    static std::string names_below(const std::string &directory) {
-        std::vector<std::string> names;
-        for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
-            names.push_back(entry.path().string().substr(directory.size() + 1));
-        }
-        std::sort(names.begin(), names.end());
-        std::string lines;
-        for (const std::string &name : names) {
-            lines += name + "\n";
-        }
-        return lines;
+    // What the copy shows; its result must be `result`.
+    static std::string copied(int result, const std::string &to, int skip_words = 0) {
+        return console_of(
+            [&] { EXPECT_EQ(do_template_copy("src", to.c_str(), skip_words), result); });
     }
 
-    std::string dst;
+    const std::string dst = scratch.path("dst");
 };
 
 TEST_F(SetCopy, CommonFilesReplaceASetsOwn) {
-    EXPECT_EQ(console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); }),
-              "......."); // three files of one, two common ones for each set
-    EXPECT_EQ(names_below("dst"), "one\n"
-                                  "one/deep\n"
-                                  "one/deep/file\n"
-                                  "one/own\n"
-                                  "one/shared\n"
-                                  "one/words.dat\n"
-                                  "two\n"
-                                  "two/shared\n"
-                                  "two/words.dat\n");
-    EXPECT_EQ(read_file("dst/one/shared"), "shared of common");
-    EXPECT_EQ(read_file("dst/one/own"), "own of one");
-    struct stat set {};
-    ASSERT_EQ(::stat("dst/two", &set), 0);
-    EXPECT_EQ(set.st_mode & 07777U, 0770U);
+    EXPECT_EQ(copied(1, dst), "......."); // three files of one, two common ones for each set
+    EXPECT_EQ(tree_of("dst"), "0770 dst/one/\n"
+                              "0770 dst/one/deep/\n"
+                              "0660 dst/one/deep/file \"deep\"\n"
+                              "0660 dst/one/own \"own of one\"\n"
+                              "0660 dst/one/shared \"shared of common\"\n"
+                              "0660 dst/one/words.dat \"words\"\n"
+                              "0770 dst/two/\n"
+                              "0660 dst/two/shared \"shared of common\"\n"
+                              "0660 dst/two/words.dat \"words\"\n");
 }
 
 TEST_F(SetCopy, WordListCanBeLeftOut) {
-    console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 1), 1); });
+    copied(1, dst, 1);
     EXPECT_FALSE(is_there("dst/one/words.dat"));
-    EXPECT_FALSE(is_there("dst/two/words.dat"));
-    EXPECT_TRUE(is_there("dst/two/shared"));
+    EXPECT_EQ(listed_names("dst/two"), std::vector<std::string>{"shared"});
 }
 
 TEST_F(SetCopy, ExistingSetIsOverwritten) {
-    std::filesystem::create_directory("dst/one");
-    write_file("dst/one/own", "old");
-    write_file("dst/one/more", "stays");
-    console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); });
+    shell("mkdir dst/one; echo old >dst/one/own; printf stays >dst/one/more");
+    copied(1, dst);
     EXPECT_EQ(read_file("dst/one/own"), "own of one");
     EXPECT_EQ(read_file("dst/one/more"), "stays");
 }
@@ -262,7 +236,7 @@ TEST_F(SetCopy, ManySetsNeedFewOpenFiles) {
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit few = {40, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); });
+    copied(1, dst);
     ::setrlimit(RLIMIT_NOFILE, &before);
     for (int number = 0; number < 80; number++) {
         EXPECT_EQ(read_file("dst/many" + std::to_string(number) + "/words.dat"), "words");
@@ -272,38 +246,34 @@ TEST_F(SetCopy, ManySetsNeedFewOpenFiles) {
 TEST_F(SetCopy, MissingArgumentCopiesNothing) {
     EXPECT_EQ(do_template_copy(nullptr, dst.c_str(), 0), 0);
     EXPECT_EQ(do_template_copy("src", nullptr, 0), 0);
-    EXPECT_EQ(names_below("dst"), "");
+    EXPECT_EQ(tree_of("dst"), "");
 }
 
 TEST_F(SetCopy, FirstFailureEndsTheCopy) {
     std::filesystem::create_symlink("nowhere", "src/one/link");
-    const std::string console =
-        console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 0); });
-    EXPECT_NE(console.find("Error: Can't copy src/one/link: No such file or directory\n"),
-              std::string::npos)
-        << console;
+    EXPECT_THAT(copied(0, dst),
+                HasSubstr("Error: Can't copy src/one/link: No such file or directory\n"));
     EXPECT_FALSE(is_there("dst/one/words.dat"));
 }
 
 TEST_F(SetCopy, DestinationWithoutRootFails) {
-    EXPECT_EQ(console_of([&] { EXPECT_EQ(do_template_copy("src", "relative", 0), 0); }), "");
+    EXPECT_EQ(copied(0, "relative"), "");
     EXPECT_FALSE(is_there("relative"));
 }
 
 TEST_F(SetCopy, WithoutCommonFilesTheSetsAreCopiedAllTheSame) {
     std::filesystem::remove_all("src/common");
     stream_capture report(stderr);
-    console_of([&] { EXPECT_EQ(do_template_copy("src", dst.c_str(), 0), 1); });
+    copied(1, dst);
     EXPECT_EQ(report.finish(), "Could not read directory file: No such file or directory\n");
     EXPECT_EQ(read_file("dst/one/shared"), "shared of one");
 }
 
 TEST_F(SetCopy, WordsGoNowhereForAPathFromTheRoot) {
-    std::filesystem::create_directory("tpl_de");
-    write_file("dst/words.dat", "words");
+    shell("mkdir tpl_de; touch dst/words.dat");
     EXPECT_EQ(console_of([&] { words_copy(dst.c_str(), "tpl_", "words.dat"); }), "");
-    EXPECT_EQ(names_below("dst"), "words.dat\n");
-    EXPECT_EQ(names_below("tpl_de"), "");
+    EXPECT_EQ(listed_names("dst"), std::vector<std::string>{"words.dat"});
+    EXPECT_EQ(tree_of("tpl_de"), "");
     words_copy(nullptr, "tpl_", "words.dat");
     words_copy(dst.c_str(), nullptr, "words.dat");
     words_copy(dst.c_str(), "tpl_", nullptr);

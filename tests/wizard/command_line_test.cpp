@@ -102,16 +102,4 @@ TEST_F(CommandLine, EveryRunStartsALogAndKeepsTwoOlderOnes) {
     EXPECT_FALSE(is_there("dist/gxsetup3.log"));
 }
 
-TEST_F(CommandLine, LogThatCannotBeOpenedIsSaidAndTheRunGoesOn) {
-    const world host("kestrel");
-    shell("cd dist; mkdir gxsetup.log gxsetup1.log gxsetup2.log; touch gxsetup.log/full "
-          "gxsetup1.log/full gxsetup2.log/full");
-    const wizard_run run = run_wizard(host, {"-version"}, {});
-    EXPECT_EQ(run.transcript, "Error: log file cannot be opened\n"
-                              "Cant open logfile ./gxsetup.log\n"
-                              "gxsetup, version 3.0h\n"
-                              "\n"
-                              "Please press enter to quit...\n");
-}
-
 } // namespace

@@ -78,7 +78,8 @@ TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
                       holds("\npophost ODD\n"), holds("\ndomain ODD\n")));
     EXPECT_THAT(shown_log(host, odd + "/gxsetup.log"),
                 AllOf(holds("Debug: Getting version from [./ODD.cgi -version >ver.txt]\n"),
-                      holds("Info:  @/html/LOGGED does not exist... gxsetup will create it\n")));
+                      holds("Info:  @/html/LOGGED does not exist... gxsetup will create it\n"),
+                      holds("Info:  created directory \"@/spool/ODD\"\n")));
 }
 
 TEST(Conversions, InSettingsOfTheProductAreText) {

@@ -298,24 +298,6 @@ TEST_F(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
     EXPECT_EQ(std::filesystem::remove_all(longest), 3);
 }
 
-TEST_F(OddAnswers, ConversionsInAnswersAreTextEverywhereButInTheLog) {
-    const world host("kestrel");
-    std::filesystem::create_directories("html/vlimg");
-    const wizard_run run = run_wizard(host, {},
-                                      {{"Directory for templates", "@/spool/%s%n%d%%"},
-                                       {"Relative URL", "/%n%s"},
-                                       {"domain name", "%s%n%d%%"},
-                                       {"original templates", "yes"},
-                                       {"temporary files", "no"}});
-    expect_kept("screen", run.transcript);
-    expect_kept("kestrel.ini", shown_file(host, "cgi-bin/kestrel.ini"));
-    EXPECT_TRUE(is_there("spool/%s%n%d%%/originals/index.tpl"));
-    const std::string log = shown_log(host, "dist/gxsetup.log");
-    EXPECT_THAT(log,
-                HasSubstr("Info:  @/spool/<NULL>%n0% does not exist... gxsetup will create it\n"));
-    EXPECT_THAT(log, HasSubstr("Info:  created directory \"@/spool/%s%n%d%%\"\n"));
-}
-
 TEST_F(OddAnswers, BlanksAndBytesOfNoEncodingAreKept) {
     const world host("kestrel");
     const std::string directory = "spool/two  words \xff\xfe";

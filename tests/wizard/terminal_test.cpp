@@ -10,24 +10,27 @@
 
 namespace {
 
+// A session at its main menu.
+class Terminal : public testing::Test {
+  protected:
+    Terminal() { EXPECT_TRUE(terminal.wait_for("What do you want to do [1]? ")); }
+
+    const world host{"kestrel"};
+    terminal_session terminal{host};
+};
+
 // A prompt that is not shown in time is never answered: the session hangs then.
-TEST(Terminal, EveryPromptIsOnTheScreenBeforeItsAnswerIsTyped) {
-    const world host("kestrel");
-    terminal_session terminal(host);
+TEST_F(Terminal, EveryPromptIsOnTheScreenBeforeItsAnswerIsTyped) {
     EXPECT_EQ(terminal.hold(no_to_both + console_script{{"domain name", "site.test"}}), 0);
     expect_kept("screen", terminal.screen());
 }
 
-TEST(Terminal, PromptsComeInTimeThroughAPipeToo) {
-    const world host("kestrel");
-    terminal_session terminal(host, {}, print_through_pipe);
-    EXPECT_EQ(terminal.hold(no_to_both), 0);
+TEST_F(Terminal, PromptsComeInTimeThroughAPipeToo) {
+    terminal_session piped(host, {}, print_through_pipe);
+    EXPECT_EQ(piped.hold(no_to_both), 0);
 }
 
-TEST(Terminal, InterruptEndsTheSessionAndSavesNothing) {
-    const world host("kestrel");
-    terminal_session terminal(host);
-    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+TEST_F(Terminal, InterruptEndsTheSessionAndSavesNothing) {
     terminal.type("\n");
     ASSERT_TRUE(terminal.wait_for("[@/cgi-bin]? "));
     terminal.type("\x03");
@@ -36,38 +39,28 @@ TEST(Terminal, InterruptEndsTheSessionAndSavesNothing) {
     EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "spool") + tree_of(host, "html"), "");
 }
 
-TEST(Terminal, EndOfInputKeyQuits) {
-    const world host("kestrel");
-    terminal_session terminal(host);
-    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+TEST_F(Terminal, EndOfInputKeyQuits) {
     terminal.type("\x04");
     EXPECT_EQ(terminal.wait_for_end(), 0);
     EXPECT_EQ(terminal.screen(), welcome + menu("kestrel") + quit_at_a_question);
 }
 
-TEST(Terminal, HangingUpEndsTheSessionAndSavesNothing) {
-    const world host("kestrel");
-    terminal_session terminal(host);
-    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+TEST_F(Terminal, HangingUpEndsTheSessionAndSavesNothing) {
     terminal.hang_up();
     EXPECT_EQ(terminal.wait_for_end(), killed_by_signal + SIGHUP);
     EXPECT_FALSE(is_there("dist/gxsetup.dat"));
 }
 
 // As under nohup: the end of the terminal is not a signal then but the end of input.
-TEST(Terminal, HangingUpAProgramThatIgnoresItIsTheEndOfInput) {
-    const world host("kestrel");
-    terminal_session terminal(host, {}, [] { std::signal(SIGHUP, SIG_IGN); });
-    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
-    terminal.hang_up();
-    EXPECT_EQ(terminal.wait_for_end(), 0);
+TEST_F(Terminal, HangingUpAProgramThatIgnoresItIsTheEndOfInput) {
+    terminal_session deaf(host, {}, [] { std::signal(SIGHUP, SIG_IGN); });
+    ASSERT_TRUE(deaf.wait_for("What do you want to do [1]? "));
+    deaf.hang_up();
+    EXPECT_EQ(deaf.wait_for_end(), 0);
     EXPECT_FALSE(is_there("dist/gxsetup.dat"));
 }
 
-TEST(Terminal, HangingUpInTheMiddleOfTheWorkLeavesWholeFilesOrNone) {
-    const world host("kestrel");
-    terminal_session terminal(host);
-    ASSERT_TRUE(terminal.wait_for("What do you want to do [1]? "));
+TEST_F(Terminal, HangingUpInTheMiddleOfTheWorkLeavesWholeFilesOrNone) {
     terminal.type("1\n\n\n\n\n\n\n\n\n");
     ASSERT_TRUE(terminal.wait_for("Do you want to change any of your answers [NO]? "));
     add_file("cgi-bin/kestrel.ini", "old 1\n");
@@ -79,9 +72,7 @@ TEST(Terminal, HangingUpInTheMiddleOfTheWorkLeavesWholeFilesOrNone) {
     EXPECT_FALSE(is_there("dist/gxsetup.dat"));
 }
 
-TEST(Terminal, QuitWaitsForEnter) {
-    const world host("kestrel");
-    terminal_session terminal(host);
+TEST_F(Terminal, QuitWaitsForEnter) {
     EXPECT_EQ(terminal.hold({{"What do you want to do", "q"}, {"Please press enter to quit", ""}}),
               0);
 }

@@ -1,9 +1,22 @@
 #include "files/accounts.h"
 
+#include "support/rows.h"
 #include "support/scratch_test.h"
+#include "support/world.h"
 #include "unit/account_files.h"
 
 namespace {
+
+// Looks up users, or groups, after commands of the shell. A getent that is written anew answers
+// whatever it is asked.
+struct lookup {
+    const char *name;
+    bool is_of_group;
+    std::vector<const char *> names;
+    const char *found; // of each name: "USER:GROUP" or "GROUP" in numbers, or "unknown"
+    const char *asked; // of getent
+    const char *preparation = "";
+};
 
 class Accounts : public scratch_test {
   protected:
@@ -35,97 +48,71 @@ class Accounts : public scratch_test {
         const group *found = find_group(name, test_accounts);
         return found == nullptr ? "unknown" : std::to_string(found->gr_gid);
     }
+
+    static void check(const lookup &row) {
+        shell(row.preparation);
+        for (const char *name : row.names) {
+            EXPECT_EQ(row.is_of_group ? in_group(name) : user(name), row.found) << name;
+        }
+        EXPECT_EQ(asked_of_getent(), row.asked);
+        EXPECT_FALSE(is_there("seen"));
+    }
 };
 
+constexpr const char *answer_root = "sed -i '3,$d' getent; echo 'echo root:x:0:0::/:' >>getent";
+
+const std::vector<lookup> lookups = {
+    {"Accounts.ALocalUserIsTheFirstOfTheName", false, {"web"}, "21:22", ""},
+    {"Accounts.ALocalNameIsNotAskedOfGetent", false, {"root"}, "0:0", ""},
+    {"Accounts.ALocalGroupIsFound", true, {"nobody"}, "99", ""},
+    {"Accounts.LinesThatAreNoEntriesAreNotFound",
+     false,
+     {"# a comment", "cut"},
+     "unknown",
+     "[passwd][# a comment][passwd][cut]"},
+    {"Accounts.AnyOtherUserIsAskedOfGetentHoweverItWritesTheName",
+     false,
+     {"ANN"},
+     "51:52",
+     "[passwd][ANN]"},
+    {"Accounts.AnyOtherGroupIsAskedOfGetent", true, {"staff"}, "53", "[group][staff]"},
+    {"Accounts.ANameThatNobodyKnowsIsUnknown", false, {"bob"}, "unknown", "[passwd][bob]"},
+    {"Accounts.AGroupThatNobodyKnowsIsUnknown", true, {"ANN"}, "unknown", "[group][ANN]"},
+    {"Accounts.ANameIsNoOption", false, {"-s", "--service=files"}, "unknown", "", answer_root},
+    {"Accounts.AnEntryOfAnotherSystemIsNoUser", false, {"+nis"}, "unknown", ""},
+    {"Accounts.ANumberIsANameAndNoId",
+     false,
+     {"0", "00021", " 0", "\t0", " +0", " -0", ""},
+     "unknown",
+     "",
+     answer_root},
+    {"Accounts.ANumberMayBeTheNameOfAnEntry", false, {"33"}, "41:42", "", answer_root},
+    {"Accounts.ANameWithADigitIsAskedOfGetent", false, {"3com"}, "unknown", "[passwd][3com]"},
+    {"Accounts.NoShellReadsTheName",
+     false,
+     {"$(touch seen); a b"},
+     "unknown",
+     "[passwd][$(touch seen); a b]"},
+    {"Accounts.WithoutFilesGetentKnowsAll", false, {"ANN"}, "51:52", "[passwd][ANN]", "rm passwd"},
+    {"Accounts.WithoutGetentOthersAreUnknown", false, {"ANN"}, "unknown", "", "rm getent"},
+    {"Accounts.WithoutGetentOnlyLocalNamesAreKnown", false, {"web"}, "21:22", "", "rm getent"},
+    {"Accounts.WhatIsNoEntryIsNoAnswer",
+     false,
+     {"bob"},
+     "unknown",
+     "[passwd][bob]",
+     "sed -i '3,$d' getent; echo 'echo no such thing' >>getent"},
+    {"Accounts.AFailedGetentHasNoAnswer",
+     false,
+     {"bob"},
+     "unknown",
+     "[passwd][bob]",
+     "sed -i '3,$d' getent; echo 'echo bob:x:61:62::/:; exit 2' >>getent"},
+};
+
+const int registered = register_rows<Accounts>(lookups);
+
 } // namespace
-
-TEST_F(Accounts, ALocalUserIsTheFirstOfTheName) {
-    EXPECT_EQ(user("web"), "21:22");
-    EXPECT_EQ(user("root"), "0:0");
-}
-
-TEST_F(Accounts, ALocalNameIsNotAskedOfGetent) {
-    user("web");
-    in_group("nobody");
-    EXPECT_EQ(asked_of_getent(), "");
-}
-
-TEST_F(Accounts, ALocalGroupIsFound) {
-    EXPECT_EQ(in_group("nobody"), "99");
-}
-
-TEST_F(Accounts, LinesThatAreNoEntriesAreNotFound) {
-    EXPECT_EQ(user("# a comment"), "unknown");
-    EXPECT_EQ(user("cut"), "unknown");
-}
-
-TEST_F(Accounts, AnyOtherUserIsAskedOfGetentHoweverItWritesTheName) {
-    EXPECT_EQ(user("ANN"), "51:52");
-    EXPECT_EQ(asked_of_getent(), "[passwd][ANN]");
-}
-
-TEST_F(Accounts, AnyOtherGroupIsAskedOfGetent) {
-    EXPECT_EQ(in_group("staff"), "53");
-    EXPECT_EQ(asked_of_getent(), "[group][staff]");
-}
-
-TEST_F(Accounts, ANameThatNobodyKnowsIsUnknown) {
-    EXPECT_EQ(user("bob"), "unknown");
-    EXPECT_EQ(in_group("ANN"), "unknown");
-}
-
-TEST_F(Accounts, ANameIsNoOption) {
-    write_getent("echo root:x:0:0::/:\n");
-    EXPECT_EQ(user("-s"), "unknown");
-    EXPECT_EQ(user("--service=files"), "unknown");
-    EXPECT_EQ(asked_of_getent(), "");
-}
-
-TEST_F(Accounts, AnEntryOfAnotherSystemIsNoUser) {
-    EXPECT_EQ(user("+nis"), "unknown");
-    EXPECT_EQ(asked_of_getent(), "");
-}
-
-TEST_F(Accounts, ANumberIsANameAndNoId) {
-    write_getent("echo root:x:0:0::/:\n");
-    for (const char *number : {"0", "00021", " 0", "\t0", " +0", " -0", ""}) {
-        EXPECT_EQ(user(number), "unknown") << number;
-    }
-    EXPECT_EQ(asked_of_getent(), "");
-    EXPECT_EQ(user("33"), "41:42");
-}
-
-TEST_F(Accounts, ANameWithADigitIsAskedOfGetent) {
-    user("3com");
-    EXPECT_EQ(asked_of_getent(), "[passwd][3com]");
-}
-
-TEST_F(Accounts, NoShellReadsTheName) {
-    user("$(touch seen); a b");
-    EXPECT_EQ(asked_of_getent(), "[passwd][$(touch seen); a b]");
-    EXPECT_FALSE(std::filesystem::exists("seen"));
-}
-
-TEST_F(Accounts, WithoutFilesGetentKnowsAll) {
-    std::filesystem::remove("passwd");
-    EXPECT_EQ(user("ANN"), "51:52");
-}
-
-TEST_F(Accounts, WithoutGetentOnlyLocalNamesAreKnown) {
-    std::filesystem::remove("getent");
-    EXPECT_EQ(user("ANN"), "unknown");
-    EXPECT_EQ(user("web"), "21:22");
-}
-
-TEST_F(Accounts, WhatIsNoEntryIsNoAnswer) {
-    write_getent("echo no such thing\n");
-    EXPECT_EQ(user("bob"), "unknown");
-}
-
-TEST_F(Accounts, AFailedGetentHasNoAnswer) {
-    write_getent("echo bob:x:61:62::/:\nexit 2\n");
-    EXPECT_EQ(user("bob"), "unknown");
-}
 
 TEST_F(Accounts, AGetentThatCannotBeStartedIsLogged) {
     const test_log log(scratch.path("logs"));

@@ -1,6 +1,7 @@
 #include "files/move_bytes.h"
 
 #include "core/place.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
 
 #include <cerrno>
@@ -48,6 +49,14 @@ ssize_t __wrap_copy_file_range(int from, off64_t *from_offset, int to, off64_t *
 
 namespace {
 
+// A copy whose calls are answered so; the source gets another size before the last answered one.
+struct answered_copy {
+    const char *name;
+    std::size_t size;
+    std::vector<int> answers;
+    std::size_t size_at_end;
+};
+
 class MoveBytes : public scratch_test {
   protected:
     ~MoveBytes() override {
@@ -72,7 +81,35 @@ class MoveBytes : public scratch_test {
         }
         return text;
     }
+
+    static void check(const answered_copy &row) {
+        write_file("from", text_of(row.size));
+        answers = row.answers;
+        before_call = [&row] {
+            if (answers.empty()) {
+                write_file("from", text_of(row.size_at_end));
+            }
+        };
+        EXPECT_EQ(move(), move_result::done);
+        EXPECT_EQ(read_file("to"), text_of(row.size_at_end));
+    }
 };
+
+const std::vector<answered_copy> answered_copies = {
+    {"MoveBytes.ARefusedCallGoesOnByReadingAndWriting", 300000, {-ENOSYS}, 300000},
+    {"MoveBytes.ACallAcrossFileSystemsGoesOnByReadingAndWriting", 300000, {-EXDEV}, 300000},
+    {"MoveBytes.AnInvalidCallGoesOnByReadingAndWriting", 300000, {-EINVAL}, 300000},
+    {"MoveBytes.AForbiddenCallGoesOnByReadingAndWriting", 300000, {-EPERM}, 300000},
+    {"MoveBytes.AnUnsupportedCallGoesOnByReadingAndWriting", 300000, {-EOPNOTSUPP}, 300000},
+    {"MoveBytes.ACallThatCannotReadGoesOnByReadingAndWriting", 300000, {-EIO}, 300000},
+    {"MoveBytes.ACallWithoutRoomGoesOnByReadingAndWriting", 300000, {-ENOSPC}, 300000},
+    {"MoveBytes.AShortCallIsFollowedByAnother", 300000, {1, 7, 100000}, 300000},
+    {"MoveBytes.ACallThatFailsInTheMiddleGoesOnByReadingAndWriting", 300000, {1000, -EIO}, 300000},
+    {"MoveBytes.ASourceThatShrinksGivesWhatIsThere", 300000, {1000, 1000}, 1500},
+    {"MoveBytes.ASourceThatGrowsGivesWhatIsThereAtTheEnd", 2000, {1000, 1000}, 5000},
+};
+
+const int registered = register_rows<MoveBytes>(answered_copies);
 
 } // namespace
 
@@ -82,53 +119,6 @@ TEST_F(MoveBytes, CopiesFilesOfEverySize) {
         EXPECT_EQ(move(), move_result::done);
         EXPECT_EQ(read_file("to"), text_of(size)) << size;
     }
-}
-
-TEST_F(MoveBytes, ARefusedCallGoesOnByReadingAndWriting) {
-    write_file("from", text_of(300000));
-    for (const int error : {ENOSYS, EXDEV, EINVAL, EPERM, EOPNOTSUPP, EIO, ENOSPC}) {
-        answers = {-error};
-        EXPECT_EQ(move(), move_result::done);
-        EXPECT_EQ(read_file("to"), text_of(300000)) << error;
-    }
-}
-
-TEST_F(MoveBytes, AShortCallIsFollowedByAnother) {
-    write_file("from", text_of(300000));
-    answers = {1, 7, 100000};
-    EXPECT_EQ(move(), move_result::done);
-    EXPECT_EQ(read_file("to"), text_of(300000));
-}
-
-TEST_F(MoveBytes, ACallThatFailsInTheMiddleGoesOnByReadingAndWriting) {
-    write_file("from", text_of(300000));
-    answers = {1000, -EIO};
-    EXPECT_EQ(move(), move_result::done);
-    EXPECT_EQ(read_file("to"), text_of(300000));
-}
-
-TEST_F(MoveBytes, ASourceThatShrinksGivesWhatIsThere) {
-    write_file("from", text_of(300000));
-    answers = {1000, 1000};
-    before_call = [] {
-        if (answers.empty()) {
-            EXPECT_EQ(::truncate("from", 1500), 0);
-        }
-    };
-    EXPECT_EQ(move(), move_result::done);
-    EXPECT_EQ(read_file("to"), text_of(1500));
-}
-
-TEST_F(MoveBytes, ASourceThatGrowsGivesWhatIsThereAtTheEnd) {
-    write_file("from", text_of(2000));
-    answers = {1000, 1000};
-    before_call = [] {
-        if (answers.empty()) {
-            write_file("from", text_of(5000));
-        }
-    };
-    EXPECT_EQ(move(), move_result::done);
-    EXPECT_EQ(read_file("to"), text_of(5000));
 }
 
 TEST_F(MoveBytes, AFullDiskIsAFailedWrite) {

@@ -29,7 +29,7 @@ void set_loglvl(int level);
 [[gnu::format(printf, 1, 2)]] int imsg(const char *format, ...);
 [[gnu::format(printf, 1, 2)]] int dmsg(const char *format, ...);
 
-// Writes a prepared line of `len` bytes behind a time stamp. Rotates first if the file would grow
+// Writes a prepared line of `len` bytes after a time stamp. Rotates first if the file would grow
 // past 100000 counted bytes. Returns `len`; on failure prints so and returns 0.
 int logit(const char *output, std::size_t len);
 

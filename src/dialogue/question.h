@@ -1,7 +1,7 @@
 // The question engine. Every question of the program goes through `question`: it shows the text
-// with its default, gets one line from the source of the answers and gives the answer in one form,
-// with the same three ways out of every question: an empty line takes the default, "?" shows the
-// help topic, "q" ends the program.
+// with its default, gets one line from the source of the answers and returns the answer in one
+// form, with the same three ways out of every question: an empty line takes the default, "?" shows
+// the help topic, "q" ends the program.
 #pragma once
 
 #include "dialogue/questions.h"

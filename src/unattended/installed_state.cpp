@@ -45,8 +45,8 @@ bool are_programs_there(pINI_SETTINGS ini) {
            (!is_true_answer(ini, D_WML) || are_alike(program, cgi_file(ini, D_WML_NAME, "cgi")));
 }
 
-// Whether each file below the directory `source` that matches `wild` stands at its place below
-// `target`. The files of "common" are copied into the sets and stand at no place of their own.
+// Whether each file below the directory `source` that matches `wild` is at the same place below
+// `target`. The files of "common" are copied into the sets and have no place of their own.
 bool are_files_there(const std::string &source, const char *wild, const std::string &target) {
     found_names names;
     const int count = wild_find2(source.c_str(), "*", names);

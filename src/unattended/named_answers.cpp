@@ -42,7 +42,7 @@ class file_settings {
 bool is_question(std::string_view name) {
     return name == list_of_hosts ||
            std::any_of(quest_pool.begin(), quest_pool.end(), [name](const QUESTIONS &row) {
-               return row.name == name && !is_told_by_action(row);
+               return row.name == name && !is_answered_by_action(row);
            });
 }
 
@@ -85,7 +85,7 @@ bool lacks_value(std::string_view line, bool goes_on) {
     return separator == std::string_view::npos || separator + 1 == line.size();
 }
 
-// What stands in a file that a settings file would pass over or cut; "" if nothing.
+// What loading would pass over or cut in a file; "" if nothing.
 std::string fault_of_lines(std::FILE *file) {
     std::array<char, piece_size> piece{};
     bool goes_on = false;
@@ -118,8 +118,8 @@ std::string fault_of_owner(const struct stat &status) {
     return (status.st_mode & writable_by_others) != 0 ? "others may write it" : "";
 }
 
-// What is wrong with a file of answers that was opened to be loaded; "" if nothing. It stands at
-// its beginning afterwards.
+// What is wrong with a file of answers that was opened to be loaded; "" if nothing. Leaves the file
+// at its beginning.
 std::string fault_of_file(const open_file &file) {
     if (!file.is_open()) {
         return std::strerror(errno);
@@ -160,7 +160,7 @@ std::string read_file(const std::string &path, named_answers &answers) {
     return {};
 }
 
-// Where the value of NAME=VALUE begins; npos for a FILE, which may hold a "=" behind a "/".
+// Where the value of NAME=VALUE begins; npos for a FILE, which may hold a "=" after a "/".
 std::size_t value_in(std::string_view given) {
     const std::size_t equals = given.find('=');
     return equals == std::string_view::npos || given.substr(0, equals).find('/') < equals
@@ -170,9 +170,9 @@ std::size_t value_in(std::string_view given) {
 
 } // namespace
 
-bool is_told_by_action(const QUESTIONS &row) {
-    constexpr std::array told = {I_MENU_Q, YN_CHANS_Q, YN_SWITCHU_Q, I_SWITCHI_Q};
-    return std::find(told.begin(), told.end(), row.quest_num) != told.end();
+bool is_answered_by_action(const QUESTIONS &row) {
+    constexpr std::array answered = {I_MENU_Q, YN_CHANS_Q, YN_SWITCHU_Q, I_SWITCHI_Q};
+    return std::find(answered.begin(), answered.end(), row.quest_num) != answered.end();
 }
 
 std::string read_answers(const std::vector<std::string> &given, named_answers &answers) {

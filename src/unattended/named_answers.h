@@ -14,7 +14,7 @@
 inline constexpr std::string_view list_of_hosts = "allow_host_login";
 
 // Whether the action of the run answers a question already, so that no answer can be named for it.
-bool is_told_by_action(const QUESTIONS &row);
+bool is_answered_by_action(const QUESTIONS &row);
 
 // The values of each name.
 using named_answers = std::map<std::string, std::vector<std::string>, std::less<>>;

@@ -33,7 +33,7 @@ constexpr const char *usage =
 
 enum long_option : int { expect_product = 256, expect_version, debug, help, version };
 
-constexpr std::array<option, 10> long_options = {{
+constexpr auto long_options = std::to_array<option>({
     {"directory", required_argument, nullptr, 'C'},
     {"rehearse", no_argument, nullptr, 'n'},
     {"list", no_argument, nullptr, 'l'},
@@ -44,7 +44,7 @@ constexpr std::array<option, 10> long_options = {{
     {"help", no_argument, nullptr, help},
     {"version", no_argument, nullptr, version},
     {nullptr, 0, nullptr, 0},
-}};
+});
 
 [[noreturn]] void print_and_exit(const char *format, const char *argument) {
     print(format, argument);

@@ -26,14 +26,14 @@ struct run_state {
     const run_options *options = nullptr;
     std::string product;
     std::string version;
-    std::string directory; // where the product is, or is to be
-    bool has_begun = false;
-    bool is_there_already = false;
+    std::string directory;                    // where the product is, or is to be
+    bool has_begun = false;                   // to change something
+    bool is_there_already = false;            // an installation found the product's program
     std::set<std::string, std::less<>> asked; // names
     std::string last_question;                // the text
-    int times_refused = 0;                    // the last question its reply
+    int times_refused = 0;                    // how often the last question did not take its reply
     std::size_t next_host = 0;
-    std::string listing;
+    std::string listing; // what --list will print
 };
 run_state run;
 
@@ -45,7 +45,7 @@ struct sometimes_asked {
     const char *meaning;
 };
 
-constexpr std::array<sometimes_asked, 8> sometimes = {{
+constexpr auto sometimes = std::to_array<sometimes_asked>({
     {"prod_name", "install upgrade remove", nullptr,
      "The product, where neither its program nor saved answers tell it"},
     {"version", "install upgrade remove", nullptr,
@@ -59,7 +59,7 @@ constexpr std::array<sometimes_asked, 8> sometimes = {{
      "Keep a copy of the original templates in the templates directory"},
     {"delete_temporary", "install upgrade", "no",
      "Delete all that is in the directory of the distribution"},
-}};
+});
 
 const char *stored(answer_position position) {
     return ini_value2_num(&gxvalues, position);
@@ -347,7 +347,7 @@ std::string reply_to(const asked_question &asked) {
         [&](const special_question &one) { return one.number == asked.row.quest_num; });
     std::string reply =
         special != std::end(special_questions) ? special->reply(asked) : named_or_offered(asked);
-    if (run.kind == run_kind::listing && is_new && !is_told_by_action(asked.row)) {
+    if (run.kind == run_kind::listing && is_new && !is_answered_by_action(asked.row)) {
         list_question(asked, reply);
     }
     return reply;

@@ -64,6 +64,6 @@ TEST_F(NamedAnswers, HoldOneValueOf511Characters) {
 TEST_F(NamedAnswers, AreNotNamedForWhatTheActionTells) {
     for (const QUESTIONS &row : quest_pool) {
         const std::string fault = read({std::string(row.name) + "=x"});
-        EXPECT_EQ(fault.empty(), !is_told_by_action(row)) << row.name;
+        EXPECT_EQ(fault.empty(), !is_answered_by_action(row)) << row.name;
     }
 }

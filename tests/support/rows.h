@@ -5,7 +5,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
-#include <source_location>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -75,11 +74,10 @@ class rule {
     template <typename Result, typename... Arguments>
     rule(const char *test_name, Result (*function)(Arguments...),
          std::type_identity_t<std::vector<call<Result, Arguments...>>> calls,
-         std::source_location where = std::source_location::current())
+         const char *file = __builtin_FILE(), int line = __builtin_LINE())
         : name(test_name), check([=] {
               for (const auto &[given, result] : calls) {
-                  const testing::ScopedTrace row(where.file_name(), static_cast<int>(where.line()),
-                                                 testing::PrintToString(given));
+                  const testing::ScopedTrace row(file, line, testing::PrintToString(given));
                   EXPECT_EQ(in_table(std::apply(function, given)), result);
               }
           }) {}

@@ -3,6 +3,7 @@
 #include "core/console.h"
 #include "dialogue/help.h"
 #include "support/console_capture.h"
+#include "support/expected.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
 
@@ -14,8 +15,8 @@ namespace {
 
 using namespace std::string_literals;
 
-// What is typed at a question, the answer it gives then and, if looked at, what it shows. "@" is
-// the test's directory.
+// What is typed at a question, the answer it gives then, and what it shows; longer dialogues are
+// kept texts. "@" is the test's directory.
 struct exchange {
     question_number number;
     const char *dflt;
@@ -42,12 +43,20 @@ class Dialogue : public scratch_test {
     }
 
     void check(const dialogue &row) {
+        std::string kept;
         for (const exchange &one : row.exchanges) {
             const std::string dflt = here(one.dflt != nullptr ? one.dflt : "");
             const std::string shown = ask(here(one.typed), one.number,
                                           one.dflt != nullptr ? dflt.c_str() : nullptr, "kestrel");
             EXPECT_EQ(answer, here(one.answer));
-            EXPECT_TRUE(one.shown.empty() || shown == here(one.shown)) << shown;
+            if (one.shown.empty()) {
+                kept += scratch.with_at(shown);
+            } else {
+                EXPECT_EQ(shown, one.shown);
+            }
+        }
+        if (!kept.empty()) {
+            expect_kept("console", kept);
         }
         EXPECT_EQ(log.text(), here(row.log));
         EXPECT_FALSE(is_there("missing"));
@@ -73,15 +82,6 @@ using QuestionInput = Dialogue;
 
 const std::string domain = "\nSuggested domain name ";
 const std::string directories = "\nDo you want to change the default suggested directories ";
-const std::string yes_or_no = "Please enter either \"YES\" or \"NO\"\n";
-const std::string images = "\nDirectory for .gif, .jpg and .wav files\n? ";
-const std::string old_templates =
-    "\nWhere are your template files (this must be an existing directory)\n";
-const std::string templates = "\nDirectory for templates ? ";
-const std::string manuals = "\nDirectory for manual files ? ";
-const std::string workarea = "\nDirectory for kestrel workarea (user files) ? ";
-const std::string no_root = "No root given! please enter a directory from the root\n";
-const std::string not_valid = " does not exist... please enter a valid directory\n";
 const std::string created = "@/missing does not exist... gxsetup will create it\n";
 const std::string long_answer(511, 'a');
 const std::string too_long_default(600, 'd');
@@ -121,14 +121,11 @@ const std::vector<dialogue> dialogues = {
      {{YN_CHDIR_Q, "YES", "n\n", "FALSE"}, {YN_CHDIR_Q, "YES", "no\n", "FALSE"},
       {YN_CHDIR_Q, "YES", "NO\n", "FALSE"}, {YN_CHDIR_Q, "YES", "No\n", "FALSE"},
       {YN_CHDIR_Q, "YES", "nO\r\n", "FALSE"}}},
-    {"QuestionYesNo.ASingleUpperCaseNIsNotANo", {{YN_CHDIR_Q, "YES", "N\nn\n", "FALSE",
-       directories + "[YES]? " + yes_or_no + directories + "[YES]? "}}},
-    {"QuestionYesNo.AnyOtherAnswerAsksAgain", {{YN_CHDIR_Q, "NO", "maybe\n yes\ny\n", "TRUE",
-       directories + "[NO]? " + yes_or_no + directories + "[NO]? " + yes_or_no + directories +
-       "[NO]? "}}},
+    {"QuestionYesNo.ASingleUpperCaseNIsNotANo", {{YN_CHDIR_Q, "YES", "N\nn\n", "FALSE"}}},
+    {"QuestionYesNo.AnyOtherAnswerAsksAgain", {{YN_CHDIR_Q, "NO", "maybe\n yes\ny\n", "TRUE"}}},
     {"QuestionYesNo.IsMadeByTheDefaultNotByTheRow",
      {{YN_CHDIR_Q, nullptr, "other\n", "other"}, {YN_CHDIR_Q, "y", "other\n", "other"},
-      {I_SDOM_Q, "Yes", "other\n\n", "TRUE", domain + "[Yes]? " + yes_or_no + domain + "[Yes]? "}}},
+      {I_SDOM_Q, "Yes", "other\n\n", "TRUE"}}},
     {"QuestionYesNo.AYesOrNoIsTakenByEveryQuestion",
      {{I_SDOM_Q, nullptr, "yes\n", "TRUE"}, {I_SDOM_Q, nullptr, "n\n", "FALSE"},
       {I_SDOM_Q, nullptr, "N\n", "N"}, {D_CGI_Q, nullptr, "yes\n", "TRUE"},
@@ -140,26 +137,19 @@ const std::vector<dialogue> dialogues = {
     // --- Directories ---
     {"QuestionDirectory.AnExistingOneFromTheRootIsGivenAsTyped",
      {{D_CGI_Q, nullptr, "@\n", "@"}, {D_CGI_Q, nullptr, "@/\r\n", "@/"}}},
-    {"QuestionDirectory.ARelativeOneIsRefused",
-     {{D_VLIMG2_Q, nullptr, "cgi-bin\n@\n", "@", images + no_root + images}}},
+    {"QuestionDirectory.ARelativeOneIsRefused", {{D_VLIMG2_Q, nullptr, "cgi-bin\n@\n", "@"}}},
     {"QuestionDirectory.AMissingOneIsRefusedWhereItMustExist",
-     {{D_TMPLTS_Q, nullptr, "@/missing\n@\n", "@",
-       old_templates + "? @/missing" + not_valid + old_templates + "? "}}},
+     {{D_TMPLTS_Q, nullptr, "@/missing\n@\n", "@"}}},
     {"QuestionDirectory.AMissingOneIsReportedAndGivenWhereItMayBeNew",
-     {{D_TMPLTS2_Q, nullptr, "@/missing\n", "@/missing", templates + created + "\n"}},
-     "Info:  " + created},
-    {"QuestionDirectory.TheRootAloneIsRefusedAsNotExisting",
-     {{D_WKAREA2_Q, nullptr, "/\n@\n", "@", workarea + "/" + not_valid + workarea},
-      {D_TMPLTS2_Q, nullptr, "/\n@\n", "@", templates + "/" + not_valid + templates}}},
-    {"QuestionDirectory.TheDefaultIsCheckedLikeATypedAnswer", {{D_TMPLTS_Q, "./tpl", "\n@\n", "@",
-       old_templates + "[./tpl]? " + no_root + old_templates + "[./tpl]? "},
+     {{D_TMPLTS2_Q, nullptr, "@/missing\n", "@/missing"}}, "Info:  " + created},
+    {"QuestionDirectory.TheRootAloneIsRefusedAsNotExisting", {{D_WKAREA2_Q, nullptr, "/\n@\n", "@"},
+      {D_TMPLTS2_Q, nullptr, "/\n@\n", "@"}}},
+    {"QuestionDirectory.TheDefaultIsCheckedLikeATypedAnswer", {{D_TMPLTS_Q, "./tpl", "\n@\n", "@"},
       {D_TMPLTS_Q, "@", "\n", "@"}}},
-    {"QuestionDirectory.LeadingBlanksStayAndHideTheRoot",
-     {{D_MANUAL_Q, nullptr, " /\n@\n", "@", manuals + no_root + manuals}}},
+    {"QuestionDirectory.LeadingBlanksStayAndHideTheRoot", {{D_MANUAL_Q, nullptr, " /\n@\n", "@"}}},
     {"QuestionDirectory.RowsWithoutADirectoryRuleTakeAnything",
      {{D_STMPLTS_Q, nullptr, "not/there\n", "not/there"}}},
-    {"QuestionDirectory.AFileIsNoDirectory", {{D_WKAREA2_Q, nullptr, "@/gxsetup.log\n@\n", "@",
-       workarea + "@/gxsetup.log" + not_valid + workarea}}},
+    {"QuestionDirectory.AFileIsNoDirectory", {{D_WKAREA2_Q, nullptr, "@/gxsetup.log\n@\n", "@"}}},
 
     // --- Input ---
     {"QuestionInput.LeadingAndTrailingBlanksBelongToTheAnswer",
@@ -234,7 +224,7 @@ TEST_F(QuestionQuit, QEndsTheProgramWithStatus0AfterOneMoreLine) {
 
 TEST_F(QuestionQuit, QEndsAYesNoAndADirectoryQuestionToo) {
     expect_end("q\n\n", YN_CHDIR_Q, "NO", directories + "[NO]? ");
-    expect_end("Q\n\n", D_MANUAL_Q, nullptr, manuals);
+    expect_end("Q\n\n", D_MANUAL_Q, nullptr, "\nDirectory for manual files ? ");
 }
 
 TEST_F(QuestionQuit, TheEndOfInputIsLikeQ) {
@@ -245,25 +235,17 @@ TEST_F(QuestionQuit, TheEndOfInputIsLikeQ) {
 TEST_F(QuestionHelp, AQuestionMarkShowsTheRowsTopicAndAsksAgain) {
     write_file("vsetup.hlp", "[S_INI_HELP]\nThe settings.\n[NO_HELP]\nNone.\n");
     support_email.assign("support@varnel.example");
-    const std::string contact = "\n\nFor more information, e-mail: support@varnel.example\n";
-    EXPECT_EQ(ask("?\nx\n", I_SDOM_Q, "example.com"),
-              domain + "[example.com]? \nThe settings." + contact + domain + "[example.com]? ");
-    EXPECT_EQ(answer, "x");
-    const std::string menu = "\nWhat do you want to do ? ";
-    EXPECT_EQ(ask("?\nx\n", I_MENU_Q, nullptr), menu + "\nNone." + contact + menu);
+    check({"", {{I_SDOM_Q, "example.com", "?\nx\n", "x"}, {I_MENU_Q, nullptr, "?\nx\n", "x"}}});
 }
 
 TEST_F(QuestionHelp, TheRowWithoutATopicShowsTheFallback) {
     write_file("vsetup.hlp", "[S_INI_HELP]\nThe settings.\n");
     support_email.assign("a");
-    EXPECT_EQ(ask("?\nx\n", C_BODY_ADD_Q, nullptr, 3),
-              "\nLine 3:? \nNo specific help is available for this question.\n"
-              "For more information, e-mail: a\n\nLine 3:? ");
+    expect_kept("console", ask("?\nx\n", C_BODY_ADD_Q, nullptr, 3));
 }
 
 TEST_F(QuestionHelp, WithoutTheFileItsAbsenceIsShown) {
-    EXPECT_EQ(ask("?\nx\n", I_SDOM_Q, nullptr),
-              domain + "? Error: Help file not found\n\n" + domain + "? ");
+    expect_kept("console", ask("?\nx\n", I_SDOM_Q, nullptr));
 }
 
 TEST_F(QuestionInput, TheRestOfALongLineAnswersTheNextPrompt) {

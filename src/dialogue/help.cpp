@@ -20,21 +20,33 @@ bool is_at_end(std::FILE *file) {
     return std::ungetc(std::getc(file), file) == EOF;
 }
 
-// Reads the next line, or piece of a line. Returns false at the end of the file. An unfinished last
-// line is not read, even if it fills the buffer.
-bool read_help_line(std::FILE *file, std::string &line) {
-    std::array<char, piece_size> piece{};
-    if (!read_piece(file, piece).ends_with('\n') && is_at_end(file)) {
-        return false;
+// The lines of a help file, which may grow while it is read: what is past the limit is not read.
+class help_lines {
+  public:
+    explicit help_lines(std::FILE *file) : file_(file) { std::rewind(file); }
+
+    // Reads the next line, or piece of a line. Returns false at the end of the file. An unfinished
+    // last line is not read, even if it fills the buffer.
+    bool read(std::string &line) {
+        std::array<char, piece_size> piece{};
+        const std::string_view bytes = read_piece(file_, piece);
+        size_ += static_cast<off_t>(bytes.size());
+        if (size_ > settings_limit.bytes || (!bytes.ends_with('\n') && is_at_end(file_))) {
+            return false;
+        }
+        line = piece.data();
+        return true;
     }
-    line = piece.data();
-    return true;
-}
+
+  private:
+    std::FILE *file_;
+    off_t size_ = 0;
+};
 
 // The first header that begins with the name counts, whatever follows the name.
-bool find_topic(std::FILE *file, std::string_view id) {
+bool find_topic(help_lines &lines, std::string_view id) {
     std::string line;
-    while (read_help_line(file, line)) {
+    while (lines.read(line)) {
         if (line.starts_with('[') && std::string_view(line).substr(1).starts_with(id)) {
             return true;
         }
@@ -42,10 +54,10 @@ bool find_topic(std::FILE *file, std::string_view id) {
     return false;
 }
 
-std::string read_topic(std::FILE *file) {
+std::string read_topic(help_lines &lines) {
     std::string text;
     std::string line;
-    while (read_help_line(file, line)) {
+    while (lines.read(line)) {
         if (line.starts_with('#')) {
             continue;
         }
@@ -82,11 +94,11 @@ const char *help_get(HELP *hlp, const char *id) {
     if (hlp->ref != id) {
         hlp->ref = id;
         hlp->last_help.reset();
-        std::rewind(hlp->hfile.get());
+        help_lines lines(hlp->hfile.get());
         std::string text;
         // Every header would match a topic without a name.
-        if (!hlp->ref->empty() && find_topic(hlp->hfile.get(), *hlp->ref)) {
-            text = read_topic(hlp->hfile.get());
+        if (!hlp->ref->empty() && find_topic(lines, *hlp->ref)) {
+            text = read_topic(lines);
         }
         hlp->last_help = text.empty() ? fallback_text : std::move(text);
     }

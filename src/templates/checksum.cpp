@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <sys/stat.h>
 
 namespace {
 
@@ -59,6 +60,12 @@ std::size_t piece_start(std::string_view text, std::size_t place) {
     return place - (place - last_line_start(text.substr(0, place))) % piece_limit;
 }
 
+// Returns the size of an open file, 0 if it has none.
+off_t size_of(std::FILE *file) {
+    struct stat status {};
+    return ::fstat(::fileno(file), &status) == 0 ? status.st_size : 0;
+}
+
 std::size_t first_piece_size(std::string_view text) {
     const std::string_view piece = text.substr(0, piece_limit);
     return std::min(piece.find('\n'), piece.size() - 1) + 1;
@@ -76,8 +83,8 @@ int calculate(std::string_view bf, std::size_t fpos) {
     return static_cast<int>(sum);
 }
 
-template_reader::template_reader(std::FILE *file, std::string_view marker)
-    : file_(file), marker_(marker) {}
+template_reader::template_reader(std::FILE *file, std::string_view marker, off_t most)
+    : file_(file), marker_(marker), most_(most) {}
 
 std::optional<template_part> template_reader::next() {
     if (block_.empty()) {
@@ -104,8 +111,16 @@ void template_reader::read_block() {
     }
     char *end = std::copy(unfinished_.begin(), unfinished_.end(), buffer_.data());
     const std::size_t room = buffer_.size() - unfinished_.size();
-    end += std::fread(end, 1, room, file_);
-    if (std::ferror(file_) != 0) {
+    const std::size_t count = std::fread(end, 1, room, file_);
+    end += count;
+    // A small file needs no other look.
+    if (size_ == 0 && count == room) {
+        most_ = std::max(most_, size_of(file_));
+    }
+    size_ += static_cast<off_t>(count);
+    has_failed_ = std::ferror(file_) != 0 || size_ > most_;
+    if (has_failed_) {
+        errno = std::ferror(file_) != 0 ? errno : EFBIG;
         return;
     }
     const std::string_view text(buffer_.data(), static_cast<std::size_t>(end - buffer_.data()));
@@ -150,13 +165,15 @@ int do_checksum(const char *file, int compare) {
 
 int checksum_of(std::FILE *stream, const char *file, int compare) {
     running_checksum checksum;
+    bool is_read = false;
     if (stream != nullptr) {
         template_reader reader(stream, checksum_line_start);
         while (const std::optional<template_part> part = reader.next()) {
             checksum.add(*part);
         }
+        is_read = !reader.has_failed();
     }
-    if (stream == nullptr || std::ferror(stream) != 0) {
+    if (!is_read) {
         emsg("can't open %s, %s", file, std::strerror(errno));
         // Not 0 after a failed read: a template that was read in part must not count as unchanged.
         return stream != nullptr && compare != 0 ? 1 : 0;

@@ -2,12 +2,15 @@
 // module compares checksums; the stamping modes read, sum and copy with the reader.
 #pragma once
 
+#include "core/place.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string_view>
+#include <sys/types.h>
 
 // The longest piece: a longer line is read in as many pieces as it takes.
 inline constexpr std::size_t piece_limit = 511;
@@ -41,15 +44,19 @@ struct template_part {
 // Reads a template in parts, which together are the whole file in its order.
 class template_reader {
   public:
-    // Reads `file` from where it stands. The caller keeps `file` and `marker` while it reads.
-    template_reader(std::FILE *file, std::string_view marker);
+    // Reads `file` from where it stands. The caller keeps `file` and `marker` while it reads. Fails
+    // (EFBIG) at more than `most` bytes if the file was not that large when reading began: somebody
+    // may write it all the while.
+    template_reader(std::FILE *file, std::string_view marker, off_t most = template_limit.bytes);
     ~template_reader() = default;
     template_reader(const template_reader &) = delete; // the views lead into its own buffer
     template_reader &operator=(const template_reader &) = delete;
 
     // Returns the next part, which lasts until the next call. Returns none at the end of the file,
-    // or if a read fails: then ferror (ISO C) is set for the file and errno says why.
+    // or if a read fails: then errno says why.
     std::optional<template_part> next();
+
+    [[nodiscard]] bool has_failed() const { return has_failed_; }
 
   private:
     void read_block();
@@ -57,6 +64,9 @@ class template_reader {
 
     std::FILE *file_;
     std::string_view marker_;
+    off_t most_;
+    off_t size_ = 0; // of what was read
+    bool has_failed_ = false;
     std::string_view block_;      // whole pieces, not yet returned
     std::string_view unfinished_; // the piece after the block, as far as it was read
     std::array<char, template_read_size> buffer_;

@@ -89,11 +89,12 @@ bool write_text(std::string_view text, std::FILE *to) {
     return std::fwrite(text.data(), 1, text.size(), to) == text.size();
 }
 
-// Copies a template with its stamp. Returns false, with errno set, if a read (ferror of `from`) or
-// a write fails.
-bool copy_stamped(const stamp_rules &rules, std::FILE *from, std::FILE *to) {
+enum class step { none, reading, writing };
+
+// Copies a template with its stamp. Returns the step that failed, with errno set.
+step copy_stamped(const stamp_rules &rules, std::FILE *from, std::FILE *to) {
     if (!write_text(rules.first_line, to)) {
-        return false;
+        return step::writing;
     }
     running_checksum checksum;
     template_reader reader(from, rules.dropped);
@@ -102,25 +103,32 @@ bool copy_stamped(const stamp_rules &rules, std::FILE *from, std::FILE *to) {
             checksum.add(*part);
         }
         if (!part->bytes.starts_with(rules.dropped) && !write_text(part->bytes, to)) {
-            return false;
+            return step::writing;
         }
     }
-    if (std::ferror(from) != 0) {
-        return false;
+    if (reader.has_failed()) {
+        return step::reading;
     }
-    return !rules.has_checksum || write_text(formatted("\n||checksum=%d||\n", checksum.sum()), to);
+    const std::string last_line =
+        rules.has_checksum ? formatted("\n||checksum=%d||\n", checksum.sum()) : "";
+    return write_text(last_line, to) ? step::none : step::writing;
 }
 
 // Stamps the template, open as `from`, into the new scratch file, open as `to`, and renames that to
 // the template, which at no time is missing. Returns 0, or the error, which it logs.
 int replace_template(const stamp_rules &rules, const named_file &file, std::FILE *from,
                      const named_file &scratch, stream_handle to) {
-    const bool is_written = copy_owner_and_mode(from, to.get(), file.directory.is_shared()) &&
-                            copy_stamped(rules, from, to.get()) && close_file(std::move(to));
-    if (std::ferror(from) != 0) {
+    step failed = step::writing;
+    if (copy_owner_and_mode(from, to.get(), file.directory.is_shared())) {
+        failed = copy_stamped(rules, from, to.get());
+    }
+    if (failed == step::none && !close_file(std::move(to))) {
+        failed = step::writing;
+    }
+    if (failed == step::reading) {
         return log_failure("Can't open", file.path, errno);
     }
-    if (!is_written) {
+    if (failed == step::writing) {
         return log_failure("Can't write", scratch.path, errno);
     }
     // It is the rename that removes the old template.

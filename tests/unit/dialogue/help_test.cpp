@@ -158,6 +158,18 @@ TEST_F(Help, WithoutTheFileConsoleAndLogAreTold) {
     EXPECT_TRUE(read_file("gxsetup.log").ends_with(" Error: Help file not found\n"));
 }
 
+TEST_F(Help, OfAFileThatGrowsOnlyTheFirst16MiBAreRead) {
+    write_file("topics.hlp", "");
+    HELP topics;
+    ASSERT_EQ(help_init(&topics, "topics.hlp"), 1);
+    const std::string filler(settings_limit.bytes - 4, '\n');
+    write_file("topics.hlp", filler + "[A]\none\n");
+    EXPECT_STREQ(help_get(&topics, "A"), fallback);
+    write_file("topics.hlp", filler.substr(4) + "[B]\none\n");
+    EXPECT_STREQ(help_get(&topics, "B"), "one\n");
+    help_clear(&topics);
+}
+
 TEST_F(Help, APipeAsTheFileIsNotReadFrom) {
     ASSERT_EQ(::mkfifo("vsetup.hlp", 0600), 0);
     EXPECT_EQ(console_of([] { EXPECT_EQ(help("A"), 0); }), "Error: Help file not found\n\n");

@@ -1,11 +1,13 @@
 #include "templates/checksum.h"
 
+#include "core/stream.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
 #include "templates.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <memory>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -299,6 +301,24 @@ TEST_F(ChecksumTest, AFileThatCannotBeReadNeverAgrees) {
     EXPECT_EQ(do_checksum("/proc/self/mem", 1), 1);
     EXPECT_EQ(log.text(), "Error: can't open /proc/self/mem, Input/output error\n"
                           "Error: can't open /proc/self/mem, Input/output error\n");
+}
+
+// A template that grows while it is read, as somebody who may write it makes it.
+TEST_F(ChecksumTest, ReadingEndsWhereTheFileGrowsPastTheLimit) {
+    const std::string block(template_read_size, 'x');
+    for (const bool is_growing : {false, true}) {
+        write_file("a.tpl", block + block);
+        const stream_handle file = open_plain_file("a.tpl");
+        auto reader = std::make_unique<template_reader>(file.get(), "||", 1);
+        EXPECT_TRUE(reader->next().has_value());
+        if (is_growing) {
+            write_file("a.tpl", block + block + "more");
+        }
+        while (reader->next()) {
+        }
+        EXPECT_EQ(reader->has_failed(), is_growing);
+        EXPECT_TRUE(!is_growing || errno == EFBIG);
+    }
 }
 
 TEST_F(ChecksumTest, OfALargeFileNeedsNoMemory) {

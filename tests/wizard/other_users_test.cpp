@@ -497,6 +497,28 @@ TEST_F(OtherUsers, TheirLinkAsTheAnswersIsNotLoaded) {
     EXPECT_THAT(read_file("spool/kestrel/gxsetup.dat"), Not(HasSubstr("dear reader")));
 }
 
+// --- What a planted file says ---
+
+TEST_F(OtherUsers, APlantedProgramNameStartsNothing) {
+    for (const char *name : {"../elsewhere/planted", "@/elsewhere/planted", "*"}) {
+        const site host;
+        fs::remove("dist/gxsetup.dat");
+        for (const char *path : {"elsewhere/planted.cgi", "elsewhere/planted"}) {
+            add_script(path, "touch " + host.path("elsewhere/started") + "\necho Version: v9\n");
+        }
+        add_answers(host, "dist/gxdflt.dat", "templates @/spool/kestrel\n");
+        add_answers(host, "spool/kestrel/gxsetup.dat", std::string("cgi_name ") + name + "\n");
+        give_to_web_user("spool/kestrel/gxsetup.dat");
+        EXPECT_THAT(run_wizard(host, {}, quit_at_the_menu).transcript,
+                    HasSubstr("1 Install kestrel, version 3.2a\n"));
+        EXPECT_FALSE(is_there("elsewhere/started")) << name;
+        EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
+                    HasSubstr(std::string("Info:  cgi_name \"") + name +
+                              "\" of @/spool/kestrel/gxsetup.dat is not taken: it is no bare file "
+                              "name\n"));
+    }
+}
+
 // --- Files without an end ---
 
 TEST_F(OtherUsers, PipesAndSparseFilesAreNotReadForEver) {

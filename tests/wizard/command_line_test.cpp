@@ -7,6 +7,7 @@
 #include "wizard/screens.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace {
 
@@ -19,25 +20,23 @@ constexpr const char *started = "Info:  * gxsetup, version 3.0h started *\n";
 
 constexpr const char *pause = "Please press enter to quit...\n";
 
-// What each of the command lines shows and logs, in a world that is prepared with commands of the
-// shell.
+// What each of the command lines shows and logs. Their arguments stand between bars.
 struct command_line {
     const char *name;
-    std::vector<std::vector<std::string>> arguments;
+    const char *lines;
     std::string shown;
     std::string errors_logged;
     int status = 0;
-    const char *preparation = "";
 };
 
 class CommandLine : public testing::Test {
   protected:
     static void check(const command_line &row) {
         const world host("kestrel");
-        shell(row.preparation);
-        for (const std::vector<std::string> &arguments : row.arguments) {
-            SCOPED_TRACE(testing::PrintToString(arguments));
-            const wizard_run run = run_wizard(host, arguments, {}, {.status = row.status});
+        std::istringstream lines(row.lines);
+        for (std::string argument; std::getline(lines, argument, '|');) {
+            SCOPED_TRACE(argument);
+            const wizard_run run = run_wizard(host, {argument}, {}, {.status = row.status});
             EXPECT_EQ(run.transcript, row.shown);
             EXPECT_EQ(run.errors, "");
             EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), started + row.errors_logged);
@@ -45,33 +44,33 @@ class CommandLine : public testing::Test {
     }
 };
 
+constexpr const char *invalid = "Error: Invalid Argument\n";
+constexpr const char *too_many = "Error: Too many command line arguments\n";
+
 const std::vector<command_line> command_lines = {
-    {"CommandLine.VersionIsShownBeforeThePause",
-     {{"-version"}, {"-Version"}, {"-VERSION"}},
-     std::string("gxsetup, version 3.0h\n\n") + pause,
-     ""},
-    {"CommandLine.HelpIsShownWithoutPause",
-     {{"?"}, {"help"}, {"HELP"}, {"Help"}},
-     argument_help,
-     ""},
+    {"CommandLine.VersionIsShownBeforeThePause", "-version|-Version|-VERSION",
+     std::string("gxsetup, version 3.0h\n\n") + pause, ""},
+    {"CommandLine.HelpIsShownWithoutPause", "?|help|HELP|Help", argument_help, ""},
     {"CommandLine.UnknownArgumentEndsWithStatusOneWithoutPause",
-     {{"-x"}, {""}, {"/debug"}, {"/version"}, {"/?"}, {"-help"}, {"debug"}, {"%s%n"}},
-     std::string("Error: Invalid Argument\n") + argument_help,
-     "Error: Invalid Argument\n",
-     1},
-    {"CommandLine.ASecondArgumentIsTooMany",
-     {{"-version", "-version"}},
-     std::string("Error: Too many command line arguments\n") + argument_help + pause,
-     "Error: Too many command line arguments\n"},
-    {"CommandLine.MissingHelpFileIsReported",
-     {{"help"}},
-     "Error: Help file not found\n\n",
-     "Error: Help file not found\n",
-     0,
-     "rm dist/vsetup.hlp"},
+     "-x||/debug|/version|/?|-help|debug|%s%n", std::string(invalid) + argument_help, invalid, 1},
 };
 
 const int registered = register_rows<CommandLine>(command_lines);
+
+TEST_F(CommandLine, ASecondArgumentIsTooMany) {
+    const world host("kestrel");
+    EXPECT_EQ(run_wizard(host, {"-version", "-version"}, {}).transcript,
+              too_many + std::string(argument_help) + pause);
+    EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), std::string(started) + too_many);
+}
+
+TEST_F(CommandLine, MissingHelpFileIsReported) {
+    const world host("kestrel");
+    shell("rm dist/vsetup.hlp");
+    EXPECT_EQ(run_wizard(host, {"help"}, {}).transcript, "Error: Help file not found\n\n");
+    EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
+              std::string(started) + "Error: Help file not found\n");
+}
 
 TEST_F(CommandLine, EndOfInputEndsEveryPause) {
     const world host("kestrel");
@@ -92,13 +91,10 @@ TEST_F(CommandLine, EveryRunStartsALogAndKeepsTwoOlderOnes) {
     run_wizard(host, {"-version", "second"}, {});
     run_wizard(host, {"-version"}, {});
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), started);
-    EXPECT_EQ(shown_log(host, "dist/gxsetup1.log"),
-              std::string(started) + "Error: Too many command line arguments\n");
-    EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"),
-              std::string(started) + "Error: Invalid Argument\n");
+    EXPECT_EQ(shown_log(host, "dist/gxsetup1.log"), std::string(started) + too_many);
+    EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"), std::string(started) + invalid);
     run_wizard(host, {"help"}, {});
-    EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"),
-              std::string(started) + "Error: Too many command line arguments\n");
+    EXPECT_EQ(shown_log(host, "dist/gxsetup2.log"), std::string(started) + too_many);
     EXPECT_FALSE(is_there("dist/gxsetup3.log"));
 }
 

@@ -75,34 +75,23 @@ const std::vector<dialogue> dialogues = {
                {"Directory for .gif", "@/spool/kestrel"},
                {"Directory for .gif", "@/spool/kestrel/"},
                {"Relative URL", "q"}})},
-    {"Questions.OldProgramOffersTheUpgradeByDefault",
-     "kestrel",
-     installed::nothing,
-     add_old_program,
-     {{"upgrade questions", "q"}},
+    {"Questions.OldProgramOffersTheUpgradeByDefault", "kestrel", installed::nothing,
+     add_old_program, answering("upgrade questions", "q"),
      "\ngxsetup has found an old version of kestrel in this directory"
      "\nDo you want to switch to the upgrade questions [YES]? " +
          quit_at_a_question},
-    {"Questions.OldProgramOffersTheUpgrade",
-     "kestrel",
-     installed::nothing,
-     add_old_program,
-     {{"replace the old templates", "q"}}},
-    {"Questions.SavedAnswersOfTheOldInstallationAreLoadedOnce",
-     "kestrel",
-     installed::nothing,
+    {"Questions.OldProgramOffersTheUpgrade", "kestrel", installed::nothing, add_old_program,
+     answering("replace the old templates", "q")},
+    {"Questions.SavedAnswersOfTheOldInstallationAreLoadedOnce", "kestrel", installed::nothing,
      add_old_program + "mkdir -p html/vlimg spool/old\n"
                        "echo cgi_path @/cgi-bin >dist/gxsetup.dat\n"
                        "echo templates @/spool/kestrel >>dist/gxsetup.dat\n"
                        "echo templates @/spool/old >cgi-bin/kestrel.ini\n"
                        "echo templates @/spool/older >spool/old/gxsetup.dat",
-     {{"upgrade questions", "no"}, {"Directory for templates", "q"}},
+     answering("upgrade questions", "no") + answering("Directory for templates", "q"),
      "\nDirectory for templates [@/spool/old]? " + quit_at_a_question},
-    {"Questions.OldIniIsLoadedWithoutAnOldProgramToo",
-     "kestrel",
-     installed::nothing,
-     "echo templates @/spool/old >cgi-bin/kestrel.ini",
-     {{"Directory for templates", "q"}},
+    {"Questions.OldIniIsLoadedWithoutAnOldProgramToo", "kestrel", installed::nothing,
+     "echo templates @/spool/old >cgi-bin/kestrel.ini", answering("Directory for templates", "q"),
      cgi_prompt + ("\nDirectory for templates [@/spool/old]? " + quit_at_a_question)},
     {"Questions.SecondPassOffersTheAnswersOfTheFirst", "kestrel", installed::nothing,
      create_kestrel_site + "mkdir spool/mail html/mail",
@@ -122,11 +111,9 @@ const std::vector<dialogue> dialogues = {
                {"domain name", "other.test"},
                {"change any", "yes"},
                {"domain name", "q"}})},
-    {"OddAnswers.NulByteEndsTheAnswer",
-     "kestrel",
-     installed::nothing,
-     create_kestrel_site,
-     {{"domain name", "site.test\0.com"s}, {"pop host", "\0"s}, {"smtp host", "q"}},
+    {"OddAnswers.NulByteEndsTheAnswer", "kestrel", installed::nothing, create_kestrel_site,
+     answering("domain name", "site.test\0.com"s) + answering("pop host", "\0"s) +
+         answering("smtp host", "q"),
      "\nWhat is the name of your pop host [mail.site.test]? "
      "\nWhat is the name of your smtp host [mail.site.test]? " +
          quit_at_a_question},

@@ -9,14 +9,17 @@
 #include <filesystem>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
 
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-const console_script removal_answers = {{"What do you want to do", "3"},
-                                        {"old graphics and wav", "@/html/vlimg"}};
+const console_script removal_answers =
+    answering("What do you want to do", "3") + answering("old graphics and wav", "@/html/vlimg");
 const console_script keep_program = {{"Remove kestrel CGI", "no"}};
 const console_script keep_wml = {{"Remove merlin CGI", "no"}};
 const console_script keep_programs = keep_program + keep_wml;
@@ -36,11 +39,12 @@ std::string site_tree(const world &host) {
 struct removal {
     const char *name;
     const char *product;
-    const char *wml;         // whether it was installed
-    const char *preparation; // commands of the shell
+    std::string preparation; // commands of the shell, "@" is the root
     console_script answers;
-    std::vector<std::string> words;
-    std::vector<std::string> directories;
+    const char *words;
+    std::string end; // of the screen
+    const char *directories;
+    const char *wml = "no"; // whether it was installed
 };
 
 class removal_test : public testing::Test {
@@ -50,15 +54,12 @@ class removal_test : public testing::Test {
         shell(host.meant(row.preparation));
         const wizard_run run = run_wizard(host, {}, row.answers);
         EXPECT_EQ(run.errors, "");
-        for (const std::string &words : row.words) {
-            EXPECT_THAT(run.transcript, HasSubstr(words));
-        }
-        if (row.words.empty()) {
+        EXPECT_THAT(run.transcript, AllOf(HasSubstr(row.words), EndsWith(row.end)));
+        if (std::string_view(row.words).empty()) {
             expect_kept("screen", run.transcript);
         }
-        if (!row.directories.empty()) {
-            expect_kept_tree(host, row.directories);
-        }
+        std::istringstream directories(row.directories);
+        expect_kept_tree(host, {std::istream_iterator<std::string>(directories), {}});
     }
 };
 
@@ -67,41 +68,22 @@ using RemoveKestrel = removal_test;
 
 const std::string add_user = "mkdir spool/kestrel/u_ann; echo mail >spool/kestrel/u_ann/mail\n";
 const std::string successful = end_of("remove successful");
+const std::string unsuccessful = end_of("remove unsuccessful");
+const std::string rename_program = "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi";
+constexpr const char *site = "cgi-bin html spool";
+const std::string &quit = quit_at_a_question;
 
 const std::vector<removal> removals = {
-    {"RemoveKestrel.YesToAllHoldsThisDialogue",
-     "kestrel",
-     "yes",
-     add_user.c_str(),
-     yes_to_all,
-     {},
-     {"cgi-bin", "html", "spool"}},
-    {"RemoveKestrel.NoToAllStillReportsTheImagesDirectoryAndRemovesNothing",
-     "kestrel",
-     "yes",
-     "",
-     no_to_all,
-     {},
-     {"cgi-bin", "html", "spool"}},
-    {"RemoveKestrel.NoToTheImagesStillRemovesAnEmptyDirectory",
-     "kestrel",
-     "no",
-     "rm html/vlimg/*",
-     no_to_all,
-     {successful},
-     {"html"}},
-    {"RemoveTanager.TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets",
-     "tanager",
-     "yes",
-     "",
-     yes_to_all,
-     {},
-     {"cgi-bin", "html", "spool"}},
+    {"RemoveKestrel.YesToAllHoldsThisDialogue", "kestrel", add_user, yes_to_all, "", successful,
+     site, "yes"},
+    {"RemoveKestrel.NoToAllStillReportsTheImagesDirectoryAndRemovesNothing", "kestrel", "",
+     no_to_all, "", successful, site, "yes"},
+    {"RemoveKestrel.NoToTheImagesStillRemovesAnEmptyDirectory", "kestrel", "rm html/vlimg/*",
+     no_to_all, "[NO]? \n\nWhere is your work area", successful, "html"},
+    {"RemoveTanager.TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets", "tanager", "",
+     yes_to_all, "", successful, site, "yes"},
     // The files go by the name that was typed.
-    {"Remove.AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere",
-     "kestrel",
-     "no",
-     "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi",
+    {"Remove.AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere", "kestrel", rename_program,
      in_order({{"What do you want to do", "3"},
                {"please enter Q to quit\n?", "wrong"},
                {"please enter Q to quit\n?", ""},
@@ -109,86 +91,47 @@ const std::vector<removal> removals = {
                {"?", "mail"},
                {"Remove merlin CGI", "no"},
                {"old graphics", "q"}}),
-     {},
-     {"cgi-bin"}},
-    {"Remove.TheNameOfTheProgramLosesItsExtension",
-     "kestrel",
-     "no",
-     "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi",
-     keep_wml + console_script{{"What do you want to do", "3"},
-                               {"enter Q to quit", "mail.cgi"},
-                               {"old graphics", "q"}},
-     {},
-     {"cgi-bin"}},
-    {"Remove.ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories",
-     "kestrel",
-     "no",
+     "", quit, "cgi-bin"},
+    {"Remove.TheNameOfTheProgramLosesItsExtension", "kestrel", rename_program,
+     keep_wml + answering("What do you want to do", "3") + answering("to quit\n?", "mail.cgi") +
+         answering("old graphics", "q"),
+     "to quit\n? \nRemove kestrel CGI files", quit, "cgi-bin"},
+    {"Remove.ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories", "kestrel",
      "cd cgi-bin; mkdir old mixed u_ann; touch kestrel.new kestrel.bak KESTREL.old kestrels.cgi "
-     "\\\n"
      "other.cgi old/kestrel.cgi mixed/kestrel.ini mixed/keep u_ann/kestrel.cgi",
      removal_answers + keep_wml + keep_templates,
-     {"Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n",
-      end_of("remove unsuccessful")},
-     {"cgi-bin"}},
-    {"Remove.TheWmlProgramIsAskedForWhateverWasInstalled",
-     "kestrel",
-     "no",
-     "",
-     no_to_all,
-     {"\nRemove merlin CGI files from @/cgi-bin [YES]? "},
-     {}},
+     "Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n", unsuccessful, "cgi-bin"},
+    {"Remove.QuittingWhereTheProgramIsNotFoundLeavesEverything", "kestrel",
+     "rm cgi-bin/kestrel.cgi",
+     answering("What do you want to do", "3") + answering("enter Q to quit", "q"),
+     "please enter Q to quit\n? ", quit, "cgi-bin"},
+    {"Remove.TheWmlProgramIsAskedForWhateverWasInstalled", "kestrel", "", no_to_all,
+     "\nRemove merlin CGI files from @/cgi-bin [YES]? ", successful, "cgi-bin"},
     // What is left does not fail the removal.
-    {"Remove.ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported",
-     "kestrel",
-     "no",
+    {"Remove.ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported", "kestrel",
      "cd html/vlimg; mkdir deep u_ann; touch LOUD.GIF keep.png deep/a.jpg deep/b.wav u_ann/c.gif",
-     no_to_all + take_images,
-     {".......Error: Cannot remove @/html/vlimg: Directory not empty\n", successful},
-     {"html"}},
-    {"Remove.UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo",
-     "kestrel",
-     "no",
-     add_user.c_str(),
-     removal_answers + keep_programs,
-     {"Error: Cannot remove @/spool/kestrel: Directory not empty\n", successful},
-     {"spool"}},
-    {"Remove.AWorkAreaInsideTheTemplatesOutlivesThem",
-     "kestrel",
-     "no",
-     "mkdir -p spool/kestrel/users/u_ann; echo mail >spool/kestrel/users/u_ann/mail; echo list "
-     ">spool/kestrel/users/list.txt",
-     removal_answers + keep_programs + console_script{{"your work area", "@/spool/kestrel/users"}},
-     {"Error: Cannot remove @/spool/kestrel: Directory not empty\n"},
-     {"spool"}},
-    {"Remove.UsersGoFromAWorkAreaElsewhereAndNothingElseThere",
-     "kestrel",
-     "no",
+     no_to_all + take_images, ".......Error: Cannot remove @/html/vlimg: Directory not empty\n",
+     successful, "html"},
+    {"Remove.UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo", "kestrel", add_user,
+     removal_answers + keep_programs, "Error: Cannot remove @/spool/kestrel: Directory not empty\n",
+     successful, "spool"},
+    {"Remove.AWorkAreaInsideTheTemplatesOutlivesThem", "kestrel",
+     "cd spool/kestrel; mkdir -p users/u_ann; echo mail >users/u_ann/mail; echo list "
+     ">users/list.txt",
+     removal_answers + keep_programs + answering("your work area", "@/spool/kestrel/users"),
+     "Error: Cannot remove @/spool/kestrel: Directory not empty\n", successful, "spool"},
+    {"Remove.UsersGoFromAWorkAreaElsewhereAndNothingElseThere", "kestrel",
      "mkdir -p spool/work/u_ann/deep; touch spool/work/u_ann/mail spool/work/u_ann/deep/mail\n"
      "echo a file >spool/work/u_x; echo notes >spool/work/notes",
-     no_to_all + take_users + console_script{{"your work area", "@/spool/work"}},
-     {},
-     {"spool/work"}},
-    {"Remove.WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched",
-     "kestrel",
-     "no",
-     "mkdir spool/other; touch spool/other/a.tpl html/other.gif cgi-bin/other.cgi",
-     yes_to_all,
-     {successful},
-     {"cgi-bin", "html", "spool"}},
-    {"Remove.QuittingWhereTheProgramIsNotFoundLeavesEverything",
-     "kestrel",
-     "no",
-     "rm cgi-bin/kestrel.cgi",
-     {{"What do you want to do", "3"}, {"enter Q to quit", "q"}},
-     {"please enter Q to quit\n? " + quit_at_a_question},
-     {"cgi-bin"}},
-    {"Remove.TheAnswersSavedWithTheInstallationAreLoaded",
-     "kestrel",
-     "no",
+     no_to_all + take_users + answering("your work area", "@/spool/work"), "", successful,
+     "spool/work"},
+    {"Remove.WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched", "kestrel",
+     "mkdir spool/other; touch spool/other/a.tpl html/other.gif cgi-bin/other.cgi", yes_to_all,
+     "\n[@/spool/kestrel]? ", successful, site},
+    {"Remove.TheAnswersSavedWithTheInstallationAreLoaded", "kestrel",
      "echo workarea @/spool/saved >>spool/kestrel/gxsetup.dat",
-     removal_answers + keep_programs + console_script{{"your work area", "q"}},
-     {"[@/spool/saved]? " + quit_at_a_question},
-     {}},
+     removal_answers + keep_programs + answering("your work area", "q"), "[@/spool/saved]? ", quit,
+     "cgi-bin"},
 };
 
 const int registered = register_rows<removal_test>(removals);

@@ -6,6 +6,11 @@
 
 #include <string>
 
+// An answer to the prompt that holds a text.
+inline console_script answering(const std::string &prompt, const std::string &typed) {
+    return {{prompt, typed}};
+}
+
 // Neither a copy of the originals nor the removal of the unpacked files.
 inline const console_script no_to_both = {{"original templates", "no"}, {"temporary files", "no"}};
 

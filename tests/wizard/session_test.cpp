@@ -89,23 +89,18 @@ saved_session no_choice(const char *name, const char *answer) {
                 menu("kestrel") + goodbye};
 }
 
+const console_script quit = answering(menu_prompt, "q");
+const console_script enter_throughout = {};
+
 const std::vector<saved_session> saved_sessions = {
-    {"Menu.OffersTheDigitOfTheFlowNotItsOwnNumber",
-     "action remove\ntemplates @/spool/kestrel\n",
-     {{menu_prompt, "q"}},
-     menu_of("remove", "4") + quit_at_a_question},
-    {"Menu.EnterTakesTheDigitThatIsOffered",
-     "action remove\ntemplates @/spool/kestrel\n",
-     {},
-     menu_of("remove", "4") + goodbye},
-    {"Menu.CustomisingHasTheDigitOfTheRemoval",
-     "action custom\ntemplates @/spool/kestrel\n",
-     {{menu_prompt, "q"}},
+    {"Menu.OffersTheDigitOfTheFlowNotItsOwnNumber", "action remove\ntemplates @/spool/kestrel\n",
+     quit, menu_of("remove", "4") + quit_at_a_question},
+    {"Menu.EnterTakesTheDigitThatIsOffered", "action remove\ntemplates @/spool/kestrel\n",
+     enter_throughout, menu_of("remove", "4") + goodbye},
+    {"Menu.CustomisingHasTheDigitOfTheRemoval", "action custom\ntemplates @/spool/kestrel\n", quit,
      menu_of("custom", "3") + quit_at_a_question},
-    {"Menu.AnActionInCapitalsIsOfferedAsItStands",
-     "action INSTALL\ntemplates @/spool/kestrel\n",
-     {{menu_prompt, "q"}},
-     menu_of("INSTALL", "INSTALL") + quit_at_a_question},
+    {"Menu.AnActionInCapitalsIsOfferedAsItStands", "action INSTALL\ntemplates @/spool/kestrel\n",
+     quit, menu_of("INSTALL", "INSTALL") + quit_at_a_question},
     no_choice("Menu.WhatIsNoChoiceIsAskedAgain", "0"),
     no_choice("Menu.AHigherNumberIsNoChoice", "5"),
     no_choice("Menu.AWordIsNoChoice", "word"),

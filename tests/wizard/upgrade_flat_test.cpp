@@ -68,20 +68,12 @@ std::vector<std::string> installed_texts(const std::string &directory) {
 using UpgradeKestrel = dialogue_test;
 
 const std::vector<dialogue> dialogues = {
-    {"UpgradeKestrel.WithNothingNewerNothingIsAskedListedOrWaitedFor",
-     "kestrel",
-     installed::release_31,
-     "cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl",
-     no_to_both,
-     {},
-     {"dist/tmptlist.txt"}},
-    {"UpgradeKestrel.WithoutInstalledTemplatesThatIsSaidAndNothingAsked",
-     "kestrel",
-     installed::release_31,
-     "rm spool/kestrel/*.tpl",
-     no_to_both,
-     {},
-     {"dist/tmptlist.txt"}},
+    {"UpgradeKestrel.WithNothingNewerNothingIsAskedListedOrWaitedFor", "kestrel",
+     installed::release_31, "cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl", no_to_both,
+     whole_screen, "dist/tmptlist.txt"},
+    {"UpgradeKestrel.WithoutInstalledTemplatesThatIsSaidAndNothingAsked", "kestrel",
+     installed::release_31, "rm spool/kestrel/*.tpl", no_to_both, whole_screen,
+     "dist/tmptlist.txt"},
     {"UpgradeKestrel.AListThatCannotBeOpenedSkipsTheConfirmationAlone", "kestrel",
      installed::release_31, "mkdir dist/tmptlist.txt", newer_templates("no", "no")},
 };

@@ -24,7 +24,7 @@ using UpgradeQuestions = dialogue_test;
 
 const std::vector<dialogue> dialogues = {
     {"UpgradeQuestions.WithoutOldProgramAYesSwitchesToTheInstall", "kestrel", installed::nothing,
-     "", upgrade + console_script{{"install questions", "y"}, {"Webserver directory", "q"}}},
+     "", upgrade + answering("install questions", "y") + answering("Webserver directory", "q")},
     {"UpgradeQuestions.AnEmptyLineAtTheSwitchIsAskedAgain", "kestrel", installed::nothing, "",
      in_order({{"What do you want to do", "2"},
                {"install questions", ""},
@@ -33,31 +33,26 @@ const std::vector<dialogue> dialogues = {
      "\ninstall questions ? \ninstall questions ? \ninstall questions ? " + quit_at_a_question},
     {"UpgradeQuestions.ANoAtTheSwitchIsANameThatIsDropped", "kestrel", installed::nothing,
      "mkdir spool/kestrel",
-     upgrade + console_script{{"install questions", "no"}, {"template files", "q"}},
+     upgrade + answering("install questions", "no") + answering("template files", "q"),
      "install questions ? " + templates_question("@/spool/kestrel") + quit_at_a_question},
     {"UpgradeQuestions.TheOldInstallationIsLookedForWhereItWasStoredNotWhereItIsAnswered",
      "kestrel", installed::nothing,
      "mkdir cgi-new spool/stored spool/typed; touch cgi-bin/kestrel.cgi\n"
      "echo templates @/spool/stored >cgi-bin/kestrel.ini\n"
      "echo templates @/spool/typed >cgi-new/kestrel.ini",
-     upgrade + console_script{{"Where are the cgi files", "@/cgi-new"}, {"template files", "q"}},
+     upgrade + answering("Where are the cgi files", "@/cgi-new") + answering("template files", "q"),
      "\n[@/cgi-bin]? " + templates_question("@/spool/stored") + quit_at_a_question},
     {"UpgradeQuestions.AProgramWhereItIsAnsweredAloneIsNotFound", "kestrel", installed::nothing,
      "mkdir cgi-new; touch cgi-new/kestrel.cgi",
-     upgrade + console_script{{"Where are the cgi", "@/cgi-new"}, {"install questions", "q"}}},
+     upgrade + answering("Where are the cgi", "@/cgi-new") + answering("install questions", "q")},
     {"UpgradeQuestions.TheAnswersSavedWithTheInstallationAreLoadedThoughTheSessionHasLoadedSome",
-     "kestrel",
-     installed::release_31,
+     "kestrel", installed::release_31,
      "echo vlimg_dir @/html/saved >>spool/kestrel/gxsetup.dat\n"
      "echo vlimg_dir @/html/ini >>cgi-bin/kestrel.ini\n"
      "echo domain ini.test >>cgi-bin/kestrel.ini",
-     {{"Where are the .gif", "q"}},
-     "\n[@/html/saved]? " + quit_at_a_question},
-    {"UpgradeQuestions.ASetProductIsOfferedItsOldWorkAreaForTheTemplates",
-     "tanager",
-     installed::release_31,
-     "",
-     {{"template files (", "q"}},
+     answering("Where are the .gif", "q"), "\n[@/html/saved]? " + quit_at_a_question},
+    {"UpgradeQuestions.ASetProductIsOfferedItsOldWorkAreaForTheTemplates", "tanager",
+     installed::release_31, "", answering("template files (", "q"),
      templates_question("@/spool/tanager") + quit_at_a_question},
     // The paths' texts are compared.
     {"UpgradeQuestions.AnImagesDirectoryThatIsTheTemplatesIsRefusedUntilItDiffers", "kestrel",
@@ -75,11 +70,10 @@ const std::vector<dialogue> dialogues = {
                {"merlin cgi", "yes"},
                {"change any", "yes"},
                {"change any", "q"}})},
-    {"UpgradeQuestions.TheInstallThatFindsAnOldProgramSwitchesHere",
-     "kestrel",
-     installed::release_31,
-     "",
-     {{"What do you want to do", "1"}, {"upgrade questions", "yes"}, {"template files (", "q"}}},
+    {"UpgradeQuestions.TheInstallThatFindsAnOldProgramSwitchesHere", "kestrel",
+     installed::release_31, "",
+     answering("What do you want to do", "1") + answering("upgrade questions", "yes") +
+         answering("template files (", "q")},
 };
 
 const int registered = register_rows<dialogue_test>(dialogues);

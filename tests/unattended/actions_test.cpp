@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -86,9 +87,7 @@ TEST_P(EachProduct, IsUpgradedAndThenLeftAlone) {
     install_31_and_unpack_32(host);
     const std::vector<std::string> upgrade = with_images(host, {"upgrade"});
     const std::string before = state_of(host);
-    std::vector<std::string> rehearsal = upgrade;
-    rehearsal.emplace_back("-n");
-    EXPECT_EQ(status_of(host, rehearsal), done_whole);
+    EXPECT_EQ(status_of(host, with_images(host, {"upgrade", "-n"})), done_whole);
     EXPECT_EQ(state_of(host), before);
 
     const wizard_run run = run_unattended(host, upgrade);
@@ -113,14 +112,13 @@ TEST_P(EachProduct, IsRemovedPartByPart) {
     const std::string before = state_of(host);
     const std::vector<std::string> removal =
         with_images(host, {"remove", "remove_programs=yes", "remove_templates=yes"});
-    std::vector<std::string> rehearsal = removal;
-    rehearsal.emplace_back("--rehearse");
-    const wizard_run rehearsed = run_unattended(host, rehearsal);
+    const wizard_run rehearsed = run_unattended(
+        host,
+        with_images(host, {"--rehearse", "remove", "remove_programs=yes", "remove_templates=yes"}));
     EXPECT_THAT(rehearsed.transcript,
-                HasSubstr("\nWould remove @/cgi-bin/" + host.product() + ".cgi."));
-    EXPECT_THAT(rehearsed.transcript,
-                HasSubstr("\nWould remove @/spool/" + host.product() + "/gxsetup.dat."));
-    EXPECT_THAT(rehearsed.transcript, Not(HasSubstr("u_ann")));
+                AllOf(HasSubstr("\nWould remove @/cgi-bin/" + host.product() + ".cgi."),
+                      HasSubstr("\nWould remove @/spool/" + host.product() + "/gxsetup.dat."),
+                      Not(HasSubstr("u_ann"))));
     EXPECT_EQ(state_of(host), before);
 
     const wizard_run run = run_unattended(host, removal);

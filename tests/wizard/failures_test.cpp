@@ -27,7 +27,7 @@ using testing::StartsWith;
 // Neither originals nor the removal of temporary files; for tanager and osprey their images, too.
 const console_script flat_install = no_to_both;
 const console_script set_install = images_here + no_to_both;
-const console_script wml_install = no_to_both + console_script{{"merlin cgi", "yes"}};
+const console_script wml_install = no_to_both + answering("merlin cgi", "yes");
 
 // The same typed, where the prompts cannot be seen.
 const console_script blind_install = typed("1\n\n\n\n\n\n\n\n\n\nno\nno\n\n");
@@ -112,8 +112,7 @@ const int registered = register_rows<failing_install_test>(failing_installs);
 TEST_F(Failures, ProgramThatIsAPipeIsNotWaitedForEither) {
     const world host("kestrel");
     shell("rm dist/kestrel.cgi; mkfifo dist/kestrel.cgi; chmod 777 dist/kestrel.cgi");
-    const wizard_run run =
-        run_wizard(host, {}, flat_install + console_script{{"What version", "9"}});
+    const wizard_run run = run_wizard(host, {}, flat_install + answering("What version", "9"));
     EXPECT_THAT(steps_of(run), EndsWith("\nCopying cgi files"
                                         "Error: Can't copy kestrel.cgi: Invalid argument\n"
                                         "\n"
@@ -289,8 +288,8 @@ TEST_F(Failures, AllStreamsClosedLeavesEveryFileAsItShouldBe) {
 TEST_F(Permissions, DistributionThatMayNotBeWrittenHasNoLogAndNoVersion) {
     const world host("kestrel");
     shell("chmod 555 dist");
-    const wizard_run run = run_wizard(
-        host, {}, quit_at_the_menu + console_script{{"What version", "7"}}, as_ordinary_user(host));
+    const wizard_run run = run_wizard(host, {}, quit_at_the_menu + answering("What version", "7"),
+                                      as_ordinary_user(host));
     EXPECT_EQ(run.transcript, "Error: log file cannot be opened\n"
                               "Cant open logfile ./gxsetup.log\n"
                               "Cant open logfile ./gxsetup.log\n"

@@ -132,8 +132,7 @@ TEST(Conversions, InHeadersOfTemplatesAreText) {
              with_odd(replaced(header, "MODIFIED", "true") + "||\nold\n"));
     add_file("dist/tpl/" + odd + ".tpl",
              with_odd(replaced(header, "MODIFIED", "false") + "9||\nnew\n"));
-    const wizard_run run =
-        run_wizard(host, debug, no_to_both + console_script{{"safely updated", "no"}});
+    const wizard_run run = run_wizard(host, debug, no_to_both + answering("safely updated", "no"));
     const std::string entry = "ODD.tpl       Current template set: ODD version ODD\n";
     EXPECT_THAT(run.transcript,
                 holds(entry + "              Distribution template set: ODD version ODD9\n"));

@@ -13,7 +13,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-const console_script with_wml = images_here + console_script{{"merlin cgi", "yes"}};
+const console_script with_wml = images_here + answering("merlin cgi", "yes");
 
 TEST(InstallTanager, ShowsAndCopiesTheProgramTwice) {
     const world host("tanager");

@@ -200,7 +200,7 @@ TEST_F(Questions, EveryFormOfYesAndNoIsTaken) {
     for (const std::string answer :
          {"y", "Y", "yes", "YES", "yEs", "y\r", "n", "no", "NO", "nO", "no\r"}) {
         const world host("kestrel");
-        run_wizard(host, {}, no_to_both + console_script{{"merlin cgi", answer}});
+        run_wizard(host, {}, no_to_both + answering("merlin cgi", answer));
         EXPECT_THAT(
             read_file("dist/gxsetup.dat"),
             HasSubstr(answer[0] == 'y' || answer[0] == 'Y' ? "\nwml TRUE\n" : "\nwml FALSE\n"))
@@ -276,7 +276,7 @@ TEST_F(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
         host.path("spool/") + std::string(200, 'b') + "/" + std::string(200, 'c') + "/";
     const std::string longest = directory + std::string(505 - directory.size(), 'd');
     const wizard_run run =
-        run_wizard(host, {}, no_to_both + console_script{{"Directory for templates", longest}});
+        run_wizard(host, {}, no_to_both + answering("Directory for templates", longest));
     EXPECT_THAT(run.transcript, HasSubstr("Error: Can't copy kestrel.cgi: File name too long\n"));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation unsuccessful.\n"));
     EXPECT_TRUE(is_there("cgi-bin/kestrel.cgi"));
@@ -288,8 +288,7 @@ TEST_F(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
 TEST_F(OddAnswers, BlanksAndBytesOfNoEncodingAreKept) {
     const world host("kestrel");
     const std::string directory = "spool/two  words \xff\xfe";
-    run_wizard(host, {},
-               no_to_both + console_script{{"Directory for templates", "@/" + directory}});
+    run_wizard(host, {}, no_to_both + answering("Directory for templates", "@/" + directory));
     EXPECT_TRUE(is_there(directory + "/index.tpl"));
     EXPECT_THAT(shown_file(host, "cgi-bin/kestrel.ini"),
                 HasSubstr("\nworkarea @/" + directory + "\n"));

@@ -181,7 +181,7 @@ TEST(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
 TEST_F(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
     const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(
-        host, {}, no_to_all + take_users + console_script{{"your work area", "@/spool/nowhere"}});
+        host, {}, no_to_all + take_users + answering("your work area", "@/spool/nowhere"));
     EXPECT_THAT(run.transcript,
                 HasSubstr("@/spool/nowhere does not exist... gxsetup will create it\n"));
     EXPECT_THAT(run.transcript, HasSubstr("[NO]? No user directories found.\n"));

@@ -58,7 +58,7 @@ class session_test : public testing::Test {
 
     // The version is asked for, and the session quit at its menu.
     static console_script asking_version() {
-        return quit_at_the_menu + console_script{{"What version", typed_version}};
+        return quit_at_the_menu + answering("What version", typed_version);
     }
 
     static inline const std::string question = "\nWhat version of kestrel is it? ";

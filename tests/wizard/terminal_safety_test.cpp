@@ -24,7 +24,7 @@ std::string screen_of(const world &host, const console_script &script) {
 }
 
 console_script domain(const std::string &name) {
-    return no_to_both + console_script{{"domain name", name}};
+    return no_to_both + answering("domain name", name);
 }
 
 // Makes a pipe, which cannot be copied, among the templates.

@@ -21,7 +21,7 @@ class Terminal : public testing::Test {
 
 // A prompt that is not shown in time is never answered: the session hangs then.
 TEST_F(Terminal, EveryPromptIsOnTheScreenBeforeItsAnswerIsTyped) {
-    EXPECT_EQ(terminal.hold(no_to_both + console_script{{"domain name", "site.test"}}), 0);
+    EXPECT_EQ(terminal.hold(no_to_both + answering("domain name", "site.test")), 0);
     expect_kept("screen", terminal.screen());
 }
 

@@ -14,7 +14,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-const console_script replacing = no_to_both + console_script{{"replace the old templates", "yes"}};
+const console_script replacing = no_to_both + answering("replace the old templates", "yes");
 
 // The questions about newer templates: whether they are viewed and the safe ones replaced.
 console_script newer_templates(const std::string &view, const std::string &replace) {
@@ -192,7 +192,7 @@ TEST_F(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
 
 TEST_F(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
     const upgrade_world host("kestrel");
-    const wizard_run run = run_wizard(host, {}, replacing + console_script{{"merlin cgi", "yes"}});
+    const wizard_run run = run_wizard(host, {}, replacing + answering("merlin cgi", "yes"));
     // The WML set is what the .ini names, but only products with sets have a directory for it.
     EXPECT_THAT(steps_of(run),
                 EndsWith("\nCopying cgi files...\nCreating merlin.ini file" + rule +

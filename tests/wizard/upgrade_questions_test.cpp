@@ -84,7 +84,7 @@ TEST_F(UpgradeQuestions, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
                      "echo templates @/spool/kestrel >cgi-bin/mail.ini\n"
                      "echo templates @/spool/old >cgi-bin/kestrel.ini"));
     const wizard_run run =
-        run_wizard(host, {}, no_to_both + upgrade + console_script{{"install questions", "mail"}});
+        run_wizard(host, {}, no_to_both + upgrade + answering("install questions", "mail"));
     expect_kept("screen", run.transcript);
     EXPECT_THAT(read_file("dist/gxsetup.dat"), HasSubstr("\ncgi_name kestrel\n"));
 }
@@ -93,8 +93,8 @@ TEST_F(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
     const upgrade_world host("kestrel");
     std::filesystem::create_directory("cgi-new");
     edit_by_hand("cgi-bin/kestrel.ini", host.meant("cgi_path @/html\nreplace_tmplts FALSE"));
-    const wizard_run run = run_wizard(
-        host, {}, no_to_both + replacing + console_script{{"Where are the cgi", "@/cgi-new"}});
+    const wizard_run run =
+        run_wizard(host, {}, no_to_both + replacing + answering("Where are the cgi", "@/cgi-new"));
     EXPECT_THAT(run.transcript, HasSubstr("webserver directory: @/cgi-new\n"));
     EXPECT_THAT(run.transcript, HasSubstr("templates WILL be overwritten\n"));
     EXPECT_TRUE(is_there("cgi-new/kestrel.cgi"));
@@ -115,7 +115,7 @@ TEST_F(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
 
 TEST_F(UpgradeQuestions, AFlatProductIsAskedForNoSets) {
     const upgrade_world host("plover");
-    run_wizard(host, {}, no_to_both + replacing + console_script{{"Relative URL", "/pictures"}});
+    run_wizard(host, {}, no_to_both + replacing + answering("Relative URL", "/pictures"));
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
     EXPECT_THAT(saved, HasSubstr("\ntemplates @/spool/plover\n"));
     EXPECT_THAT(saved, HasSubstr("\nvlimg /pictures\n"));

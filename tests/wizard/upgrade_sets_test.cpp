@@ -15,7 +15,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 
 const console_script images = {{"Where are the .gif", "@/html/vlimg"}};
-const console_script replacing = images + console_script{{"replace the old templates", "yes"}};
+const console_script replacing = images + answering("replace the old templates", "yes");
 
 // "tpl_set NUMBER DIRECTORY/SET URL/SET SET Set".
 std::string set_line(const std::string &key, const std::string &source, const std::string &set,
@@ -61,7 +61,7 @@ TEST(UpgradeTanager, TemplatesBesideTheSetsAreClassifiedByTheirOwnFamily) {
     const upgrade_world host("tanager");
     add_file("spool/tanager/notes.tpl", "no header\n");
     const wizard_run run =
-        run_wizard(host, {}, images + no_to_both + console_script{{"view these categories", "no"}});
+        run_wizard(host, {}, images + no_to_both + answering("view these categories", "no"));
     EXPECT_THAT(run.transcript,
                 HasSubstr("\nA copy of the list has been saved to your templates directory "
                           "as \"tmptlist.txt\"\n\n"
@@ -78,7 +78,7 @@ TEST(UpgradeTanager, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
         GTEST_SKIP() << "only root may give files away";
     }
     const upgrade_world host("tanager");
-    run_wizard(host, {}, replacing + console_script{{"merlin cgi", "yes"}});
+    run_wizard(host, {}, replacing + answering("merlin cgi", "yes"));
     EXPECT_EQ(not_owned("spool/tanager"), "");
     EXPECT_EQ(not_owned("html/vlimg"), "");
     EXPECT_EQ(not_owned("cgi-bin"), "cgi-bin\n");
@@ -110,7 +110,7 @@ TEST(UpgradeOsprey, ANewWmlPartLeavesItsFirstSetOutOfTheTemplateSets) {
     const std::string sets = set_lines("tpl_set", "dist/tpl", "marble", "@/spool/osprey");
     const std::string wap_sets = set_lines("tpl_set", "dist/wap", "wml", "@/spool/osprey");
     const std::string pocket = set_line("tpl_set", "dist/wap", "pocket", "@/spool/osprey");
-    expect_kept_run(host, run_wizard(host, {}, replacing + console_script{{"merlin cgi", "yes"}}),
+    expect_kept_run(host, run_wizard(host, {}, replacing + answering("merlin cgi", "yes")),
                     {"cgi-bin", "spool/osprey/wml", "spool/osprey/pocket"});
     EXPECT_THAT(shown_file(host, "cgi-bin/osprey.new"),
                 EndsWith("\nbulletin_path @/spool/osprey/bulletins\n" + sets));

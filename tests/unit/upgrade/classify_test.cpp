@@ -169,10 +169,7 @@ TEST_F(PrintUpgradeList, DecliningShowsNoSection) {
 // --- The safe replacement ---
 
 TEST_F(SafeSave, ReplacesCategoryOneAloneAndTakesItOutOfTheList) {
-    for (const char *name : {"a.tpl", "b.tpl", "c.tpl"}) {
-        write_file(std::string("tpl/") + name, "new");
-        write_file(installed(name), "old");
-    }
+    shell("for name in a b c; do printf new >tpl/$name.tpl; printf old >../there/$name.tpl; done");
     TMPLT_INFO templates[] = {entry("a.tpl", 2), entry("b.tpl", 1), entry("c.tpl", 3)};
     EXPECT_EQ(shown(1, [&] { return safe_save(&ini, templates); }),
               "\nUpdating unmodified template files.");

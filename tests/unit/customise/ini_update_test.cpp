@@ -30,6 +30,24 @@ int is_replaced(const char *line) {
     return is_set(line, custom_store{}.get());
 }
 
+int update_with(pINI_SETTINGS settings, const char *label, const char *mode, const texts &added) {
+    text_list list;
+    for (const std::string &text : added) {
+        add_text(&list, text.c_str());
+    }
+    return update_values(settings, label, mode, &list);
+}
+
+// The values of "set" after update_values with these texts for the logo.
+texts with_logos(texts sets, texts added) {
+    custom_store store{};
+    for (const std::string &value : sets) {
+        ini_add(store.get(), "set", value.c_str());
+    }
+    EXPECT_EQ(update_with(store.get(), "set", "logo", added), added.empty() ? 0 : 1);
+    return values_of(store.get(), "set");
+}
+
 const std::string x_255(255, 'x');
 const std::string y_255(255, 'y');
 
@@ -61,6 +79,19 @@ const std::vector<rule> rules = {
      {{{x_255 + "yz"}, x_255 + " /\nyz\n"},
       {{x_255 + y_255 + "zz"}, x_255 + " /\n" + y_255 + " /\nzz\n"},
       {{x_255 + y_255 + "z"}, x_255 + " /\n" + y_255 + "z\n"}}},
+    {"UpdateValues.ReplacesTheValuesOfItsModeBehindTheOthers", with_logos,
+     {{{{"logo a.gif", "background b.jpg", "logo c.gif"}, {"new.gif"}},
+       {"background b.jpg", "logo new.gif"}}}},
+    {"UpdateValues.KeepsTheOtherModesOncePerText", with_logos,
+     {{{{"logo a.gif", "background b.jpg"}, {"one", "two"}},
+       {"background b.jpg", "logo one", "background b.jpg", "logo two"}}}},
+    {"UpdateValues.ComparesTheModeWithTheWholeFirstWord", with_logos,
+     {{{{"logos a.gif", " \tlogo b.gif", "logo\tc.gif"}, {"new.gif"}},
+       {"logos a.gif", "logo new.gif"}}}},
+    {"UpdateValues.TakesATextOfAnyLength", with_logos,
+     {{{{}, {std::string(5000, 'x')}}, {"logo " + std::string(5000, 'x')}}}},
+    {"UpdateValues.WithoutItemsChangesNothing", with_logos,
+     {{{{"logo a.gif"}, {}}, {"logo a.gif"}}}},
 };
 // clang-format on
 
@@ -92,59 +123,14 @@ TEST(CustomStore, GivesItsOwnNamesAtThePositionsOfTheAnswerStore) {
     EXPECT_EQ(ini_value_num(store.get(), 7), nullptr);
 }
 
-// The values of "set" after update_values with these texts for a mode.
-struct update {
-    const char *name;
-    texts sets;
-    texts added;
-    texts sets_then;
-};
-
-int update_with(pINI_SETTINGS settings, const char *label, const char *mode, const texts &added) {
-    text_list list;
-    for (const std::string &text : added) {
-        add_text(&list, text.c_str());
-    }
-    return update_values(settings, label, mode, &list);
-}
-
-class UpdateValues : public testing::Test {
-  protected:
-    static void check(const update &row) {
-        custom_store store{};
-        for (const std::string &value : row.sets) {
-            ini_add(store.get(), "set", value.c_str());
-        }
-        EXPECT_EQ(update_with(store.get(), "set", "logo", row.added), row.added.empty() ? 0 : 1);
-        EXPECT_EQ(values_of(store.get(), "set"), row.sets_then);
-    }
-};
-
-// clang-format off
-const std::vector<update> updates = {
-    {"UpdateValues.ReplacesTheValuesOfItsModeBehindTheOthers",
-     {"logo a.gif", "background b.jpg", "logo c.gif"}, {"new.gif"},
-     {"background b.jpg", "logo new.gif"}},
-    {"UpdateValues.KeepsTheOtherModesOncePerText", {"logo a.gif", "background b.jpg"},
-     {"one", "two"}, {"background b.jpg", "logo one", "background b.jpg", "logo two"}},
-    {"UpdateValues.ComparesTheModeWithTheWholeFirstWord",
-     {"logos a.gif", " \tlogo b.gif", "logo\tc.gif"}, {"new.gif"}, {"logos a.gif", "logo new.gif"}},
-    {"UpdateValues.TakesATextOfAnyLength", {}, {std::string(5000, 'x')},
-     {"logo " + std::string(5000, 'x')}},
-    {"UpdateValues.WithoutItemsChangesNothing", {"logo a.gif"}, {}, {"logo a.gif"}},
-};
-// clang-format on
-
-const int updates_registered = register_rows<UpdateValues>(updates);
-
-TEST_F(UpdateValues, WithoutLabelOrListChangesNothing) {
+TEST(UpdateValues, WithoutLabelOrListChangesNothing) {
     custom_store store{{"set", "logo a.gif"}};
     EXPECT_EQ(update_with(store.get(), nullptr, "logo", {"b.gif"}), 0);
     EXPECT_EQ(update_values(store.get(), "set", "logo", nullptr), 0);
     EXPECT_EQ(values_of(store.get(), "set"), texts{"logo a.gif"});
 }
 
-TEST_F(UpdateValues, WithoutAModeReplacesAllValues) {
+TEST(UpdateValues, WithoutAModeReplacesAllValues) {
     custom_store store{{"body_add", "old"}, {"set", "logo a.gif"}, {"body_add", "older"}};
     EXPECT_EQ(update_with(store.get(), "body_add", nullptr, {"one", "two"}), 1);
     EXPECT_EQ(values_of(store.get(), "body_add"), (texts{"one", "two"}));

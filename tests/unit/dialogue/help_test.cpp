@@ -1,6 +1,5 @@
 #include "dialogue/help.h"
 
-#include "core/log.h"
 #include "support/console_capture.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
@@ -15,84 +14,71 @@ using namespace std::string_literals;
 
 constexpr const char *fallback = "No specific help is available for this question.";
 
-// A file, a topic that is asked for, and its text.
-struct topic {
-    std::string content;
-    const char *id;
-    std::string text;
-};
+// The text of a topic of a file with that content.
+std::string topic(std::string content, const char *id) {
+    write_file("topics.hlp", content);
+    HELP topics;
+    EXPECT_EQ(help_init(&topics, "topics.hlp"), 1);
+    std::string text = help_get(&topics, id);
+    EXPECT_EQ(help_clear(&topics), 1);
+    return text;
+}
 
-struct topics_rule {
-    const char *name;
-    std::vector<topic> topics;
-};
-
-class HelpFile : public scratch_test {
-  protected:
-    ~HelpFile() override { close_log(); }
-
-    static void check(const topics_rule &row) {
-        for (const topic &one : row.topics) {
-            write_file("topics.hlp", one.content);
-            HELP topics;
-            EXPECT_EQ(help_init(&topics, "topics.hlp"), 1);
-            EXPECT_EQ(help_get(&topics, one.id), one.text) << one.content;
-            EXPECT_EQ(help_clear(&topics), 1);
-        }
-    }
-};
-
-using HelpInit = HelpFile;
-using HelpGet = HelpFile;
-using HelpClear = HelpFile;
-using Help = HelpFile;
+using HelpInit = scratch_test;
+using HelpGet = scratch_test;
+using HelpClear = scratch_test;
+using Help = scratch_test;
 
 const std::string piece(255, 'x');
 
 // clang-format off
-const std::vector<topics_rule> rules = {
-    {"HelpGet.GivesTheLinesUpToTheNextHeader", {{"[A]\none\ntwo\n[B]\nthree\n", "A", "one\ntwo\n"},
-      {"[A]\none\ntwo\n[B]\nthree\n", "B", "three\n"}}},
-    {"HelpGet.SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine",
-     {{"[S_DIR_HELP]\n# comment\n\tEnter a path\n\n[NEXT]\nx\n", "S_DIR_HELP", "Enter a path\n"}}},
-    {"HelpGet.DropsAtMostOneTrailingEmptyLine",
-     {{"[A]\none\n\n\n[B]\n", "A", "one\n\n"}, {"[A]\n\none\n", "A", "\none\n"},
-      {"[A]\n\n\n[B]\n", "A", "\n"}, {"[A]\n\n[B]\n", "A", "\n"}}},
-    {"HelpGet.RemovesLeadingTabsButNotBlanks",
-     {{"[A]\n\t\tone\ttwo\n \tthree\n", "A", "one\ttwo\n \tthree\n"}}},
-    {"HelpGet.CarriageReturnsBeforeLineFeedsMakeNoDifference",
-     {{"[A]\r\n\tone\r\n\r\n[B]\r\n", "A", "one\n"}, {"[A]\no\rn\re\n", "A", "on\re\n"}}},
-    {"HelpGet.TheHeaderMatchesByItsBeginning",
-     {{"[A_HELP] of A\none\n", "A_HELP", "one\n"}, {"[A_HELP\none\n", "A_HELP", "one\n"},
-      {" [A_HELP]\none\n", "A_HELP", fallback}, {"[a_help]\none\n", "A_HELP", fallback}}},
-    {"HelpGet.TheShorterOfTwoNamesFindsTheFirstHeader",
-     {{"[DIR_HELP2]\nlong\n[DIR_HELP]\nshort\n", "DIR_HELP", "long\n"},
-      {"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP", "short\n"},
-      {"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP2", "long\n"}}},
-    {"HelpGet.ATopicWithoutTextRunsOnIntoTheNext",
-     {{"[A]\n[B]\n# comment\n[C]\nthree\n[D]\nfour\n", "A", "three\n"}}},
-    {"HelpGet.AHeaderInsideACommentIsNone",
-     {{"#[A]\none\n[A]\ntwo\n#[B]\nthree\n", "A", "two\nthree\n"}}},
-    {"HelpGet.AnUnknownTopicAndOneWithoutTextGiveTheFallback",
-     {{"[A]\none\n", "NO_HELP", fallback}, {"[A]\n", "A", fallback}, {"", "A", fallback}}},
-    {"HelpGet.AnEmptyTopicGivesTheFallback", {{"[A]\none\n", "", fallback}}},
-    {"HelpGet.ALastLineWithoutLineFeedIsNotRead",
-     {{"[A]\none\ntwo", "A", "one\n"}, {"[A]\none", "A", fallback}, {"[A]", "A", fallback}}},
-    {"HelpGet.ALastPieceWithoutLineFeedIsNotReadEither",
-     {{"[A]\none\n" + piece, "A", "one\n"}, {"[A]\none\n" + piece + piece, "A", "one\n" + piece},
-      {"[A]\none\n" + piece + "\n", "A", "one\n" + piece + "\n"},
-      {"[A" + std::string(253, ']'), "A", fallback}}},
-    {"HelpGet.ALineIsReadInPiecesOf255Characters", {{"[A]\n" + piece + "[B]\n", "A", piece},
-      {"[A]\n" + piece + "#gone\nkept\n", "A", piece + "kept\n"},
-      {piece + "[A]\none\n", "A", "one\n"},
-      {"[A]\n" + piece.substr(1) + "\nnext\n", "A", piece.substr(1) + "\nnext\n"}}},
-    {"HelpGet.ALineEndsAtANulByte", {{"[A]\none\0two\nthree\n"s, "A", "onethree\n"}}},
-    {"HelpGet.BearsALineOf10000Characters",
-     {{"[A]\n" + std::string(10000, 'x') + "\n", "A", std::string(10000, 'x') + "\n"}}},
+const std::vector<rule> rules = {
+    {"HelpGet.GivesTheLinesUpToTheNextHeader", topic,
+     {{{"[A]\none\ntwo\n[B]\nthree\n", "A"}, "one\ntwo\n"},
+      {{"[A]\none\ntwo\n[B]\nthree\n", "B"}, "three\n"}}},
+    {"HelpGet.SkipsCommentsRemovesTabsAndDropsATrailingEmptyLine", topic,
+     {{{"[S_DIR_HELP]\n# comment\n\tEnter a path\n\n[NEXT]\nx\n", "S_DIR_HELP"},
+       "Enter a path\n"}}},
+    {"HelpGet.DropsAtMostOneTrailingEmptyLine", topic,
+     {{{"[A]\none\n\n\n[B]\n", "A"}, "one\n\n"}, {{"[A]\n\none\n", "A"}, "\none\n"},
+      {{"[A]\n\n\n[B]\n", "A"}, "\n"}, {{"[A]\n\n[B]\n", "A"}, "\n"}}},
+    {"HelpGet.RemovesLeadingTabsButNotBlanks", topic,
+     {{{"[A]\n\t\tone\ttwo\n \tthree\n", "A"}, "one\ttwo\n \tthree\n"}}},
+    {"HelpGet.CarriageReturnsBeforeLineFeedsMakeNoDifference", topic,
+     {{{"[A]\r\n\tone\r\n\r\n[B]\r\n", "A"}, "one\n"}, {{"[A]\no\rn\re\n", "A"}, "on\re\n"}}},
+    {"HelpGet.TheHeaderMatchesByItsBeginning", topic,
+     {{{"[A_HELP] of A\none\n", "A_HELP"}, "one\n"}, {{"[A_HELP\none\n", "A_HELP"}, "one\n"},
+      {{" [A_HELP]\none\n", "A_HELP"}, fallback}, {{"[a_help]\none\n", "A_HELP"}, fallback}}},
+    {"HelpGet.TheShorterOfTwoNamesFindsTheFirstHeader", topic,
+     {{{"[DIR_HELP2]\nlong\n[DIR_HELP]\nshort\n", "DIR_HELP"}, "long\n"},
+      {{"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP"}, "short\n"},
+      {{"[DIR_HELP]\nshort\n[DIR_HELP2]\nlong\n", "DIR_HELP2"}, "long\n"}}},
+    {"HelpGet.ATopicWithoutTextRunsOnIntoTheNext", topic,
+     {{{"[A]\n[B]\n# comment\n[C]\nthree\n[D]\nfour\n", "A"}, "three\n"}}},
+    {"HelpGet.AHeaderInsideACommentIsNone", topic,
+     {{{"#[A]\none\n[A]\ntwo\n#[B]\nthree\n", "A"}, "two\nthree\n"}}},
+    {"HelpGet.AnUnknownTopicAndOneWithoutTextGiveTheFallback", topic,
+     {{{"[A]\none\n", "NO_HELP"}, fallback}, {{"[A]\n", "A"}, fallback}, {{"", "A"}, fallback}}},
+    {"HelpGet.AnEmptyTopicGivesTheFallback", topic, {{{"[A]\none\n", ""}, fallback}}},
+    {"HelpGet.ALastLineWithoutLineFeedIsNotRead", topic,
+     {{{"[A]\none\ntwo", "A"}, "one\n"}, {{"[A]\none", "A"}, fallback}, {{"[A]", "A"}, fallback}}},
+    {"HelpGet.ALastPieceWithoutLineFeedIsNotReadEither", topic,
+     {{{"[A]\none\n" + piece, "A"}, "one\n"},
+      {{"[A]\none\n" + piece + piece, "A"}, "one\n" + piece},
+      {{"[A]\none\n" + piece + "\n", "A"}, "one\n" + piece + "\n"},
+      {{"[A" + std::string(253, ']'), "A"}, fallback}}},
+    {"HelpGet.ALineIsReadInPiecesOf255Characters", topic,
+     {{{"[A]\n" + piece + "[B]\n", "A"}, piece},
+      {{"[A]\n" + piece + "#gone\nkept\n", "A"}, piece + "kept\n"},
+      {{piece + "[A]\none\n", "A"}, "one\n"},
+      {{"[A]\n" + piece.substr(1) + "\nnext\n", "A"}, piece.substr(1) + "\nnext\n"}}},
+    {"HelpGet.ALineEndsAtANulByte", topic, {{{"[A]\none\0two\nthree\n"s, "A"}, "onethree\n"}}},
+    {"HelpGet.BearsALineOf10000Characters", topic,
+     {{{"[A]\n" + std::string(10000, 'x') + "\n", "A"}, std::string(10000, 'x') + "\n"}}},
 };
 // clang-format on
 
-const int registered = register_rows<HelpFile>(rules);
+const int registered = register_rows<scratch_test>(rules);
 
 } // namespace
 
@@ -153,9 +139,9 @@ TEST_F(Help, PercentsInTheFileAreText) {
 }
 
 TEST_F(Help, WithoutTheFileConsoleAndLogAreTold) {
-    inilog(".", "gxsetup");
+    const test_log log(".");
     EXPECT_EQ(console_of([] { EXPECT_EQ(help("A"), 0); }), "Error: Help file not found\n\n");
-    EXPECT_TRUE(read_file("gxsetup.log").ends_with(" Error: Help file not found\n"));
+    EXPECT_EQ(log.text(), "Error: Help file not found\n");
 }
 
 TEST_F(Help, OfAFileThatGrowsOnlyTheFirst16MiBAreRead) {

@@ -36,7 +36,7 @@ std::vector<std::string> environment_with(const std::map<std::string, std::strin
     for (char **one = environ; *one != nullptr; one++) {
         const std::string_view text(*one);
         const std::string_view name = text.substr(0, text.find('='));
-        if (is_of_sanitizer(name) || name.starts_with("GCOV_")) {
+        if (is_of_sanitizer(name) || name.starts_with("LLVM_")) {
             settings[std::string(name)] = text.substr(std::min(name.size() + 1, text.size()));
         }
     }

@@ -167,7 +167,7 @@ TEST(AnswerFiles, OfTheExamplesFitTheirProducts) {
 TEST(AnswerFiles, ThatOthersMayWriteAreRefused) {
     const world host("kestrel");
     write_file("answers", "domain example.org\n");
-    for (const mode_t mode : {0664, 0646}) {
+    for (const mode_t mode : {0664U, 0646U}) {
         ::chmod("answers", mode);
         expect_refusals(host, {{{"install", "@/answers"}, "@/answers: others may write it\n"}});
     }

@@ -17,7 +17,6 @@ constexpr const char *cgi_prompt =
     "\n"
     "Webserver directory for cgi-files (This must be a valid script directory)\n"
     "[@/cgi-bin]? ";
-constexpr const char *change_prompt = "\nDo you want to change any of your answers [NO]? ";
 
 // The lines of a whole session that installs, the pause behind it included.
 constexpr std::string_view kestrel_answers =

@@ -86,10 +86,10 @@ class RefusedWords : public testing::Test {
     }
 
     // Runs the script; the first call of the name that strace shows with `part` fails, or the one
-    // behind so many that are passed over. For a write, copies are written too.
+    // behind so many that are passed over. For a read or a write, copies are read and written too.
     wizard_run refuse(host_maker make, session_script script, std::string_view name,
                       std::string_view part, const std::string &error, int passed_over = 0) {
-        script.is_without_copying = name == "write";
+        script.is_without_copying = name == "read" || name == "write";
         const system_call call = find_call(make, script, name, part, passed_over);
         make(host);
         const refused_run refused = run_with_refused_call(host, script, call, error);

@@ -67,7 +67,7 @@ void run_operation(int choice, pINI_SETTINGS settings) {
 
 // Prints and logs the outcome. Returns false if the .ini was not copied.
 bool back_up(const char *cgi_name, const std::string &ini_file, const std::string &backup_file) {
-    print("\nBacking up origionals");
+    print("\nBacking up origionals"); // spelled so (kept)
     if (do_copy2(ini_file.c_str(), backup_file.c_str(), 1) == 0) {
         print_emsg("your %s.ini file has not been saved", cgi_name);
         print_imsg("%s not copied", backup_file.c_str());
@@ -112,6 +112,7 @@ int gxcustom_main(pINI_SETTINGS ini) {
     print_customise_banner(ini);
     ask_answer(ini, D_CGI_PATH, D_CGI_Q);
     ask_program_name(ini, I_ENTER_Q, explain_missing_program);
+    // Before the .ini is loaded: what it says must not lead to another file.
     const std::string ini_file = cgi_file(ini, D_CGI_NAME, "ini");
     load_installed_ini(ini);
     ask_answer(ini, D_VLIMG_DIR, D_VLIMG5_Q);

@@ -126,7 +126,7 @@ int gxinstall_main(pINI_SETTINGS ini) {
 
 int gxinstall(pINI_SETTINGS ini) {
     setup_job job(ini);
-    get_uid();
+    get_uid(); // whose all that follows will be
     if (!create_directories(job)) {
         return 0;
     }

@@ -87,6 +87,7 @@ void write_header(std::FILE *file) {
                       "#    in the current distribution set\n\n");
 }
 
+// On the screen and in the file a name is cut to its column.
 void write_entry(std::FILE *file, const TMPLT_INFO &entry) {
     format_file(file, "%d. %-14.14s     Current template set: %s version %s\n", entry.category,
                 entry.name.c_str(), entry.old_tmplt_set.c_str(), entry.old_tmplt_vers.c_str());

@@ -143,7 +143,7 @@ int gxupgrade_main(pINI_SETTINGS ini) {
 
 int gxupgrade(pINI_SETTINGS ini) {
     dmsg("upgrade");
-    get_uid();
+    get_uid(); // whose all that follows will be
     setup_job job(ini);
     const int overwrite = is_true_answer(ini, D_REPLACE_TMPLTS) ? 1 : 0;
     const bool replaces_ini = is_true_answer(ini, D_REPLACE_INI);

@@ -260,10 +260,30 @@ bool terminal_session::read_more() {
     return true;
 }
 
+bool terminal_session::read_more_for(std::string_view text) {
+    if (!read_more()) {
+        ADD_FAILURE() << "\"" << text << "\" did not come; on the screen:\n" << screen();
+        return false;
+    }
+    return true;
+}
+
 bool terminal_session::wait_for(std::string_view text) {
-    while (!std::string_view(screen()).ends_with(text)) {
-        if (!read_more()) {
-            ADD_FAILURE() << "\"" << text << "\" did not come; on the screen:\n" << screen();
+    while (!screen().ends_with(text)) {
+        if (!read_more_for(text)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool terminal_session::press_enter_until(std::string_view text) {
+    prompt_reader prompts({});
+    while (!screen().ends_with(text)) {
+        if (const std::optional<std::string> answer = prompts.answer(screen())) {
+            type(*answer);
+        }
+        if (!read_more_for(text)) {
             return false;
         }
     }

@@ -56,6 +56,9 @@ class terminal_session {
     // waits. False, and a failure of the test, when it does not come.
     bool wait_for(std::string_view text);
 
+    // The same, with enter at every prompt that comes before.
+    bool press_enter_until(std::string_view text);
+
     // Types keys; "@" is typed as the root.
     void type(std::string_view keys);
 
@@ -74,6 +77,7 @@ class terminal_session {
 
   private:
     bool read_more();
+    bool read_more_for(std::string_view text);
 
     const world &host_;
     ::pid_t child_ = -1;

@@ -61,8 +61,7 @@ TEST_F(Terminal, HangingUpAProgramThatIgnoresItIsTheEndOfInput) {
 }
 
 TEST_F(Terminal, HangingUpInTheMiddleOfTheWorkLeavesWholeFilesOrNone) {
-    terminal.type("1\n\n\n\n\n\n\n\n\n");
-    ASSERT_TRUE(terminal.wait_for("Do you want to change any of your answers [NO]? "));
+    ASSERT_TRUE(terminal.press_enter_until("Do you want to change any of your answers [NO]? "));
     add_file("cgi-bin/kestrel.ini", "old 1\n");
     terminal.type("\n");
     terminal.hang_up();

@@ -4,6 +4,7 @@
 #include "support/expected.h"
 #include "support/rows.h"
 #include "support/tree.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <array>
@@ -12,7 +13,6 @@
 #include <functional>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -205,23 +205,6 @@ TEST_F(Failures, FullDiskIsSaidAtEachLineOfTheLog) {
                               "Error printing to log file\n");
 }
 
-TEST_F(Failures, FileThatMayNotGrowIsReportedAndTheInstallGoesOn) {
-    const world host("kestrel");
-    const std::string program = "dist/kestrel.cgi";
-    add_script(program, "echo Version: v3.2a\nexit 0\n" + std::string(100'000, '#') + "\n");
-    const wizard_run run = run_wizard(host, {}, flat_install, {.prepare = [] {
-                                          const ::rlimit limit = {65536, 65536};
-                                          ::setrlimit(RLIMIT_FSIZE, &limit);
-                                      }});
-    EXPECT_THAT(steps_of(run),
-                EndsWith("\nCopying cgi files" + rule +
-                         "Error: Problem writing \"@/cgi-bin/kestrel.cgi\": File too large\n\n"
-                         "\n"
-                         "Creating kestrel.ini file."));
-    EXPECT_EQ(std::filesystem::file_size("cgi-bin/kestrel.cgi"), 65536U);
-    expect_unsuccessful(run);
-}
-
 // Checks that an install goes on whatever `prepare` does to its streams.
 void expect_blind_install(const std::function<void()> &prepare) {
     const world host("kestrel");
@@ -315,8 +298,9 @@ TEST_F(Permissions, FilesOfAnInstallWithoutRootStayTheUsersOwn) {
 const console_script into_the_distribution = {{"Directory for templates", "@/dist"},
                                               {"original templates", "no"}};
 
-TEST(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
-    const world host("kestrel");
+using Places = unpacked_test<kestrel>;
+
+TEST_F(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
     const wizard_run run = run_wizard(host, {}, into_the_distribution);
     // The log and the answers lie in place already: no dots stand for their copies.
     expect_kept("screen", run.transcript);
@@ -326,8 +310,7 @@ TEST(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
     EXPECT_FALSE(read_file("dist/gxsetup.dat").empty());
 }
 
-TEST(Places, TheRunningSetupInTheDistributionIsInPlaceAlready) {
-    const world host("kestrel");
+TEST_F(Places, TheRunningSetupInTheDistributionIsInPlaceAlready) {
     // A program that runs cannot be opened to be written.
     const run_place own_program = {
         .wrapper = {"/bin/sh", "-c",
@@ -337,8 +320,7 @@ TEST(Places, TheRunningSetupInTheDistributionIsInPlaceAlready) {
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
 }
 
-TEST(Places, ProgramsDirectoryThatIsTheDistributionKeepsItsProgram) {
-    const world host("kestrel");
+TEST_F(Places, ProgramsDirectoryThatIsTheDistributionKeepsItsProgram) {
     const std::string program = read_file("dist/kestrel.cgi");
     const wizard_run run = run_wizard(host, {},
                                       no_to_both + console_script{{"Webserver directory", "@/dist"},
@@ -349,8 +331,7 @@ TEST(Places, ProgramsDirectoryThatIsTheDistributionKeepsItsProgram) {
     EXPECT_THAT(read_file("dist/kestrel.ini"), HasSubstr("timeout 30\n"));
 }
 
-TEST(Places, UsersDirectoriesAndTheSetupsOwnFilesOutliveTheTemporaryFiles) {
-    const world host("kestrel");
+TEST_F(Places, UsersDirectoriesAndTheSetupsOwnFilesOutliveTheTemporaryFiles) {
     add_file("dist/u_carol/mail", "mail\n");
     add_file("dist/gxsetup-notes.txt", "notes\n");
     add_file("dist/tpl/u_dave/mail", "mail\n");

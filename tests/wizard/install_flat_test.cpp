@@ -2,6 +2,7 @@
 
 #include "support/expected.h"
 #include "support/tree.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <gmock/gmock-matchers.h>
@@ -12,8 +13,10 @@ namespace {
 
 using testing::StartsWith;
 
-TEST(InstallKestrel, EnterThroughoutHoldsThisDialogue) {
-    const world host("kestrel");
+using InstallKestrel = unpacked_test<kestrel>;
+using InstallPlover = unpacked_test<plover>;
+
+TEST_F(InstallKestrel, EnterThroughoutHoldsThisDialogue) {
     expect_kept_run(host, run_wizard(host, {}, {}));
     expect_kept("kestrel.ini", shown_file(host, "cgi-bin/kestrel.ini"));
     expect_kept("gxsetup.dat", shown_file(host, "dist/gxsetup.dat"));
@@ -23,8 +26,7 @@ TEST(InstallKestrel, EnterThroughoutHoldsThisDialogue) {
     EXPECT_EQ(read_file("spool/kestrel/gxsetup.dat"), read_file("dist/gxsetup.dat"));
 }
 
-TEST(InstallKestrel, LogTellsEachStep) {
-    const world host("kestrel");
+TEST_F(InstallKestrel, LogTellsEachStep) {
     run_wizard(host, {}, {});
     const std::string log = shown_log(host, "dist/gxsetup.log");
     expect_kept("log", log);
@@ -33,19 +35,17 @@ TEST(InstallKestrel, LogTellsEachStep) {
     EXPECT_EQ(shown_log(host, "spool/kestrel/gxsetup.log") + last, log);
 }
 
-TEST(InstallKestrel, EveryFileBelongsToTheOwnerOfInstalledFiles) {
+TEST_F(InstallKestrel, EveryFileBelongsToTheOwnerOfInstalledFiles) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
-    const world host("kestrel");
     run_wizard(host, {}, {});
     EXPECT_EQ(not_owned("spool/kestrel"), "");
     EXPECT_EQ(not_owned("html/vlimg"), "");
     EXPECT_EQ(not_owned("cgi-bin"), "cgi-bin\n");
 }
 
-TEST(InstallKestrel, ModesDoNotDependOnTheUmask) {
-    const world host("kestrel");
+TEST_F(InstallKestrel, ModesDoNotDependOnTheUmask) {
     run_wizard(host, {}, {}, {.prepare = [] { ::umask(077); }});
     EXPECT_THAT(tree_of(host, "html"), StartsWith("0755 html/vlimg/\n"));
     EXPECT_THAT(tree_of(host, "spool"), StartsWith("0770 spool/kestrel/\n"));
@@ -56,8 +56,7 @@ TEST(InstallKestrel, ModesDoNotDependOnTheUmask) {
                                         "0600 cgi-bin/kestrel.ini\n");
 }
 
-TEST(InstallPlover, WmlPartGetsAProgramAndAnIniOfItsOwn) {
-    const world host("plover");
+TEST_F(InstallPlover, WmlPartGetsAProgramAndAnIniOfItsOwn) {
     const wizard_run run = run_wizard(host, {},
                                       no_to_both + console_script{{"Relative URL", "/pictures"},
                                                                   {"domain name", "192.0.2.7"},
@@ -70,8 +69,7 @@ TEST(InstallPlover, WmlPartGetsAProgramAndAnIniOfItsOwn) {
     expect_kept("gxsetup.dat", shown_file(host, "dist/gxsetup.dat"));
 }
 
-TEST(InstallPlover, DecliningBothOffersLeavesTheDistributionAndNoOriginals) {
-    const world host("plover");
+TEST_F(InstallPlover, DecliningBothOffersLeavesTheDistributionAndNoOriginals) {
     run_wizard(host, {}, no_to_both);
     EXPECT_FALSE(is_there("spool/plover/originals"));
     expect_kept("tree", tree_of(host, "dist"));

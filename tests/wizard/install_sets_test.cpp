@@ -2,6 +2,7 @@
 
 #include "support/expected.h"
 #include "support/tree.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <gmock/gmock-matchers.h>
@@ -15,8 +16,10 @@ using testing::Not;
 
 const console_script with_wml = images_here + answering("merlin cgi", "yes");
 
-TEST(InstallTanager, ShowsAndCopiesTheProgramTwice) {
-    const world host("tanager");
+using InstallTanager = unpacked_test<tanager>;
+using InstallOsprey = unpacked_test<osprey>;
+
+TEST_F(InstallTanager, ShowsAndCopiesTheProgramTwice) {
     const set_numbers numbers("dist/tpl");
     expect_kept_run(host, run_wizard(host, {}, images_here));
     expect_kept("log", shown_log(host, "dist/gxsetup.log"));
@@ -25,27 +28,24 @@ TEST(InstallTanager, ShowsAndCopiesTheProgramTwice) {
     EXPECT_EQ(read_file("spool/tanager/marble/tanager.ini"), read_file("cgi-bin/tanager.ini"));
 }
 
-TEST(InstallTanager, EveryFileBelongsToTheOwnerOfInstalledFiles) {
+TEST_F(InstallTanager, EveryFileBelongsToTheOwnerOfInstalledFiles) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
-    const world host("tanager");
     run_wizard(host, {}, with_wml);
     EXPECT_EQ(not_owned("spool/tanager"), "");
     EXPECT_EQ(not_owned("html/vlimg"), "");
     EXPECT_EQ(not_owned("cgi-bin"), "cgi-bin\n");
 }
 
-TEST(InstallTanager, DebugLogNamesEachStep) {
-    const world host("tanager");
+TEST_F(InstallTanager, DebugLogNamesEachStep) {
     run_wizard(host, {"-debug"}, images_here);
     expect_kept("log", shown_log_without(host, "dist/gxsetup.log",
                                          {"INI: ", "DoCopy[", "Wild finding", "Find all files",
                                           "created directory", "directory already exists"}));
 }
 
-TEST(InstallTanager, WmlPartPointsAtItsOwnSet) {
-    const world host("tanager");
+TEST_F(InstallTanager, WmlPartPointsAtItsOwnSet) {
     const set_numbers numbers("dist/tpl");
     expect_kept_run(host, run_wizard(host, {}, with_wml + no_to_both), {"cgi-bin"});
     EXPECT_EQ(tree_of(host, "spool/tanager/wml"),
@@ -56,8 +56,7 @@ TEST(InstallTanager, WmlPartPointsAtItsOwnSet) {
     expect_kept("gxsetup.dat", numbers.named(shown_file(host, "dist/gxsetup.dat")));
 }
 
-TEST(InstallOsprey, HostsThatUsersMayLogInToStandInBothInis) {
-    const world host("osprey");
+TEST_F(InstallOsprey, HostsThatUsersMayLogInToStandInBothInis) {
     const set_numbers numbers("dist/tpl");
     const wizard_run run = run_wizard(
         host, {},
@@ -77,8 +76,7 @@ TEST(InstallOsprey, HostsThatUsersMayLogInToStandInBothInis) {
     EXPECT_THAT(saved, Not(HasSubstr("imaphost")));
 }
 
-TEST(InstallOsprey, ProgramIsExecutableAndModesAreTheRightOnes) {
-    const world host("osprey");
+TEST_F(InstallOsprey, ProgramIsExecutableAndModesAreTheRightOnes) {
     run_wizard(host, {}, images_here + no_to_both);
     EXPECT_EQ(tree_of(host, "cgi-bin"), "0770 cgi-bin/osprey.cgi\n"
                                         "0644 cgi-bin/osprey.ini\n");

@@ -2,6 +2,7 @@
 
 #include "support/expected.h"
 #include "support/tree.h"
+#include "wizard/fixtures.h"
 
 #include <filesystem>
 #include <gmock/gmock-matchers.h>
@@ -22,8 +23,9 @@ void leave_one_template(std::string_view content) {
     add_file("dist/tpl/index.tpl", content);
 }
 
-TEST(Modes, HeaderStampsHeadersAndThenChecksums) {
-    const world host("kestrel");
+using Modes = unpacked_test<kestrel>;
+
+TEST_F(Modes, HeaderStampsHeadersAndThenChecksums) {
     for (const char *argument : {"-header", "/header", "-HEADER"}) {
         leave_one_template("<html>\n");
         const wizard_run run = run_wizard(host, {argument},
@@ -42,8 +44,7 @@ TEST(Modes, HeaderStampsHeadersAndThenChecksums) {
     }
 }
 
-TEST(Modes, ChecksumStampsChecksumsAlone) {
-    const world host("kestrel");
+TEST_F(Modes, ChecksumStampsChecksumsAlone) {
     for (const char *argument : {"-checksum", "/Checksum"}) {
         leave_one_template("abc\n");
         const wizard_run run = run_wizard(host, {argument}, in_these_templates);
@@ -55,8 +56,7 @@ TEST(Modes, ChecksumStampsChecksumsAlone) {
     }
 }
 
-TEST(Modes, QuittingLeavesTheTemplates) {
-    const world host("kestrel");
+TEST_F(Modes, QuittingLeavesTheTemplates) {
     leave_one_template("abc\n");
     const wizard_run run = run_wizard(
         host, {"-header"}, in_these_templates + console_script{{"New templates set", "q"}});
@@ -66,8 +66,7 @@ TEST(Modes, QuittingLeavesTheTemplates) {
     EXPECT_EQ(read_file("dist/tpl/index.tpl"), "abc\n");
 }
 
-TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
-    const world host("kestrel");
+TEST_F(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
     const wizard_run made = run_wizard(host, {"-make"},
                                        {{"Version", "3.2a"},
                                         {"Product Name", "kestrel"},
@@ -88,8 +87,7 @@ TEST(Modes, MakeWritesADefaultsFileThatTheWizardLoads) {
     EXPECT_THAT(install.transcript, HasSubstr("[@/cgi-bin]? "));
 }
 
-TEST(Modes, MakeRefusesAnotherEnding) {
-    const world host("kestrel");
+TEST_F(Modes, MakeRefusesAnotherEnding) {
     for (const char *argument : {"-make", "/make", "-MAKE", "/Make"}) {
         const wizard_run run = run_wizard(
             host, {argument},

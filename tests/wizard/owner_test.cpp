@@ -67,14 +67,6 @@ TEST_F(Owner, QuestionCanBeQuitAndNothingIsCreated) {
     EXPECT_FALSE(is_there("spool/kestrel"));
 }
 
-TEST_F(Owner, LongNameIsNoHarm) {
-    const wizard_run run = run_wizard(
-        host, {}, in_order({{"What username", std::string(511, 'u')}, {"What username", "q"}}),
-        where("/etc/passwd", "root:x:0:0::/:\n"));
-    EXPECT_THAT(run.transcript,
-                HasSubstr("\nUser " + std::string(511, 'u') + " is not in the passwd file. \n"));
-}
-
 TEST_F(Owner, GroupNobodyIsTakenWhereverItExists) {
     run_wizard(host, {}, no_to_both, where("/etc/group", "root:x:0:\nnobody:x:4343:\n"));
     EXPECT_THAT(owner_of("spool/kestrel/index.tpl"), EndsWith(":4343"));

@@ -2,7 +2,7 @@
 
 #include "support/tree.h"
 #include "support/wizard_run.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -23,16 +23,16 @@ void upgrade(const world &host) {
 
 } // namespace
 
-TEST(SavedAnswers, AreReadByNoMoreThanThePrivateIniTheyWereLoadedFrom) {
-    const upgrade_world host("kestrel");
+using SavedAnswers = upgraded_test<kestrel>;
+
+TEST_F(SavedAnswers, AreReadByNoMoreThanThePrivateIniTheyWereLoadedFrom) {
     ASSERT_EQ(::chmod("cgi-bin/kestrel.ini", 0600), 0);
     upgrade(host);
     EXPECT_EQ(mode_of("dist/gxsetup.dat"), 0600U);
     EXPECT_EQ(mode_of("spool/kestrel/gxsetup.dat"), 0600U);
 }
 
-TEST(SavedAnswers, OfAnIniThatAGroupMayReadTheGroupMayReadToo) {
-    const upgrade_world host("kestrel");
+TEST_F(SavedAnswers, OfAnIniThatAGroupMayReadTheGroupMayReadToo) {
     ASSERT_EQ(::chmod("cgi-bin/kestrel.ini", 0640), 0);
     upgrade(host);
     EXPECT_EQ(mode_of("dist/gxsetup.dat"), 0640U);

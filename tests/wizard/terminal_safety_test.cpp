@@ -2,7 +2,7 @@
 // terminal. Pipes, files and the log get the bytes as they are.
 
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <gtest/gtest.h>
@@ -32,8 +32,9 @@ void add_pipe(const std::string &name) {
     ASSERT_EQ(::mkfifo(("dist/tpl/" + name).c_str(), S_IRUSR | S_IWUSR), 0);
 }
 
-TEST(TerminalSafety, TypedAnswersAreShownWithoutControlCharacters) {
-    const world host("kestrel");
+using TerminalSafety = unpacked_test<kestrel>;
+
+TEST_F(TerminalSafety, TypedAnswersAreShownWithoutControlCharacters) {
     const std::string screen = screen_of(host, domain("site\x1b[2Jtest"));
     expect_in(screen, "your pop host [mail.site?[2Jtest]? ");
     expect_in(screen, "\npop host:            mail.site?[2Jtest\n");
@@ -43,23 +44,20 @@ TEST(TerminalSafety, TypedAnswersAreShownWithoutControlCharacters) {
     expect_in(read_file("dist/gxsetup.dat"), "\ndomain site\x1b[2Jtest\n");
 }
 
-TEST(TerminalSafety, AnswersInUtf8AreShownAsTheyAre) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, AnswersInUtf8AreShownAsTheyAre) {
     const std::string screen = screen_of(host, domain("b\xC3\xBC"
                                                       "cher\xE2\x82\xAC"));
     expect_in(screen, "\ndomain name:         b\xC3\xBC"
                       "cher\xE2\x82\xAC\n");
 }
 
-TEST(TerminalSafety, TheVersionOfAProgramIsShownWithoutControlCharacters) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, TheVersionOfAProgramIsShownWithoutControlCharacters) {
     add_program("dist/kestrel.cgi", "Version: v3.2\x1b[1m\x9b"
                                     "31m\n");
     expect_in(screen_of(host, quit_at_the_menu), menu("kestrel", "3.2?[1m?31m"));
 }
 
-TEST(TerminalSafety, NamesInErrorsAreShownWithoutControlCharactersAndLoggedAsTheyAre) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, NamesInErrorsAreShownWithoutControlCharactersAndLoggedAsTheyAre) {
     add_pipe("bad\x1b]0;x\x07\n.tpl");
     const std::string screen = screen_of(host, domain("site.test"));
     expect_in(screen, "Error: Can't copy ./tpl/bad?]0;x??.tpl: Invalid argument\n");
@@ -67,8 +65,7 @@ TEST(TerminalSafety, NamesInErrorsAreShownWithoutControlCharactersAndLoggedAsThe
               "Error: Can't copy ./tpl/bad\x1b]0;x\x07\n.tpl: Invalid argument\n");
 }
 
-TEST(TerminalSafety, TemplateNamesInTheListAreShownWithoutControlCharacters) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, TemplateNamesInTheListAreShownWithoutControlCharacters) {
     install_31_and_unpack_32(host);
     add_templates(host, "spool/kestrel", {{"\x1b[8m\n.tpl", "kst_s1", "1.9", "old"}});
     const std::string screen = screen_of(host, no_to_both);
@@ -83,15 +80,13 @@ TEST(TerminalSafety, TemplateNamesInTheListAreShownWithoutControlCharacters) {
               "\n(This will not overwrite any templates already in this directory) [YES]? ");
 }
 
-TEST(TerminalSafety, TheHelpKeepsItsLinesAndTabsAndNoOtherControlCharacter) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, TheHelpKeepsItsLinesAndTabsAndNoOtherControlCharacter) {
     add_file("dist/vsetup.hlp", "[NO_HELP]\n\x1b[31mred\tand\nmore\x08\n\n");
     expect_in(screen_of(host, in_order({{"What do you want", "?"}, {"What do you want", "4"}})),
               "\n?[31mred\tand\nmore?\n\nFor more information");
 }
 
-TEST(TerminalSafety, APipeGetsTheBytesAsTheyAre) {
-    const world host("kestrel");
+TEST_F(TerminalSafety, APipeGetsTheBytesAsTheyAre) {
     add_pipe("bad\x1b\n.tpl");
     add_file("dist/vsetup.hlp", "[NO_HELP]\n\x1b[31mred\n\n");
     add_program("dist/kestrel.cgi", "Version: v3.2\x1b[1m\n");

@@ -2,7 +2,7 @@
 
 #include "support/expected.h"
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <gmock/gmock-matchers.h>
@@ -36,29 +36,27 @@ std::string set_lines(const std::string &key, const std::string &source,
 
 // --- Without replacing the templates ---
 
-TEST(UpgradeTanager, WithoutReplacingTheSetsAreCopiedAsTreesWhichOverwritesInsideThem) {
-    const upgrade_world host("tanager");
+using UpgradeTanager = upgraded_test<tanager>;
+
+TEST_F(UpgradeTanager, WithoutReplacingTheSetsAreCopiedAsTreesWhichOverwritesInsideThem) {
     expect_kept_run(host, run_wizard(host, {}, images), {"html", "spool"});
 }
 
-TEST(UpgradeTanager, DebugLogNamesEachStep) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeTanager, DebugLogNamesEachStep) {
     run_wizard(host, {"-debug"}, replacing);
     expect_kept("log", shown_log_without(
                            host, "dist/gxsetup.log",
                            {"INI: ", "DoCopy[", "Wild finding", "Find all files", "directory"}));
 }
 
-TEST(UpgradeTanager, WithoutReplacingTheNewIniNamesNoSets) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeTanager, WithoutReplacingTheNewIniNamesNoSets) {
     const std::string old = read_file("cgi-bin/tanager.ini");
     run_wizard(host, {}, images + no_to_both);
     EXPECT_EQ(read_file("cgi-bin/tanager.ini"), old);
     expect_kept("tanager.new", shown_file(host, "cgi-bin/tanager.new"));
 }
 
-TEST(UpgradeTanager, TemplatesBesideTheSetsAreClassifiedByTheirOwnFamily) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeTanager, TemplatesBesideTheSetsAreClassifiedByTheirOwnFamily) {
     add_file("spool/tanager/notes.tpl", "no header\n");
     const wizard_run run =
         run_wizard(host, {}, images + no_to_both + answering("view these categories", "no"));
@@ -73,19 +71,17 @@ TEST(UpgradeTanager, TemplatesBesideTheSetsAreClassifiedByTheirOwnFamily) {
                          "                 Distribution template set: tan_s2 version 2.0a\n"));
 }
 
-TEST(UpgradeTanager, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
+TEST_F(UpgradeTanager, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
-    const upgrade_world host("tanager");
     run_wizard(host, {}, replacing + answering("merlin cgi", "yes"));
     EXPECT_EQ(not_owned("spool/tanager"), "");
     EXPECT_EQ(not_owned("html/vlimg"), "");
     EXPECT_EQ(not_owned("cgi-bin"), "cgi-bin\n");
 }
 
-TEST(UpgradeTanager, AManualsDirectoryThatCannotBeMadeEndsIt) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeTanager, AManualsDirectoryThatCannotBeMadeEndsIt) {
     edit_by_hand("cgi-bin/tanager.ini", "manual no/root");
     make_own("cgi-bin/tanager.ini");
     const wizard_run run = run_wizard(host, {}, images);
@@ -95,8 +91,7 @@ TEST(UpgradeTanager, AManualsDirectoryThatCannotBeMadeEndsIt) {
 
 // --- Replacing the templates ---
 
-TEST(UpgradeTanager, ReplacingCopiesTheSetsWithTheirCommonFilesButTheWordList) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeTanager, ReplacingCopiesTheSetsWithTheirCommonFilesButTheWordList) {
     const std::string sets = set_lines("tpl_set", "dist/tpl", "marble", "@/spool/tanager");
     expect_kept_run(host, run_wizard(host, {}, replacing + no_to_both), {"html", "spool"});
     const std::string ini = shown_file(host, "cgi-bin/tanager.new");

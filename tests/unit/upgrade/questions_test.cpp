@@ -128,18 +128,6 @@ TEST_F(GxupgradeQuest, AnImapProductIsJudgedAnewEachPassButOspreyStaysASetProduc
     }
 }
 
-TEST_F(GxupgradeQuest, ASetProductIsOfferedTheOldWorkAreaAndForgetsItsOldSets) {
-    add_program();
-    set_answer(&ini, D_PROD_NAME, "osprey");
-    add_ini("templates " + scratch.path("spool/marble") + "\nworkarea " + scratch.path("spool") +
-            "\ntpl_set 1 one\ntpl_set 2 two\n");
-    in_a_process({}, [&] {
-        EXPECT_EQ(gxupgrade_quest(&ini), 1);
-        EXPECT_EQ(answer(D_TEMPLATES), scratch.path("spool"));
-        EXPECT_EQ(ini_value(&ini, "tpl_set", 0), nullptr);
-    });
-}
-
 TEST_F(GxupgradeQuest, AMissingOldIniLeavesTemplatesAndSetsAsTheyAre) {
     add_program();
     set_answer(&ini, D_PROD_NAME, "osprey");

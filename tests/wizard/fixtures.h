@@ -1,0 +1,25 @@
+// Suites whose tests each work in a world of the same kind.
+#pragma once
+
+#include "wizard/releases.h"
+
+#include <gtest/gtest.h>
+
+// The product is unpacked.
+template <const char *product>
+class unpacked_test : public testing::Test {
+  protected:
+    const world host{product};
+};
+
+// Release 3.1 is installed and 3.2 unpacked over it.
+template <const char *product>
+class upgraded_test : public testing::Test {
+  protected:
+    const upgrade_world host{product};
+};
+
+inline constexpr char kestrel[] = "kestrel";
+inline constexpr char plover[] = "plover";
+inline constexpr char tanager[] = "tanager";
+inline constexpr char osprey[] = "osprey";

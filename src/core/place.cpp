@@ -349,7 +349,7 @@ file_descriptor place::open_to_append(const char *name) const {
 }
 
 file_descriptor place::create_anew(const char *name) const {
-    for (int tries = 0; tries < most_tries; tries++) {
+    for (int tries = 0; is_usable() && tries < most_tries; tries++) {
         if (!remove(name) && errno != ENOENT) {
             break;
         }

@@ -1,5 +1,5 @@
-// A file that is written into an open directory, in the place of an older one or not. Copies,
-// settings and answers are written through this.
+// Files that are written into an open directory, over an older one or not. Copies, settings and
+// saved answers are written through this.
 #pragma once
 
 #include "core/place_walk.h"
@@ -25,12 +25,12 @@ class new_file {
     new_file(const new_file &) = delete;
     new_file &operator=(const new_file &) = delete;
 
-    // Takes the bits that `most` lacks from the mode of the file, before it is started. With
-    // private_mode the file becomes the one's who runs the program, whoever owned the old one.
+    // Limits the mode of the file to the bits of `most`; call it before `start`. With private_mode
+    // the one who runs the program owns the file, whoever owned the old one.
     void limit_mode(mode_t most) { most_ = most; }
 
-    // Whether the file may be given to a user: no private file, and none of another owner behind a
-    // link that others could have put there.
+    // Returns whether the file may be given to a user. A private file may not, nor, unless it
+    // replaces one of that user's, a file behind a link that others could have put there.
     [[nodiscard]] bool may_be_given(uid_t user) const;
 
     // Why the file cannot be written (as errno), or 0.

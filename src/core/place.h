@@ -161,9 +161,9 @@ class place {
     // mode.
     [[nodiscard]] place make(const char *name, mode_t mode) const;
 
-    // Gives the directory away. Only root may. Another user's or root's directory that somebody
-    // else could have put there is given away only if it is empty. False, with errno set, if it
-    // stays whose it was.
+    // Gives the directory away, which only root may do. One that holds anything stays whose it is
+    // if others than its owner could have put it there (EPERM; the reason is told). Returns false,
+    // with errno set, if it was not given away.
     [[nodiscard]] bool give(uid_t user, gid_t group);
 
     // Who could have put the directory there.

@@ -41,11 +41,6 @@ stream_handle open_plain_file(const char *path, read_limit limit) {
     return stream_of(open_plain_at(path, limit).release(), "r");
 }
 
-int create_anew(const char *path) {
-    const named_place file = locate(path);
-    return file.directory.create_anew(file.name.c_str()).release();
-}
-
 bool close_file(stream_handle file) {
     const bool written = std::ferror(file.get()) == 0 && std::fflush(file.get()) == 0;
     const int write_error = errno;

@@ -124,7 +124,7 @@ int set_mode_and_owner(const new_file &file, mode_t mode) {
     return has_mode || ::fchmod(file.number(), mode) == 0 ? 0 : errno;
 }
 
-// Copies a plain file. The mode of a program is told if it cannot be set.
+// Copies a plain file. Reports a mode of a program that cannot be set.
 copy_result copy_file(const copy_source &from, const copy_target &to, int overwrite, mode_t mode) {
     const open_file source = from.directory.open_plain(from.name);
     if (!source.is_open()) {
@@ -154,7 +154,7 @@ copy_result copy_file(const copy_source &from, const copy_target &to, int overwr
     if (!fill(file, source.descriptor.number(), from, to)) {
         return copy_result::failed;
     }
-    // A device or a pipe stays whose it is.
+    // Owner and mode of a device or a pipe are left alone.
     const int mode_error = file.is_special() ? 0 : set_mode_and_owner(file, mode);
     if (!file.put_in_place()) {
         write_failed(to.path, errno);

@@ -95,8 +95,7 @@ int do_copy_opened(const place &from, const char *name, bool is_plain, const pla
 // - not_u_ 0, dirs_only 0: files that match, all directories.
 // - not_u_ 0, dirs_only 1: no files, directories that match.
 // - not_u_ 1, dirs_only 0: files that match, all directories but kept ones: users' ("u_...") and
-// the
-//   answers `workarea` and `templates`.
+//   the answers `workarea` and `templates`.
 // - not_u_ 1, dirs_only 1: no files, all directories but kept ones.
 //
 // Further down it removes as with not_u_ 1 and dirs_only 0.

@@ -64,7 +64,7 @@ element_result match_element(std::string_view pattern, unsigned char character) 
     }
 }
 
-// Whether a list element is left to look at; a list ends with its last character or at a final ",".
+// Takes the next element off the list. Returns false at the end; a comma at the end adds none.
 bool next_element(std::string_view &list, std::string &element) {
     if (list.empty()) {
         return false;

@@ -22,7 +22,7 @@ using found_names = std::array<heap_text, MAXWILD>;
 using plain_files = std::bitset<MAXWILD>;
 
 // Call `use` with each of the first `count` names, in their order, and with whether it is known to
-// be a plain file. Free the name afterwards. A name that no memory was had for is passed over.
+// be a plain file. Free the name afterwards. Skip names whose copy could not be allocated.
 template <class Use>
 void for_each_name(found_names &names, int count, const plain_files &plain, Use use) {
     for (std::size_t number = 0; number < static_cast<std::size_t>(count); number++) {

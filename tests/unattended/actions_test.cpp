@@ -151,18 +151,45 @@ TEST(Unattended, ATemplateThatCouldBeReplacedSafelyIsSomethingToDo) {
     EXPECT_EQ(status_of(host, {"upgrade"}), nothing_to_do);
 }
 
-TEST(Unattended, AFileThatIsMissingOrAnotherAnswerIsSomethingToDo) {
+TEST(Unattended, AnotherAnswerIsSomethingToDo) {
     const world host("kestrel");
-    ASSERT_EQ(status_of(host, {"install"}), done_whole);
-    ASSERT_EQ(status_of(host, {"upgrade"}), nothing_to_do);
-    std::filesystem::remove("html/vlimg/logo.gif");
-    EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole);
+    ASSERT_EQ(status_of(host, {"install", "wml=yes"}), done_whole);
+    for (const char *same : {"wml=yes", "vlimg=/vlimg", "templates=@/spool/kestrel",
+                             "prod_name=kestrel", "--expect-product=kestrel",
+                             "--expect-version=3.2a", "replace_templates=no", "owner=nobody"}) {
+        EXPECT_EQ(status_of(host, {"-n", "upgrade", same}), nothing_to_do) << same;
+    }
+    for (const char *other : {"wml=no", "vlimg=/pictures", "vlimg=/vlimg/s1"}) {
+        EXPECT_EQ(status_of(host, {"-n", "upgrade", other}), done_whole) << other;
+    }
+}
+
+TEST(Unattended, AFileThatIsMissingOrAnotherProgramIsSomethingToDo) {
+    const world host("kestrel");
+    ASSERT_EQ(status_of(host, {"install", "wml=yes"}), done_whole);
+    for (const std::string file :
+         {"html/vlimg/logo.gif", "spool/kestrel/logo.gif", "spool/kestrel/gxsetup.dat",
+          "cgi-bin/kestrel.ini", "cgi-bin/merlin.cgi"}) {
+        const std::string content = read_file(file);
+        std::filesystem::remove(file);
+        EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole) << file;
+        add_file(file, content);
+        EXPECT_EQ(status_of(host, {"-n", "upgrade"}), nothing_to_do) << file;
+    }
     add_file("html/vlimg/logo.gif", "own picture");
     EXPECT_EQ(status_of(host, {"-n", "upgrade"}), nothing_to_do);
-    EXPECT_EQ(status_of(host, {"-n", "upgrade", "vlimg=/pictures"}), done_whole);
-    EXPECT_EQ(status_of(host, {"-n", "upgrade", "wml=yes"}), done_whole);
-    add_file("cgi-bin/kestrel.cgi", "another program");
-    EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole);
+    for (const char *program : {"cgi-bin/merlin.cgi", "cgi-bin/kestrel.cgi"}) {
+        add_file(program, "another program");
+        EXPECT_EQ(status_of(host, {"-n", "upgrade"}), done_whole) << program;
+    }
+}
+
+TEST(Unattended, AListNamesWhatIsMissing) {
+    const world host("kestrel");
+    add_program("dist/kestrel.cgi", "no version\n");
+    std::filesystem::remove_all("spool");
+    const wizard_run list = run_unattended(host, {"--list", "install", "restrict_hosts=yes"});
+    EXPECT_THAT(list.transcript, HasSubstr("\n# version\n"));
 }
 
 TEST(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {

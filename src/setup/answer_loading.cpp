@@ -8,15 +8,16 @@
 
 #include <algorithm>
 #include <array>
-#include <bitset>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
 namespace {
 
 // Set by mark_typed. Lives for the run.
-std::bitset<D_LAST> typed;
+std::set<answer_position> typed;
 
 // Narrowed by load_answers. Lives for the run.
 mode_t narrowest_mode = all_mode_bits;
@@ -66,7 +67,7 @@ bool belongs_to(std::string path, uid_t user) {
 // Returns why the file's word for an answer does not count, or null.
 const char *reason_against(answer_position position, const std::string &value,
                            const loaded_file &file) {
-    if (typed[position]) {
+    if (typed.contains(position)) {
         return "another directory was typed";
     }
     if (!file.is_foreign) {
@@ -95,11 +96,11 @@ void restore(pINI_SETTINGS ini, answer_position position, const std::optional<st
     }
 }
 
-// What the answers that are weighed were before a file was loaded, by position.
-using stored_answers = std::array<std::optional<std::string>, D_LAST>;
+// What the answers that are weighed were before a file was loaded.
+using stored_answers = std::map<answer_position, std::optional<std::string>>;
 
 bool is_weighed(answer_position position) {
-    return typed[position] || position == D_PROD_NAME || position == D_CGI_NAME ||
+    return typed.contains(position) || position == D_PROD_NAME || position == D_CGI_NAME ||
            position == D_WML_NAME || is_in(hidden_directories, position);
 }
 
@@ -117,13 +118,13 @@ void restore_what_does_not_count(pINI_SETTINGS ini, const stored_answers &before
                                  const loaded_file &file) {
     for_each_weighed([&](answer_position position) {
         const std::optional<std::string> now = stored_answer(ini, position);
-        if (!now || now == before[position]) {
+        if (!now || now == before.at(position)) {
             return;
         }
         if (const char *reason = reason_against(position, *now, file)) {
             imsg("%s \"%s\" of %s is not taken: %s", ans_values[position].name, now->c_str(),
                  file.path, reason);
-            restore(ini, position, before[position]);
+            restore(ini, position, before.at(position));
         }
     });
 }
@@ -150,7 +151,7 @@ int load_answers(pINI_SETTINGS ini, const char *path) {
 }
 
 void mark_typed(answer_position position) {
-    typed.set(position);
+    typed.insert(position);
 }
 
 bool is_bare_name(const char *name) {

@@ -4,12 +4,15 @@
 #include "support/answers_test.h"
 
 #include <filesystem>
+#include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
+
+using testing::HasSubstr;
 
 constexpr uid_t other_user = 65534;
 
@@ -116,11 +119,9 @@ TEST_F(LoadAnswers, TheLogSaysWhatIsNotTakenAndWhy) {
     const test_log log("log");
     set_loglvl(LOG_INFO);
     load_theirs("cgi_name a/b\n");
-    EXPECT_NE(
-        log.text().find("Info:  cgi_name \"a/b\" of theirs/gxsetup.dat is not taken: it is no "
-                        "bare file name\n"),
-        std::string::npos)
-        << log.text();
+    EXPECT_THAT(log.text(),
+                HasSubstr("Info:  cgi_name \"a/b\" of theirs/gxsetup.dat is not taken: it is no "
+                          "bare file name\n"));
 }
 
 TEST_F(LoadAnswers, WhatOthersMayNotReadOfAFileIsKnown) {

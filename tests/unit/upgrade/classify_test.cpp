@@ -3,7 +3,11 @@
 #include "support/expected.h"
 #include "unit/upgrade/upgrade_world.h"
 
+#include <gmock/gmock-matchers.h>
+
 namespace {
+
+using testing::HasSubstr;
 
 class Classification : public UpgradeWorld {
   protected:
@@ -139,7 +143,7 @@ TEST_F(DoUpgradeList, AThousandTemplatesAreLookedAtAndTheLogTellsOfMore) {
         count++;
     }
     EXPECT_EQ(count, 1000U);
-    EXPECT_NE(log().find("Error: MAXWILD exceeded\n"), std::string::npos);
+    EXPECT_THAT(log(), HasSubstr("Error: MAXWILD exceeded\n"));
 }
 
 // --- On the screen ---

@@ -2,7 +2,12 @@
 
 #include "unit/upgrade/upgrade_world.h"
 
+#include <gmock/gmock-matchers.h>
+
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 // An upgrade that asks no more than it must: no originals, no removal of the distribution.
 class Gxupgrade : public UpgradeWorld {
@@ -48,7 +53,7 @@ TEST_F(Gxupgrade, WithoutReplacingTheIniWritesANewFileNamedAfterTheProduct) {
     set_answer(&ini, D_CGI_NAME, "mail");
     write_file(in_cgi_bin("kestrel.ini"), "old\n");
     const std::string text = upgrade(1);
-    EXPECT_EQ(text.find("Creating"), std::string::npos);
+    EXPECT_THAT(text, Not(HasSubstr("Creating")));
     EXPECT_EQ(read_file(in_cgi_bin("kestrel.ini")), "old\n");
     EXPECT_EQ(names_below(scratch.path("cgi-bin")),
               (string_set{"kestrel.cgi", "kestrel.ini", "kestrel.new"}));
@@ -57,15 +62,15 @@ TEST_F(Gxupgrade, WithoutReplacingTheIniWritesANewFileNamedAfterTheProduct) {
 
 TEST_F(Gxupgrade, TheWmlIniIsWrittenOnlyWhereThereIsNoneOrItIsToBeReplaced) {
     set_answer(&ini, D_WML, "TRUE");
-    EXPECT_NE(upgrade(1).find("\nCreating merlin.ini file.\n"), std::string::npos);
+    EXPECT_THAT(upgrade(1), HasSubstr("\nCreating merlin.ini file.\n"));
     EXPECT_TRUE(read_file(in_cgi_bin("merlin.ini")).starts_with("# merlin.ini created by "));
 
     write_file(in_cgi_bin("merlin.ini"), "old\n");
-    EXPECT_EQ(upgrade(1).find("merlin.ini"), std::string::npos);
+    EXPECT_THAT(upgrade(1), Not(HasSubstr("merlin.ini")));
     EXPECT_EQ(read_file(in_cgi_bin("merlin.ini")), "old\n");
 
     set_answer(&ini, D_REPLACE_INI, "TRUE");
-    EXPECT_NE(upgrade(1).find("\nCreating merlin.ini file.\n"), std::string::npos);
+    EXPECT_THAT(upgrade(1), HasSubstr("\nCreating merlin.ini file.\n"));
     EXPECT_TRUE(read_file(in_cgi_bin("merlin.ini")).starts_with("# merlin.ini created by "));
 }
 
@@ -141,7 +146,7 @@ TEST_F(Gxupgrade, OnlyTrueReplaces) {
     for (const char *no : {"FALSE", "true", "YES", "TRUE "}) {
         set_answer(&ini, D_REPLACE_TMPLTS, no);
         set_answer(&ini, D_REPLACE_INI, no);
-        EXPECT_NE(upgrade(1).find("\nCopying new template files\n"), std::string::npos) << no;
+        EXPECT_THAT(upgrade(1), HasSubstr("\nCopying new template files\n")) << no;
         EXPECT_EQ(read_file(installed("a.tpl")), stamped("kst_s2", "2.0a", "old")) << no;
         EXPECT_FALSE(is_there(in_cgi_bin("kestrel.ini"))) << no;
     }

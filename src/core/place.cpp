@@ -82,8 +82,8 @@ place::place(file_descriptor directory, std::string path)
 place::place(std::string_view path) {
     const std::string whole(path);
     file_descriptor directory = open_without_links(AT_FDCWD, whole, directory_flags);
-    const bool is_straight = directory.is_open();
-    if (is_straight) {
+    const bool needs_no_walk = directory.is_open();
+    if (needs_no_walk) {
         *this = place(std::move(directory), whole);
     } else if (is_final(errno)) {
         *this = place(errno);
@@ -91,7 +91,7 @@ place::place(std::string_view path) {
         *this = walk(place(file_descriptor(::open(".", directory_flags)), "."), path);
     }
     path_ = whole;
-    is_straight_ = is_straight;
+    is_straight_ = needs_no_walk;
 }
 
 place::place(const char *path)
@@ -117,16 +117,16 @@ place place::enter(std::string_view path) const {
     }
     const std::string whole(path);
     file_descriptor directory = open_without_links(number(), whole, directory_flags);
-    const bool is_straight = directory.is_open();
-    if (!is_straight && is_final(errno)) {
+    const bool needs_no_walk = directory.is_open();
+    if (!needs_no_walk && is_final(errno)) {
         return place(errno);
     }
     place end =
-        is_straight
+        needs_no_walk
             ? place(std::move(directory), "")
             : walk(place(file_descriptor(::openat(number(), ".", directory_flags)), path_), path);
     end.path_ = path_of(path);
-    end.is_straight_ = is_straight && is_straight_;
+    end.is_straight_ = needs_no_walk && is_straight_;
     return end;
 }
 
@@ -290,9 +290,9 @@ open_file place::open_to_read(const char *name) const {
         file.descriptor = file_descriptor();
         return file;
     }
-    const custody met = target.met(file.status);
-    file.is_owners_choice = met.is_choice_of(file.status.st_uid);
-    file.is_private = !file.is_owners_choice && met.is_hidden;
+    const custody path_custody = target.met(file.status);
+    file.is_owners_choice = path_custody.is_choice_of(file.status.st_uid);
+    file.is_private = !file.is_owners_choice && path_custody.is_hidden;
     if (has_foreign_name(target.directory(), file.status)) {
         report_refusal("Not read: \"%s\" has more names in a directory that others may write",
                        path_of(name));

@@ -262,13 +262,13 @@ void remember_entries(const place &directory) {
 }
 
 custody settled_name::met(const struct stat &entry) const {
-    custody met = given_->met();
+    custody all = given_->met();
     for (const custody &other : {elsewhere_ ? elsewhere_->met() : custody(), links_met_}) {
-        met.movers.insert(met.movers.end(), other.movers.begin(), other.movers.end());
-        met.is_hidden = met.is_hidden || other.is_hidden;
+        all.movers.insert(all.movers.end(), other.movers.begin(), other.movers.end());
+        all.is_hidden = all.is_hidden || other.is_hidden;
     }
-    note_step(met, directory(), name(), entry, to_read);
-    return met;
+    note_step(all, directory(), name(), entry, to_read);
+    return all;
 }
 
 bool settled_name::follow() {

@@ -121,7 +121,7 @@ constexpr std::array<QUESTIONS, question_count> quest_pool = {{
 
 namespace {
 
-constexpr bool rows_stand_at_their_numbers() {
+consteval bool rows_stand_at_their_numbers() {
     for (std::size_t row = 0; row < quest_pool.size(); row++) {
         if (quest_pool[row].quest_num != static_cast<int>(row)) {
             return false;

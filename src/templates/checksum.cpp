@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t cycle = 3;     // the weights are 1, 2, 4, 1, 2, 4, ...
 constexpr std::size_t row_size = 96; // whole cycles and whole vectors
 
-constexpr auto make_weights() {
+consteval auto make_weights() {
     std::array<std::int16_t, row_size + cycle> table{};
     for (std::size_t at = 0; at < table.size(); at++) {
         table[at] = static_cast<std::int16_t>(1 << (at % cycle));

@@ -184,12 +184,14 @@ TEST(Unattended, AFileThatIsMissingOrAnotherProgramIsSomethingToDo) {
     }
 }
 
-TEST(Unattended, AListNamesWhatIsMissing) {
+TEST(Unattended, AListGoesOnWhereARunWouldEnd) {
     const world host("kestrel");
     add_program("dist/kestrel.cgi", "no version\n");
-    std::filesystem::remove_all("spool");
-    const wizard_run list = run_unattended(host, {"--list", "install", "restrict_hosts=yes"});
-    EXPECT_THAT(list.transcript, HasSubstr("\n# version\n"));
+    EXPECT_THAT(run_unattended(host, {"--list", "upgrade"}).transcript,
+                HasSubstr("\ntemplates @/spool/kestrel\n"));
+    std::filesystem::remove_all("cgi-bin");
+    EXPECT_THAT(run_unattended(host, {"--list", "install"}).transcript,
+                AllOf(HasSubstr("\n# version\n"), HasSubstr("\ncgi_path @/cgi-bin\n")));
 }
 
 TEST(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {

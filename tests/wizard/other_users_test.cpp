@@ -196,6 +196,25 @@ TEST_F(OtherUsers, TheirLinkAsTheTemplatesDirectoryDoesNotExist) {
                           "made\n"));
 }
 
+TEST_F(OtherUsers, TheirLinkAsADirectoryOfTheInstallationCannotBeCreated) {
+    for (const char *name : {"img", "slate"}) {
+        const upgrade_world host("tanager");
+        const private_files kept;
+        const std::string path = std::string("spool/tanager/") + name;
+        fs::remove_all(path);
+        fs::create_symlink(host.path("private/home"), path);
+        give_to_web_user("spool/tanager");
+        give_to_web_user(path);
+        const wizard_run run = run_wizard(host, {},
+                                          {{"What do you want to do", "2"},
+                                           {"replace the old templates", "yes"},
+                                           {"Where are the .gif", "@/html/vlimg"}});
+        EXPECT_THAT(run.transcript, HasSubstr("pgrade unsuccessful")) << name;
+        EXPECT_TRUE(fs::is_symlink(path)) << name;
+        kept.expect_untouched();
+    }
+}
+
 // --- What is root's, renamed by the web server's user ---
 
 // Mode, owner and content of each entry of a tree, whatever name it stands under.
@@ -333,6 +352,17 @@ TEST_F(OtherUsers, ALinkAmongTheTemplatesIsReportedAndStays) {
                                        {"Remove all user information", "yes"}});
     EXPECT_THAT(run.transcript,
                 HasSubstr("Error: \nCannot remove @/spool/kestrel/set: Not a directory\n"));
+}
+
+TEST_F(OtherUsers, TheirLinkAsTheTemplatesDirectoryIsNotEmptied) {
+    const site host;
+    host.plant_link("spool/kestrel", "private/home");
+    const wizard_run run = run_wizard(
+        host, {},
+        in_order(
+            {{"What do you want to do", "3"}, {"template files", ""}, {"template files", "q"}}));
+    EXPECT_THAT(run.transcript, HasSubstr("[@/spool/kestrel]? @/spool/kestrel does not exist... "
+                                          "please enter a valid directory\n"));
 }
 
 // --- Swapped during a run ---
@@ -483,6 +513,22 @@ TEST_F(OtherUsers, WhatIsPlantedInASharedWorkingDirectoryIsReplacedItself) {
         const wizard_run run = upgrade(host);
         EXPECT_EQ(run.status, 0);
         EXPECT_THAT(run.transcript, HasSubstr("upgrade successful")) << name;
+    }
+}
+
+TEST_F(OtherUsers, TheirLinkAmongTheFilesToCopyIsNotRead) {
+    for (const char *name : {"dist/menu.js", "dist/tpl/menu.tpl", "dist/kestrel.ini"}) {
+        const site host;
+        ::chmod("dist", 0777);
+        ::chmod("dist/tpl", 0777);
+        host.plant_link(name, "private/letter");
+        EXPECT_EQ(upgrade(host, replacing).status, 0);
+        for (const auto &entry : fs::recursive_directory_iterator("html")) {
+            EXPECT_THAT(read_file(entry.path()), Not(HasSubstr("dear reader"))) << name;
+        }
+        for (const char *directory : {"cgi-bin", "spool"}) {
+            EXPECT_THAT(tree_of(host, directory), Not(HasSubstr("dear reader"))) << name;
+        }
     }
 }
 

@@ -137,6 +137,8 @@ const std::vector<version_probe> version_probes = {
     {"Version.OfAMegabyteIsCutLikeAnyLine",
      "printf 'Version: v'; head -c 1000000 /dev/zero | tr '\\0' 7", std::string(500, '7')},
     {"Version.ProgramDoesNotReadTheAnswers", "cat; echo Version: v8", "8"},
+    {"Version.IsReadFromThisWizardsFileWhateverAnotherPutsUnderItsName",
+     "echo Version: v8; rm ver.txt; echo Version: v9 >ver.txt", "8"},
 };
 
 const int registered =

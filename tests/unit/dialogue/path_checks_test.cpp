@@ -82,18 +82,29 @@ TEST_F(MatchRootDir, NeverLeavesItsProbeFileBehind) {
     EXPECT_EQ(names_here(), 0);
 }
 
-TEST_F(MatchRootDir, NeverWritesThroughALinkOfTheProbesName) {
+// The name of the next probe file, which another user can find out as well.
+std::string foretold_name() {
     std::srand(1);
     unsigned product = 1;
     for (int factor = 0; factor < 3; factor++) {
         product *= static_cast<unsigned>(std::rand());
     }
-    write_file("kept", "text");
-    std::filesystem::create_symlink("kept", std::to_string(static_cast<int>(product)) + ".tmp");
     std::srand(1);
+    return std::to_string(static_cast<int>(product)) + ".tmp";
+}
+
+TEST_F(MatchRootDir, NeverWritesThroughALinkOfTheProbesName) {
+    write_file("kept", "text");
+    std::filesystem::create_symlink("kept", foretold_name());
     EXPECT_EQ(match_root_dir("."), 1);
     EXPECT_EQ(read_file("kept"), "text");
     EXPECT_EQ(names_here(), 1);
+}
+
+TEST_F(MatchRootDir, AFileOfTheProbesNameElsewhereMakesNoWorkingDirectory) {
+    std::filesystem::create_directory("other");
+    write_file("other/" + foretold_name(), "");
+    EXPECT_EQ(match_root_dir("other"), 0);
 }
 
 TEST_F(MatchRootDir, WhereNothingCanBeCreatedIsZero) {

@@ -644,7 +644,8 @@ TEST_F(NewFile, AProgramThatIsRunIsReplaced) {
         ::execl("ours/program", "program", "30", nullptr);
         ::_exit(1);
     }
-    while (file_descriptor(::open("ours/program", O_WRONLY | O_CLOEXEC)).is_open()) {
+    while (file_descriptor(::open("ours/program", O_WRONLY | O_CLOEXEC)).is_open() &&
+           ::waitpid(child, nullptr, WNOHANG) == 0) {
         ::usleep(1000);
     }
     new_file file(ours, "program", new_file::when_missing::in_place);

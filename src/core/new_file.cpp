@@ -56,7 +56,7 @@ bool new_file::make_in_place() {
 
 void new_file::find_old(when_missing how) {
     // Root may write every plain file: there is nothing to find out by opening it.
-    if (running_user() == 0) {
+    if (::geteuid() == 0) {
         struct stat entry {};
         const bool is_there = directory().look_at_name(target_.name(), entry);
         if (!is_there && errno != ENOENT) {

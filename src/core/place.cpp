@@ -57,12 +57,8 @@ file_descriptor open_or_make(const place &directory, const char *name, int how) 
 
 } // namespace
 
-uid_t running_user() {
-    return ::geteuid();
-}
-
 bool is_of_ours(uid_t user) {
-    return user == 0 || user == running_user();
+    return user == 0 || user == ::geteuid();
 }
 
 bool is_ours(const struct stat &entry) {
@@ -171,7 +167,7 @@ bool place::give(uid_t user, gid_t group) {
         return true;
     }
     // What is empty discloses nothing. Nobody but root gives anything away.
-    if (status_.st_uid != user && running_user() == 0 && !is_new_ && !is_empty()) {
+    if (status_.st_uid != user && ::geteuid() == 0 && !is_new_ && !is_empty()) {
         if (!met().is_choice_of(status_.st_uid)) {
             report_refusal("Not given away: \"%s\" could have been put there by another user",
                            path_);

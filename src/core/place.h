@@ -103,9 +103,6 @@ inline bool is_same_file(const struct stat &one, const struct stat &other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// The one who runs the program.
-uid_t running_user();
-
 // Whether `user` is root or the one who runs the program; whether such a user owns a file or
 // directory and nobody else may write it.
 bool is_of_ours(uid_t user);
@@ -162,8 +159,8 @@ class place {
     [[nodiscard]] place make(const char *name, mode_t mode) const;
 
     // Gives the directory away, which only root may do. One that holds anything stays whose it is
-    // if others than its owner could have put it there (EPERM; the reason is told). Returns false,
-    // with errno set, if it was not given away.
+    // if others than its owner could have put it there (EPERM; the reason is reported, see
+    // tell_refusals). Returns false, with errno set, if it was not given away.
     [[nodiscard]] bool give(uid_t user, gid_t group);
 
     // Who could have put the directory there.

@@ -230,19 +230,19 @@ class walker {
 };
 
 place walk(place begin, std::string_view path) {
-    walker walker(std::move(begin));
-    walker.go(path);
-    return walker.end();
+    walker steps(std::move(begin));
+    steps.go(path);
+    return steps.end();
 }
 
 custody custody_of(const place &directory) {
     if (directory.is_straight() && !can_be_moved(directory.path())) {
         return {};
     }
-    walker walker(place("."));
-    walker.go(directory.path());
-    custody met = walker.met();
-    const place end = walker.end();
+    walker steps(place("."));
+    steps.go(directory.path());
+    custody met = steps.met();
+    const place end = steps.end();
     if (!end.is_open() || !is_same_file(end.status(), directory.status())) {
         met.movers.push_back(several_users);
         met.is_hidden = true;

@@ -299,7 +299,7 @@ copy_result copy_to(const copy_source &from, const copy_target &to, int overwrit
 
 // Whether a file that was there already may be given to the owner.
 bool may_be_given(const open_file &file) {
-    return file.is_owners_choice || file.status.st_uid == gx_user || running_user() != 0;
+    return file.is_owners_choice || file.status.st_uid == gx_user || ::geteuid() != 0;
 }
 
 // What stands there already gets the mode and the owner of a program as well.

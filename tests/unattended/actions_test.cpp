@@ -2,7 +2,7 @@
 
 #include "support/tree.h"
 #include "unattended/unattended_run.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -128,8 +128,10 @@ TEST_P(EachProduct, IsRemovedPartByPart) {
                   "/u_ann/mail \"mail\"\n");
 }
 
-TEST(Unattended, UpgradeTreatsEachTemplateAsItsCategorySays) {
-    const world host("kestrel");
+using Unattended = unpacked_test<kestrel>;
+using UnattendedOsprey = unpacked_test<osprey>;
+
+TEST_F(Unattended, UpgradeTreatsEachTemplateAsItsCategorySays) {
     install_31_and_unpack_32(host);
     add_templates(host, "spool/kestrel", {{"gone.tpl", "kst_s2", "1.0", "text"}});
     const std::string edited = read_file("spool/kestrel/edited.tpl");
@@ -142,8 +144,7 @@ TEST(Unattended, UpgradeTreatsEachTemplateAsItsCategorySays) {
     EXPECT_EQ(read_file("spool/kestrel/brandnew.tpl"), read_file("dist/tpl/brandnew.tpl"));
 }
 
-TEST(Unattended, ATemplateThatCouldBeReplacedSafelyIsSomethingToDo) {
-    const world host("kestrel");
+TEST_F(Unattended, ATemplateThatCouldBeReplacedSafelyIsSomethingToDo) {
     install_31_and_unpack_32(host);
     ASSERT_EQ(status_of(host, {"upgrade", "replace_safe=no"}), done_whole);
     EXPECT_EQ(status_of(host, {"upgrade", "replace_safe=no"}), nothing_to_do);
@@ -151,8 +152,7 @@ TEST(Unattended, ATemplateThatCouldBeReplacedSafelyIsSomethingToDo) {
     EXPECT_EQ(status_of(host, {"upgrade"}), nothing_to_do);
 }
 
-TEST(Unattended, AnotherAnswerIsSomethingToDo) {
-    const world host("kestrel");
+TEST_F(Unattended, AnotherAnswerIsSomethingToDo) {
     ASSERT_EQ(status_of(host, {"install", "wml=yes"}), done_whole);
     for (const char *same : {"wml=yes", "vlimg=/vlimg", "templates=@/spool/kestrel",
                              "prod_name=kestrel", "--expect-product=kestrel",
@@ -164,8 +164,7 @@ TEST(Unattended, AnotherAnswerIsSomethingToDo) {
     }
 }
 
-TEST(Unattended, AFileThatIsMissingOrAnotherProgramIsSomethingToDo) {
-    const world host("kestrel");
+TEST_F(Unattended, AFileThatIsMissingOrAnotherProgramIsSomethingToDo) {
     ASSERT_EQ(status_of(host, {"install", "wml=yes"}), done_whole);
     for (const std::string file :
          {"html/vlimg/logo.gif", "spool/kestrel/logo.gif", "spool/kestrel/gxsetup.dat",
@@ -184,8 +183,7 @@ TEST(Unattended, AFileThatIsMissingOrAnotherProgramIsSomethingToDo) {
     }
 }
 
-TEST(Unattended, AListGoesOnWhereARunWouldEnd) {
-    const world host("kestrel");
+TEST_F(Unattended, AListGoesOnWhereARunWouldEnd) {
     add_program("dist/kestrel.cgi", "no version\n");
     EXPECT_THAT(run_unattended(host, {"--list", "upgrade"}).transcript,
                 HasSubstr("\ntemplates @/spool/kestrel\n"));
@@ -194,8 +192,7 @@ TEST(Unattended, AListGoesOnWhereARunWouldEnd) {
                 AllOf(HasSubstr("\n# version\n"), HasSubstr("\ncgi_path @/cgi-bin\n")));
 }
 
-TEST(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {
-    const world host("kestrel");
+TEST_F(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {
     ASSERT_EQ(status_of(host, {"install"}), done_whole);
     add_program("dist/kestrel.cgi", "Version: release v3.3\n");
     std::filesystem::create_directories("cgi-bin/kestrel.new/own");
@@ -206,8 +203,7 @@ TEST(Unattended, AStepThatFailsIsToldByTheStatusWhateverTheLastLineSays) {
                           "begun, but 2 steps failed; see gxsetup.log\n"));
 }
 
-TEST(Unattended, QuietRunsShowProblemsOnly) {
-    const world host("kestrel");
+TEST_F(Unattended, QuietRunsShowProblemsOnly) {
     const wizard_run install = run_unattended(host, {"-q", "install"});
     EXPECT_EQ(install.transcript + install.errors, "");
     const wizard_run none = run_unattended(host, {"--quiet", "install"}, {.status = nothing_to_do});
@@ -219,38 +215,33 @@ TEST(Unattended, QuietRunsShowProblemsOnly) {
     EXPECT_THAT(failed.errors, HasSubstr("gxsetup-unattended: Can't open @/cgi-bin/kestrel.new\n"));
 }
 
-TEST(Unattended, DeletesTheDistributionOnlyWhereItIsTold) {
-    const world host("kestrel");
+TEST_F(Unattended, DeletesTheDistributionOnlyWhereItIsTold) {
     ASSERT_EQ(status_of(host, {"install", "delete_temporary=yes"}), done_whole);
     EXPECT_FALSE(is_there("dist/tpl"));
     EXPECT_TRUE(is_there("dist/gxsetup.log"));
 }
 
-TEST(Unattended, WorksInTheDirectoryNamed) {
-    const world host("kestrel");
+TEST_F(Unattended, WorksInTheDirectoryNamed) {
     write_file("answers", "domain example.net\n");
     const wizard_run run =
         run_unattended(host, {"-C", "dist", "install", "answers"}, {.directory = "."});
     EXPECT_THAT(read_file("cgi-bin/kestrel.ini"), HasSubstr("\ndomain example.net\n"));
 }
 
-TEST(Unattended, LogsDetailsWhereTheyAreAskedFor) {
-    const world host("kestrel");
+TEST_F(Unattended, LogsDetailsWhereTheyAreAskedFor) {
     ASSERT_EQ(status_of(host, {"--debug", "install"}), done_whole);
     EXPECT_THAT(read_file("dist/gxsetup.log"), HasSubstr("Info:  Logging set to DEBUG.\n"));
     EXPECT_THAT(read_file("dist/gxsetup.log"), HasSubstr("Debug: install questions\n"));
 }
 
-TEST(Unattended, TellsItsHelpAndItsVersion) {
-    const world host("kestrel");
+TEST_F(Unattended, TellsItsHelpAndItsVersion) {
     const wizard_run help = run_unattended(host, {"--help"});
     EXPECT_THAT(help.transcript, HasSubstr("Usage: gxsetup-unattended [OPTION]... "));
     const wizard_run version = run_unattended(host, {"--version"});
     EXPECT_EQ(version.transcript, "gxsetup-unattended of gxsetup, version 3.0h\n");
 }
 
-TEST(Unattended, HoldsTheHostsThatUsersMayLogInTo) {
-    const world host("osprey");
+TEST_F(UnattendedOsprey, HoldsTheHostsThatUsersMayLogInTo) {
     write_file("answers", "restrict_hosts yes\nallow_host_login one.example\n"
                           "allow_host_login two.example\nvlimg_dir " +
                               host.path("html/vlimg") + "\n");

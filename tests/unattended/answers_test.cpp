@@ -1,7 +1,7 @@
 // Which answers are taken, and what is said of those that are not.
 
 #include "unattended/unattended_run.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -45,8 +45,12 @@ void expect_refusals(const world &host, const std::vector<refusal> &refusals) {
 
 } // namespace
 
-TEST(Refusals, OfAnInstallation) {
-    const world host("kestrel");
+using Refusals = unpacked_test<kestrel>;
+using OspreyRefusals = unpacked_test<osprey>;
+using AnswerFiles = Refusals;
+using OspreyAnswerFiles = OspreyRefusals;
+
+TEST_F(Refusals, OfAnInstallation) {
     const std::string directory_words = " does not exist... please enter a valid directory\n";
     expect_refusals(
         host,
@@ -92,8 +96,7 @@ TEST(Refusals, OfAnInstallation) {
          {"-C @/html install", "there is no distribution of a product here\n"}});
 }
 
-TEST(Refusals, OfAnUpgradeAndOfARemoval) {
-    const world host("kestrel");
+TEST_F(Refusals, OfAnUpgradeAndOfARemoval) {
     install_31_and_unpack_32(host);
     expect_refusals(
         host,
@@ -107,8 +110,7 @@ TEST(Refusals, OfAnUpgradeAndOfARemoval) {
          {"remove cgi_name=other", "cgi_name: other is not asked for here: it is kestrel\n"}});
 }
 
-TEST(Refusals, OfTheHostsOfAList) {
-    const world host("osprey");
+TEST_F(OspreyRefusals, OfTheHostsOfAList) {
     const std::string images = "install vlimg_dir=@/html/vlimg ";
     expect_refusals(host, {{images + "restrict_hosts=yes",
                             "allow_host_login is missing: restrict_hosts is yes\n"},
@@ -118,8 +120,7 @@ TEST(Refusals, OfTheHostsOfAList) {
                             "allow_host_login: . ends the list and is no host\n"}});
 }
 
-TEST(Refusals, OfAVersionThatNothingTells) {
-    const world host("kestrel");
+TEST_F(Refusals, OfAVersionThatNothingTells) {
     add_program("dist/kestrel.cgi", "no version\n");
     expect_refusals(
         host, {{"install", "version is missing, and nothing is offered for it: What version of "
@@ -127,8 +128,7 @@ TEST(Refusals, OfAVersionThatNothingTells) {
     run_unattended(host, {"-n", "install", "version=3.9"});
 }
 
-TEST(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
-    const world host("kestrel");
+TEST_F(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
     write_file("first", "domain first.example\npophost first.example\nsmtphost first.example\n");
     write_file("second", "# comment\n\npophost second.example\nsmtphost second.example\n");
     const wizard_run run =
@@ -138,10 +138,10 @@ TEST(AnswerFiles, GiveWayToTheCommandLineAndToLaterFiles) {
                                           "domain name:         first.example\n"));
 }
 
-TEST(AnswerFiles, OfTheExamplesFitTheirProducts) {
+TEST_F(AnswerFiles, OfTheExamplesFitTheirProducts) {
     for (const std::string &product : product_names()) {
         SCOPED_TRACE(product);
-        const world host(product);
+        const world one(product);
         write_file("answers", read_file(EXAMPLES + product + "/answers"));
         std::vector<std::string> arguments = {"-n",
                                               "install",
@@ -152,12 +152,11 @@ TEST(AnswerFiles, OfTheExamplesFitTheirProducts) {
         if (has_sets(product)) {
             arguments.insert(arguments.end(), {"manual=@/spool/m", "bulletin_path=@/spool/b"});
         }
-        run_unattended(host, arguments);
+        run_unattended(one, arguments);
     }
 }
 
-TEST(AnswerFiles, ThatOthersMayWriteAreRefused) {
-    const world host("kestrel");
+TEST_F(AnswerFiles, ThatOthersMayWriteAreRefused) {
     write_file("answers", "domain example.org\n");
     for (const mode_t mode : {0664U, 0646U}) {
         ::chmod("answers", mode);
@@ -172,8 +171,7 @@ TEST(AnswerFiles, ThatOthersMayWriteAreRefused) {
     expect_refusals(host, {{"install @/answers", "@/answers: it belongs to another user\n"}});
 }
 
-TEST(AnswerFiles, ThatASettingsFileWouldReadOtherwiseAreRefused) {
-    const world host("kestrel");
+TEST_F(AnswerFiles, ThatASettingsFileWouldReadOtherwiseAreRefused) {
     const std::vector<std::pair<std::string, std::string>> files = {
         {std::string("domain a\0b\n", 11), "line 1 has a NUL byte\n"},
         {"# comment\ndomain\n", "line 2 has no value\n"},
@@ -189,8 +187,7 @@ TEST(AnswerFiles, ThatASettingsFileWouldReadOtherwiseAreRefused) {
     }
 }
 
-TEST(AnswerFiles, ThatAreNoPlainFilesOrTooLargeAreRefused) {
-    const world host("kestrel");
+TEST_F(AnswerFiles, ThatAreNoPlainFilesOrTooLargeAreRefused) {
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
     write_file("large", "domain example.org\n");
     std::filesystem::resize_file("large", (16 << 20) + 1);
@@ -200,14 +197,13 @@ TEST(AnswerFiles, ThatAreNoPlainFilesOrTooLargeAreRefused) {
                            {"install @/large", "@/large: File too large\n"}});
 }
 
-TEST(AnswerFiles, OfAHundredThousandLinesAreTaken) {
-    const world host("tanager");
+TEST_F(OspreyAnswerFiles, OfAHundredThousandLinesAreTaken) {
     std::string hosts = "restrict_hosts yes\nvlimg_dir " + host.path("html/vlimg") + "\n";
     for (int number = 0; number < 100000; number++) {
         hosts += "allow_host_login host" + std::to_string(number) + ".example\n";
     }
     write_file("answers", hosts);
     const wizard_run run = run_unattended(host, {"-q", "install", "@/answers"});
-    EXPECT_THAT(read_file("cgi-bin/tanager.ini"),
+    EXPECT_THAT(read_file("cgi-bin/osprey.ini"),
                 HasSubstr("\nallow_host_login host99999.example\n"));
 }

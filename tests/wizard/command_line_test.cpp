@@ -3,7 +3,7 @@
 #include "support/expected.h"
 #include "support/rows.h"
 #include "support/tree.h"
-#include "support/wizard_run.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <gtest/gtest.h>
@@ -29,10 +29,9 @@ struct command_line {
     int status = 0;
 };
 
-class CommandLine : public testing::Test {
+class CommandLine : public unpacked_test<kestrel> {
   protected:
-    static void check(const command_line &row) {
-        const world host("kestrel");
+    void check(const command_line &row) const {
         std::istringstream lines(row.lines);
         for (std::string argument; std::getline(lines, argument, '|');) {
             SCOPED_TRACE(argument);
@@ -58,14 +57,12 @@ const std::vector<command_line> command_lines = {
 const int registered = register_rows<CommandLine>(command_lines);
 
 TEST_F(CommandLine, ASecondArgumentIsTooMany) {
-    const world host("kestrel");
     EXPECT_EQ(run_wizard(host, {"-version", "-version"}, {}).transcript,
               too_many + std::string(argument_help) + pause);
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"), std::string(started) + too_many);
 }
 
 TEST_F(CommandLine, MissingHelpFileIsReported) {
-    const world host("kestrel");
     shell("rm dist/vsetup.hlp");
     EXPECT_EQ(run_wizard(host, {"help"}, {}).transcript, "Error: Help file not found\n\n");
     EXPECT_EQ(shown_log(host, "dist/gxsetup.log"),
@@ -73,20 +70,17 @@ TEST_F(CommandLine, MissingHelpFileIsReported) {
 }
 
 TEST_F(CommandLine, EndOfInputEndsEveryPause) {
-    const world host("kestrel");
     run_wizard(host, {"-version"}, typed(""));
     run_wizard(host, {"-version", "-version"}, typed(""));
 }
 
 TEST_F(CommandLine, DebugRunsTheWizardWithEveryLogLine) {
-    const world host("kestrel");
     const wizard_run run = run_wizard(host, {"-DEBUG"}, quit_at_the_menu);
     EXPECT_EQ(run.transcript, welcome + menu("kestrel") + goodbye);
     expect_kept("log", shown_log_without(host, "dist/gxsetup.log", {"INI: "}));
 }
 
 TEST_F(CommandLine, EveryRunStartsALogAndKeepsTwoOlderOnes) {
-    const world host("kestrel");
     run_wizard(host, {"first"}, {}, {.status = 1});
     run_wizard(host, {"-version", "second"}, {});
     run_wizard(host, {"-version"}, {});

@@ -50,17 +50,17 @@ struct failing_install {
     bool is_by_ordinary_user = false;
 };
 
-class failing_install_test : public testing::Test {
-  protected:
-    // Checks that an install failed and ended so; the two offers were declined.
-    static void expect_unsuccessful(const wizard_run &run) {
-        EXPECT_THAT(run.transcript, HasSubstr(rule + "Installation unsuccessful.\n"));
-        EXPECT_THAT(run.transcript,
-                    EndsWith(rule + "install unsuccessful\n\n.\n" + quit_at_a_question));
-        // The next run offers the upgrade all the same.
-        EXPECT_THAT(read_file("dist/gxsetup.dat"), HasSubstr("\naction upgrade\n"));
-    }
+// Checks that an install failed and ended so; the two offers were declined.
+void expect_unsuccessful(const wizard_run &run) {
+    EXPECT_THAT(run.transcript, HasSubstr(rule + "Installation unsuccessful.\n"));
+    EXPECT_THAT(run.transcript,
+                EndsWith(rule + "install unsuccessful\n\n.\n" + quit_at_a_question));
+    // The next run offers the upgrade all the same.
+    EXPECT_THAT(read_file("dist/gxsetup.dat"), HasSubstr("\naction upgrade\n"));
+}
 
+class FailingInstall : public testing::Test {
+  protected:
     static void check(const failing_install &row) {
         const world host(row.product);
         shell(row.preparation);
@@ -73,44 +73,44 @@ class failing_install_test : public testing::Test {
     }
 };
 
-using Failures = failing_install_test;
-using Permissions = failing_install_test;
-
 const std::vector<failing_install> failing_installs = {
-    {"Failures.MissingSampleIniIsReported", "kestrel", flat_install, "rm dist/kestrel.ini",
+    {"FailingInstall.MissingSampleIniIsReported", "kestrel", flat_install, "rm dist/kestrel.ini",
      "Error: Can't open kestrel.ini\n"},
-    {"Failures.MissingSampleOfTheWmlPartLeavesTheProductsOwn", "kestrel", wml_install,
+    {"FailingInstall.MissingSampleOfTheWmlPartLeavesTheProductsOwn", "kestrel", wml_install,
      "rm dist/merlin.ini", "Error: Can't open merlin.ini\n"},
-    {"Failures.SourceThatCannotBeReadIsReportedAndTheRestCopied", "tanager", set_install,
+    {"FailingInstall.SourceThatCannotBeReadIsReportedAndTheRestCopied", "tanager", set_install,
      "ln -sf nowhere dist/manuals/index.html",
      "Error: Can't copy ./manuals/index.html: No such file or directory\n"},
-    {"Failures.PipeIsNotWaitedFor", "tanager", set_install,
+    {"FailingInstall.PipeIsNotWaitedFor", "tanager", set_install,
      "rm dist/manuals/index.html; mkfifo dist/manuals/pipe",
      "Error: Can't copy ./manuals/pipe: Invalid argument\n"},
-    {"Failures.FileWhereTheImagesDirectoryShouldBeIsReportedForEachPicture", "kestrel",
+    {"FailingInstall.FileWhereTheImagesDirectoryShouldBeIsReportedForEachPicture", "kestrel",
      flat_install, "echo in the way >html/vlimg",
      "Error: Can't write to \"@/html/vlimg/logo.gif\": Not a directory\n"},
-    {"Failures.DirectoryWhereTheProgramShouldBeIsReported", "kestrel", wml_install,
+    {"FailingInstall.DirectoryWhereTheProgramShouldBeIsReported", "kestrel", wml_install,
      "mkdir cgi-bin/merlin.cgi",
      "Error: Can't write to \"@/cgi-bin/merlin.cgi\": Is a directory\n"},
-    {"Failures.DirectoryWhereTheIniShouldBeIsReported", "kestrel", flat_install,
+    {"FailingInstall.DirectoryWhereTheIniShouldBeIsReported", "kestrel", flat_install,
      "mkdir cgi-bin/kestrel.ini; touch cgi-bin/kestrel.ini/full",
      "Error: Can't open @/cgi-bin/kestrel.ini\n"},
-    {"Permissions.UnreadableSourceIsReportedAndTheRestCopied", "tanager", set_install,
+    {"FailingInstall.UnreadableSourceIsReportedAndTheRestCopied", "tanager", set_install,
      "chmod 0 dist/manuals/index.html",
      "Error: Can't copy ./manuals/index.html: Permission denied\n", true},
-    {"Permissions.ProgramsDirectoryThatMayNotBeWrittenFailsTheInstall", "kestrel", flat_install,
+    {"FailingInstall.ProgramsDirectoryThatMayNotBeWrittenFailsTheInstall", "kestrel", flat_install,
      "chmod 555 cgi-bin", "Error: Can't write to \"@/cgi-bin/kestrel.cgi\": Permission denied\n",
      true},
-    {"Permissions.IniThatMayNotBeWrittenStaysAsItWas", "kestrel", flat_install,
+    {"FailingInstall.IniThatMayNotBeWrittenStaysAsItWas", "kestrel", flat_install,
      "echo old 1 >cgi-bin/kestrel.ini; chmod 444 cgi-bin/kestrel.ini",
      "Error: Can't open @/cgi-bin/kestrel.ini\n", true},
 };
 
-const int registered = register_rows<failing_install_test>(failing_installs);
+const int registered = register_rows<FailingInstall>(failing_installs);
+
+using Failures = unpacked_test<kestrel>;
+using Permissions = Failures;
+using Places = Failures;
 
 TEST_F(Failures, ProgramThatIsAPipeIsNotWaitedForEither) {
-    const world host("kestrel");
     shell("rm dist/kestrel.cgi; mkfifo dist/kestrel.cgi; chmod 777 dist/kestrel.cgi");
     const wizard_run run = run_wizard(host, {}, flat_install + answering("What version", "9"));
     EXPECT_THAT(steps_of(run), EndsWith("\nCopying cgi files"
@@ -122,28 +122,27 @@ TEST_F(Failures, ProgramThatIsAPipeIsNotWaitedForEither) {
 }
 
 TEST_F(Failures, ErrorIsReadAsAFormatOnceMoreForTheLog) {
-    const world host("tanager");
-    std::filesystem::create_symlink("nowhere", "dist/manuals/%s%n%d%%");
-    EXPECT_THAT(run_wizard(host, {}, set_install).transcript,
-                HasSubstr("Error: Can't copy ./manuals/%s%n%d%%: No such file or directory\n"));
+    std::filesystem::create_symlink("nowhere", "dist/tpl/%s%n%d%%.tpl");
+    EXPECT_THAT(run_wizard(host, {}, flat_install).transcript,
+                HasSubstr("Error: Can't copy ./tpl/%s%n%d%%.tpl: No such file or directory\n"));
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
-                HasSubstr("Error: Can't copy ./manuals/<NULL>%n0%: No such file or directory\n"));
+                HasSubstr("Error: Can't copy ./tpl/<NULL>%n0%.tpl: No such file or directory\n"));
 }
 
 TEST_F(Failures, MissingTemplateSetsDoNotFailTheInstall) {
-    const world host("osprey");
+    const world with_sets("osprey");
     shell("rm -r dist/tpl dist/img");
-    const wizard_run run = run_wizard(host, {}, set_install);
+    const wizard_run run = run_wizard(with_sets, {}, set_install);
     expect_kept("steps", steps_of(run));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
-    EXPECT_THAT(shown_file(host, "cgi-bin/osprey.ini"),
+    EXPECT_THAT(shown_file(with_sets, "cgi-bin/osprey.ini"),
                 AllOf(HasSubstr("\ntemplates @/spool/osprey\n"), Not(HasSubstr("\ntpl_set "))));
 }
 
 TEST_F(Failures, TemplatesDirectoryThatCannotBeMadeFailsTheInstall) {
-    const world host("tanager");
+    const world with_sets("tanager");
     add_file("spool/tanager", "in the way");
-    const wizard_run run = run_wizard(host, {}, set_install);
+    const wizard_run run = run_wizard(with_sets, {}, set_install);
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation unsuccessful.\n"));
     EXPECT_THAT(
         run.transcript,
@@ -158,7 +157,6 @@ TEST_F(Failures, FullDiskIsReportedAndTheOldIniStays) {
     if (!can_mount()) {
         GTEST_SKIP() << "only root may mount a small disk";
     }
-    const world host("kestrel");
     const std::string disk = host.path("cgi-bin");
     const std::string program = "dist/kestrel.cgi";
     add_script(program, "echo Version: v3.2a\nexit 0\n" + std::string(20000, '#') + "\n");
@@ -175,7 +173,6 @@ TEST_F(Failures, FullDiskIsReportedAndTheOldIniStays) {
 }
 
 TEST_F(Failures, LogThatCannotBeWrittenDoesNotStopTheInstall) {
-    const world host("kestrel");
     for (const char *name : {"gxsetup.log", "gxsetup1.log", "gxsetup2.log"}) {
         add_file(std::string("dist/") + name + "/full", "");
     }
@@ -191,7 +188,6 @@ TEST_F(Failures, FullDiskIsSaidAtEachLineOfTheLog) {
     if (!can_mount()) {
         GTEST_SKIP() << "only root may mount a small disk";
     }
-    const world host("kestrel");
     const std::string disk = host.path("dist");
     const auto fill_disk = [disk] {
         mount_small_disk(disk, "4k");
@@ -206,8 +202,7 @@ TEST_F(Failures, FullDiskIsSaidAtEachLineOfTheLog) {
 }
 
 // Checks that an install goes on whatever `prepare` does to its streams.
-void expect_blind_install(const std::function<void()> &prepare) {
-    const world host("kestrel");
+void expect_blind_install(const world &host, const std::function<void()> &prepare) {
     const wizard_run run = run_wizard(host, {}, blind_install, {.prepare = prepare});
     EXPECT_EQ(run.transcript, "");
     EXPECT_EQ(tree_of("cgi-bin"), "0770 cgi-bin/kestrel.cgi\n"
@@ -218,7 +213,7 @@ void expect_blind_install(const std::function<void()> &prepare) {
 }
 
 TEST_F(Failures, OutputThatNobodyReadsDoesNotStopTheInstall) {
-    expect_blind_install([] {
+    expect_blind_install(host, [] {
         std::array<int, 2> ends{};
         ASSERT_EQ(::pipe(ends.data()), 0);
         ::dup2(ends[1], STDOUT_FILENO);
@@ -228,15 +223,14 @@ TEST_F(Failures, OutputThatNobodyReadsDoesNotStopTheInstall) {
 }
 
 TEST_F(Failures, FullOutputDoesNotStopTheInstall) {
-    expect_blind_install([] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+    expect_blind_install(host, [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); });
 }
 
 TEST_F(Failures, ClosedOutputDoesNotStopTheInstall) {
-    expect_blind_install([] { ::close(STDOUT_FILENO); });
+    expect_blind_install(host, [] { ::close(STDOUT_FILENO); });
 }
 
 TEST_F(Failures, ClosedOutputDoesNotStopStampingOrRemoval) {
-    const world host("kestrel");
     const run_place place = {.prepare = [] { ::close(STDOUT_FILENO); }};
     run_wizard(host, {}, flat_install);
     const console_script stamping = typed("@/dist/tpl\nset\n1\n@/dist/tpl\n\n");
@@ -249,14 +243,12 @@ TEST_F(Failures, ClosedOutputDoesNotStopStampingOrRemoval) {
 }
 
 TEST_F(Failures, ClosedInputIsTheEndOfInput) {
-    const world host("kestrel");
     const wizard_run run =
         run_wizard(host, {}, blind_install, {.prepare = [] { ::close(STDIN_FILENO); }});
     EXPECT_EQ(run.transcript, welcome + menu("kestrel") + quit_at_a_question);
 }
 
 TEST_F(Failures, AllStreamsClosedLeavesEveryFileAsItShouldBe) {
-    const world host("kestrel");
     const wizard_run run = run_wizard(host, {}, typed(""), {.prepare = [] {
                                           for (int stream = 0; stream <= 2; stream++) {
                                               ::close(stream);
@@ -269,7 +261,6 @@ TEST_F(Failures, AllStreamsClosedLeavesEveryFileAsItShouldBe) {
 }
 
 TEST_F(Permissions, DistributionThatMayNotBeWrittenHasNoLogAndNoVersion) {
-    const world host("kestrel");
     shell("chmod 555 dist");
     const wizard_run run = run_wizard(host, {}, quit_at_the_menu + answering("What version", "7"),
                                       as_ordinary_user(host));
@@ -281,7 +272,6 @@ TEST_F(Permissions, DistributionThatMayNotBeWrittenHasNoLogAndNoVersion) {
 }
 
 TEST_F(Permissions, FilesOfAnInstallWithoutRootStayTheUsersOwn) {
-    const world host("kestrel");
     const wizard_run run = run_wizard(host, {}, flat_install, as_ordinary_user(host));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
     struct stat templates {};
@@ -297,8 +287,6 @@ TEST_F(Permissions, FilesOfAnInstallWithoutRootStayTheUsersOwn) {
 // There is nothing to clean up then.
 const console_script into_the_distribution = {{"Directory for templates", "@/dist"},
                                               {"original templates", "no"}};
-
-using Places = unpacked_test<kestrel>;
 
 TEST_F(Places, InstallingWhereTheDistributionLiesDeletesNothing) {
     const wizard_run run = run_wizard(host, {}, into_the_distribution);

@@ -12,11 +12,14 @@ class unpacked_test : public testing::Test {
     const world host{product};
 };
 
-// Release 3.1 is installed and 3.2 unpacked over it.
-template <const char *product>
+inline constexpr char no[] = "no";
+inline constexpr char yes[] = "yes";
+
+// Release 3.1 is installed, with the WML part or without it, and 3.2 unpacked over it.
+template <const char *product, const char *wml = no>
 class upgraded_test : public testing::Test {
   protected:
-    const upgrade_world host{product};
+    const upgrade_world host{product, wml};
 };
 
 inline constexpr char kestrel[] = "kestrel";

@@ -4,7 +4,7 @@
 
 #include "support/expected.h"
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
@@ -45,8 +45,10 @@ void expect_there(const std::vector<std::string> &paths) {
 // The log of a run at debug level, in which every path and answer is formatted.
 const std::vector<std::string> debug = {"-debug"};
 
-TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
-    const world host("kestrel");
+using Conversions = unpacked_test<kestrel>;
+using SetConversions = unpacked_test<tanager>;
+
+TEST_F(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
     add_program("dist/" + odd + ".cgi", "Version: v" + odd + "\n");
     add_file("dist/gxdflt.dat",
              host.meant(with_odd("ODD ODD\nop_system ODD\nlog_lvl ODD\ncgi_name ODD\nwml_name ODD\n"
@@ -82,8 +84,7 @@ TEST(Conversions, InNamesAndSettingsOfAFlatProductAreText) {
                       holds("Info:  created directory \"@/spool/ODD\"\n")));
 }
 
-TEST(Conversions, InSettingsOfTheProductAreText) {
-    const world host("kestrel");
+TEST_F(Conversions, InSettingsOfTheProductAreText) {
     add_program("dist/" + odd + ".cgi", "Version: v1\n");
     add_answers(host, "dist/gxdflt.dat",
                 with_odd("prod_name ODD\naction ODD\ncgi_path @/cgi-bin\nvlimg_dir @/html\n"
@@ -95,8 +96,7 @@ TEST(Conversions, InSettingsOfTheProductAreText) {
                                   menu(odd, "1", odd, odd) + goodbye);
 }
 
-TEST(Conversions, InNamesOfSetsAreText) {
-    const world host("tanager");
+TEST_F(SetConversions, InNamesOfSetsAreText) {
     shell_with_odd(host, "for set in tpl img wap; do\n"
                          "rm -r dist/$set; mkdir -p dist/$set/ODD dist/$set/common\n"
                          "echo own >dist/$set/ODD/ODD; echo common >dist/$set/common/ODD.dat\n"
@@ -125,8 +125,8 @@ TEST(Conversions, InNamesOfSetsAreText) {
                   "spool/ODD/man/ODD.html", "spool/ODD/originals/tpl/ODD/ODD"});
 }
 
-TEST(Conversions, InHeadersOfTemplatesAreText) {
-    const upgrade_world host("kestrel");
+TEST_F(Conversions, InHeadersOfTemplatesAreText) {
+    install_31_and_unpack_32(host);
     const std::string header = "||header: modified=MODIFIED tpl_set=ODD tpl_version=ODD";
     add_file("spool/kestrel/" + odd + ".tpl",
              with_odd(replaced(header, "MODIFIED", "true") + "||\nold\n"));
@@ -140,8 +140,7 @@ TEST(Conversions, InHeadersOfTemplatesAreText) {
     EXPECT_THAT(read_file("spool/kestrel/" + odd + ".tpl"), EndsWith("old\n"));
 }
 
-TEST(Conversions, InThePathsOfARemovalAreText) {
-    const world host("kestrel");
+TEST_F(Conversions, InThePathsOfARemovalAreText) {
     shell_with_odd(host, "mkdir -p html/ODD spool/ODD/u_ODD; touch cgi-bin/ODD.cgi\n"
                          "echo ODD ODD >cgi-bin/ODD.ini; echo text >html/ODD/ODD.txt\n"
                          "echo picture >html/ODD/ODD.gif; echo template >spool/ODD/ODD.tpl\n"
@@ -161,8 +160,7 @@ TEST(Conversions, InThePathsOfARemovalAreText) {
                 holds("Error: Cannot remove @/html/LOGGED: Directory not empty\n"));
 }
 
-TEST(Conversions, InWhatIsStampedAreText) {
-    const world host("kestrel");
+TEST_F(Conversions, InWhatIsStampedAreText) {
     const std::string file = odd + "/" + odd + ".tpl";
     add_file(file, odd + "\n");
     run_wizard(host, {"-header"},
@@ -184,8 +182,7 @@ TEST(Conversions, InWhatIsStampedAreText) {
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"), holds("Info:  No files found in @/LOGGED\n"));
 }
 
-TEST(Conversions, InAFileOfDefaultsAreText) {
-    const world host("kestrel");
+TEST_F(Conversions, InAFileOfDefaultsAreText) {
     const console_script answers = {{"Version", odd},
                                     {"Product Name", odd},
                                     {"Operating System", odd},
@@ -206,8 +203,7 @@ TEST(Conversions, InAFileOfDefaultsAreText) {
                 holds("Error: cannot write to no/ODD/ODD.dat\n"));
 }
 
-TEST(Conversions, InTheEnvironmentAndTheProgramsNameAreNotRead) {
-    const world host("kestrel");
+TEST_F(Conversions, InTheEnvironmentAndTheProgramsNameAreNotRead) {
     run_place place = {.wrapper = {"/bin/bash", "-c", "exec -a '" + odd + "' \"$@\"", "bash"},
                        .settings = {{"PATH", "/usr/bin:/bin:" + odd}}};
     for (const char *name : {"HOME", "USER", "LOGNAME", "TERM", "LANG", "LC_ALL", "TMPDIR", "PWD",

@@ -35,8 +35,8 @@ std::string first_of(std::string_view answers, std::size_t count) {
 
 // --- Screens ---
 
-using Questions = dialogue_test;
-using OddAnswers = dialogue_test;
+using Questions = dialogue_test<unpacked_test<kestrel>>;
+using OddAnswers = Questions;
 using namespace std::string_literals;
 
 constexpr const char *cgi_question = "Webserver directory";
@@ -44,7 +44,7 @@ const std::string create_kestrel_site = "mkdir -p html/vlimg spool/kestrel\n";
 const std::string add_old_program = "echo echo Version: v1 >cgi-bin/kestrel.cgi\n";
 
 const std::vector<dialogue> dialogues = {
-    {"Questions.DirectoryThatMustExistIsCheckedAsTypedAndAsDefault", "kestrel", installed::nothing,
+    {"Questions.DirectoryThatMustExistIsCheckedAsTypedAndAsDefault",
      "echo cgi_path ./bin >dist/gxdflt.dat; echo templates @/spool/kestrel >>dist/gxdflt.dat",
      in_order({{cgi_question, ""},
                {cgi_question, "cgi-bin"},
@@ -53,35 +53,34 @@ const std::vector<dialogue> dialogues = {
                {cgi_question, "/"},
                {cgi_question, "@/dist/gxsetup"},
                {cgi_question, "q"}})},
-    {"Questions.HelpIsShownAndTheQuestionAskedAgain", "kestrel", installed::nothing, "",
+    {"Questions.HelpIsShownAndTheQuestionAskedAgain", "",
      in_order({{cgi_question, "?"},
                {cgi_question, ""},
                {"Directory for templates", "?"},
                {"Directory for templates", "q"}})},
-    {"Questions.WithoutHelpFileTheQuestionIsAskedAgain", "kestrel", installed::nothing,
-     "rm dist/vsetup.hlp", in_order({{cgi_question, "?"}, {cgi_question, "q"}}),
+    {"Questions.WithoutHelpFileTheQuestionIsAskedAgain", "rm dist/vsetup.hlp",
+     in_order({{cgi_question, "?"}, {cgi_question, "q"}}),
      std::string(cgi_prompt) + "Error: Help file not found\n\n" + cgi_prompt + quit_at_a_question},
-    {"Questions.OneCapitalNIsNoNo", "kestrel", installed::nothing, create_kestrel_site,
+    {"Questions.OneCapitalNIsNoNo", create_kestrel_site,
      in_order({{"merlin cgi", "N"},
                {"merlin cgi", "maybe"},
                {"merlin cgi", " yes"},
                {"merlin cgi", "no "},
                {"merlin cgi", "No"},
                {"change any", "q"}})},
-    {"Questions.ImagesDirectoryMustNotBeTheTemplatesDirectory", "kestrel", installed::nothing,
-     "mkdir spool/kestrel",
+    {"Questions.ImagesDirectoryMustNotBeTheTemplatesDirectory", "mkdir spool/kestrel",
      in_order({{"Directory for .gif", "@/spool/kestrel"},
                {"Directory for .gif", "@/spool/kestrel"},
                {"Directory for .gif", "@/spool/kestrel/"},
                {"Relative URL", "q"}})},
-    {"Questions.OldProgramOffersTheUpgradeByDefault", "kestrel", installed::nothing,
-     add_old_program, answering("upgrade questions", "q"),
+    {"Questions.OldProgramOffersTheUpgradeByDefault", add_old_program,
+     answering("upgrade questions", "q"),
      "\ngxsetup has found an old version of kestrel in this directory"
      "\nDo you want to switch to the upgrade questions [YES]? " +
          quit_at_a_question},
-    {"Questions.OldProgramOffersTheUpgrade", "kestrel", installed::nothing, add_old_program,
+    {"Questions.OldProgramOffersTheUpgrade", add_old_program,
      answering("replace the old templates", "q")},
-    {"Questions.SavedAnswersOfTheOldInstallationAreLoadedOnce", "kestrel", installed::nothing,
+    {"Questions.SavedAnswersOfTheOldInstallationAreLoadedOnce",
      add_old_program + "mkdir -p html/vlimg spool/old\n"
                        "echo cgi_path @/cgi-bin >dist/gxsetup.dat\n"
                        "echo templates @/spool/kestrel >>dist/gxsetup.dat\n"
@@ -89,10 +88,10 @@ const std::vector<dialogue> dialogues = {
                        "echo templates @/spool/older >spool/old/gxsetup.dat",
      answering("upgrade questions", "no") + answering("Directory for templates", "q"),
      "\nDirectory for templates [@/spool/old]? " + quit_at_a_question},
-    {"Questions.OldIniIsLoadedWithoutAnOldProgramToo", "kestrel", installed::nothing,
+    {"Questions.OldIniIsLoadedWithoutAnOldProgramToo",
      "echo templates @/spool/old >cgi-bin/kestrel.ini", answering("Directory for templates", "q"),
      cgi_prompt + ("\nDirectory for templates [@/spool/old]? " + quit_at_a_question)},
-    {"Questions.SecondPassOffersTheAnswersOfTheFirst", "kestrel", installed::nothing,
+    {"Questions.SecondPassOffersTheAnswersOfTheFirst",
      create_kestrel_site + "mkdir spool/mail html/mail",
      in_order({{"Directory for templates", "@/spool/mail"},
                {"Directory for .gif", "@/html/mail"},
@@ -104,13 +103,13 @@ const std::vector<dialogue> dialogues = {
                {"Relative URL", "/other"},
                {"domain name", "other.test"},
                {"change any", "q"}})},
-    {"Questions.SecondPassLooksForNoOldProgram", "kestrel", installed::nothing,
+    {"Questions.SecondPassLooksForNoOldProgram",
      create_kestrel_site + add_old_program + "echo templates @/spool/kestrel >cgi-bin/kestrel.ini",
      in_order({{"upgrade questions", "no"},
                {"domain name", "other.test"},
                {"change any", "yes"},
                {"domain name", "q"}})},
-    {"OddAnswers.NulByteEndsTheAnswer", "kestrel", installed::nothing, create_kestrel_site,
+    {"OddAnswers.NulByteEndsTheAnswer", create_kestrel_site,
      answering("domain name", "site.test\0.com"s) + answering("pop host", "\0"s) +
          answering("smtp host", "q"),
      "\nWhat is the name of your pop host [mail.site.test]? "
@@ -118,7 +117,7 @@ const std::vector<dialogue> dialogues = {
          quit_at_a_question},
 };
 
-const int registered = register_rows<dialogue_test>(dialogues);
+const int registered = register_rows<Questions>(dialogues);
 
 // --- The end of a session ---
 
@@ -168,13 +167,12 @@ INSTANTIATE_TEST_SUITE_P(Products, EveryQuestion, testing::Values("kestrel", "ta
 TEST_F(Questions, EndOfInputInMidAnswerIsTheEndOfTheAnswer) {
     const std::string script = "1\n\n\n\n/u\nd.test\np\ns\nno\nno\nno\nno\n\n";
     for (std::size_t length = 0; length <= script.size(); length++) {
-        const world host("kestrel");
-        run_wizard(host, {}, typed(script.substr(0, length)));
+        const world fresh("kestrel");
+        run_wizard(fresh, {}, typed(script.substr(0, length)));
     }
 }
 
 TEST_F(Questions, QuittingAfterTheInstallLeavesTheFilesButSavesNoAnswers) {
-    const world host("kestrel");
     const wizard_run run = run_wizard(host, {}, {{"original templates", "Q"}});
     EXPECT_THAT(run.transcript, EndsWith("/originals\" [YES]? " + quit_at_a_question));
     EXPECT_TRUE(is_there("cgi-bin/kestrel.ini"));
@@ -183,7 +181,6 @@ TEST_F(Questions, QuittingAfterTheInstallLeavesTheFilesButSavesNoAnswers) {
 }
 
 TEST_F(Questions, TrailingSlashOfADirectoryIsKept) {
-    const world host("kestrel");
     shell(create_kestrel_site);
     run_wizard(host, {},
                no_to_both + console_script{{"Webserver directory", "@/cgi-bin/"},
@@ -198,8 +195,8 @@ TEST_F(Questions, TrailingSlashOfADirectoryIsKept) {
 TEST_F(Questions, EveryFormOfYesAndNoIsTaken) {
     for (const std::string answer :
          {"y", "Y", "yes", "YES", "yEs", "y\r", "n", "no", "NO", "nO", "no\r"}) {
-        const world host("kestrel");
-        run_wizard(host, {}, no_to_both + answering("merlin cgi", answer));
+        const world fresh("kestrel");
+        run_wizard(fresh, {}, no_to_both + answering("merlin cgi", answer));
         EXPECT_THAT(
             read_file("dist/gxsetup.dat"),
             HasSubstr(answer[0] == 'y' || answer[0] == 'Y' ? "\nwml TRUE\n" : "\nwml FALSE\n"))
@@ -208,7 +205,6 @@ TEST_F(Questions, EveryFormOfYesAndNoIsTaken) {
 }
 
 TEST_F(Questions, DecliningTheUpgradeOffersTheOldInstallationsAnswers) {
-    const world host("kestrel");
     shell("mkdir -p html/vlimg html/old spool/old/manuals spool/old/bulletins");
     add_program("cgi-bin/kestrel.cgi", "Version: v1\n");
     add_answers(host, "cgi-bin/kestrel.ini", "templates @/spool/old\ndomain ini.test\n");
@@ -220,10 +216,10 @@ TEST_F(Questions, DecliningTheUpgradeOffersTheOldInstallationsAnswers) {
 }
 
 TEST_F(Questions, SecondPassNumbersTheSetsAnewAndKeepsTheHosts) {
-    const world host("tanager");
+    const world with_sets("tanager");
     const set_numbers numbers("dist/tpl");
     shell("mkdir -p html/vlimg spool/tanager/manuals spool/tanager/bulletins");
-    run_wizard(host, {},
+    run_wizard(with_sets, {},
                in_order({{"Directory for templates", "@/spool/first"},
                          {"Directory for .gif", "@/html/vlimg"},
                          {"IMAP hosts", "yes\na.test\n."},
@@ -234,14 +230,13 @@ TEST_F(Questions, SecondPassNumbersTheSetsAnewAndKeepsTheHosts) {
                          {"IMAP hosts", "yes\nb.test\n."},
                          {"original templates", "no"},
                          {"temporary files", "no"}}));
-    expect_kept("tanager.ini", numbers.named(shown_file(host, "cgi-bin/tanager.ini")));
+    expect_kept("tanager.ini", numbers.named(shown_file(with_sets, "cgi-bin/tanager.ini")));
     EXPECT_FALSE(is_there("spool/first"));
 }
 
 // --- Answers that are hardly answers ---
 
 TEST_F(OddAnswers, LongLineAnswersTheQuestionsInPieces) {
-    const world host("kestrel");
     shell(create_kestrel_site);
     const std::string yes_or_no = "\nDo you want to install/upgrade the merlin cgi [NO]? ";
     std::string expected = "\nWhat is the name of your pop host [mail." + std::string(506, 'a') +
@@ -258,7 +253,6 @@ TEST_F(OddAnswers, LongLineAnswersTheQuestionsInPieces) {
 }
 
 TEST_F(OddAnswers, LongLineAtADirectoryQuestionIsRefusedPieceByPiece) {
-    const world host("kestrel");
     std::string expected = cgi_prompt + ("/" + std::string(510, 'a')) +
                            " does not exist... please enter a valid directory\n";
     for (int rest = 0; rest < 19; rest++) {
@@ -270,7 +264,6 @@ TEST_F(OddAnswers, LongLineAtADirectoryQuestionIsRefusedPieceByPiece) {
 }
 
 TEST_F(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
-    const world host("kestrel");
     const std::string directory =
         host.path("spool/") + std::string(200, 'b') + "/" + std::string(200, 'c') + "/";
     const std::string longest = directory + std::string(505 - directory.size(), 'd');
@@ -285,7 +278,6 @@ TEST_F(OddAnswers, TooLongTemplatesDirectoryFailsTheInstallAndHarmsNothing) {
 }
 
 TEST_F(OddAnswers, BlanksAndBytesOfNoEncodingAreKept) {
-    const world host("kestrel");
     const std::string directory = "spool/two  words \xff\xfe";
     run_wizard(host, {}, no_to_both + answering("Directory for templates", "@/" + directory));
     EXPECT_TRUE(is_there(directory + "/index.tpl"));
@@ -300,7 +292,6 @@ TEST_F(OddAnswers, BlanksAndBytesOfNoEncodingAreKept) {
 }
 
 TEST_F(OddAnswers, YesAtADirectoryQuestionIsStoredAsTrueAndStopsTheInstall) {
-    const world host("kestrel");
     std::filesystem::create_directories("html/vlimg");
     const wizard_run run = run_wizard(host, {}, {{"Directory for templates", "yes"}});
     EXPECT_THAT(
@@ -317,11 +308,11 @@ TEST_F(OddAnswers, YesAtADirectoryQuestionIsStoredAsTrueAndStopsTheInstall) {
 
 TEST_F(OddAnswers, YesAtTheOtherDirectoryQuestionsStopsTheInstallToo) {
     for (const std::string question : {"manual files", "bulletin files", ".gif"}) {
-        const world host("tanager");
+        const world with_sets("tanager");
         const console_script answers = {{"Directory for templates", "@/spool/t"},
                                         {"Directory for " + question, "yes"}};
         const wizard_run run =
-            run_wizard(host, {}, question == ".gif" ? answers : images_here + answers);
+            run_wizard(with_sets, {}, question == ".gif" ? answers : images_here + answers);
         EXPECT_EQ(run.transcript.find("Copying"), std::string::npos) << run.transcript;
         EXPECT_THAT(run.transcript, HasSubstr("\ninstall unsuccessful\n"));
         EXPECT_TRUE(is_there("spool/t"));

@@ -3,14 +3,12 @@
 #include "support/expected.h"
 #include "support/rows.h"
 #include "support/tree.h"
-#include "wizard/releases.h"
+#include "wizard/fixtures.h"
 #include "wizard/screens.h"
 
 #include <filesystem>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <sstream>
 
 namespace {
 
@@ -38,19 +36,16 @@ std::string site_tree(const world &host) {
 // or is a kept one where there are none.
 struct removal {
     const char *name;
-    const char *product;
     std::string preparation; // commands of the shell, "@" is the root
     console_script answers;
     const char *words;
     std::string end; // of the screen
-    const char *directories;
-    const char *wml = "no"; // whether it was installed
+    std::vector<std::string> directories;
 };
 
-class removal_test : public testing::Test {
+class Remove : public upgraded_test<kestrel> {
   protected:
-    static void check(const removal &row) {
-        const upgrade_world host(row.product, row.wml);
+    void check(const removal &row) const {
         shell(host.meant(row.preparation));
         const wizard_run run = run_wizard(host, {}, row.answers);
         EXPECT_EQ(run.errors, "");
@@ -58,32 +53,32 @@ class removal_test : public testing::Test {
         if (std::string_view(row.words).empty()) {
             expect_kept("screen", run.transcript);
         }
-        std::istringstream directories(row.directories);
-        expect_kept_tree(host, {std::istream_iterator<std::string>(directories), {}});
+        expect_kept_tree(host, row.directories);
     }
 };
 
-using Remove = removal_test;
-using RemoveKestrel = removal_test;
+using RemoveKestrel = upgraded_test<kestrel, yes>;
+using RemoveTanager = upgraded_test<tanager, yes>;
+using RemovePlover = upgraded_test<plover>;
+using RemoveOsprey = upgraded_test<osprey>;
 
 const std::string add_user = "mkdir spool/kestrel/u_ann; echo mail >spool/kestrel/u_ann/mail\n";
 const std::string successful = end_of("remove successful");
 const std::string unsuccessful = end_of("remove unsuccessful");
 const std::string rename_program = "mv cgi-bin/kestrel.cgi cgi-bin/mail.cgi";
-constexpr const char *site = "cgi-bin html spool";
+const std::vector<std::string> site = {"cgi-bin", "html", "spool"};
 const std::string &quit = quit_at_a_question;
 
 const std::vector<removal> removals = {
-    {"RemoveKestrel.YesToAllHoldsThisDialogue", "kestrel", add_user, yes_to_all, "", successful,
-     site, "yes"},
-    {"RemoveKestrel.NoToAllStillReportsTheImagesDirectoryAndRemovesNothing", "kestrel", "",
-     no_to_all, "", successful, site, "yes"},
-    {"RemoveKestrel.NoToTheImagesStillRemovesAnEmptyDirectory", "kestrel", "rm html/vlimg/*",
-     no_to_all, "[NO]? \n\nWhere is your work area", successful, "html"},
-    {"RemoveTanager.TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets", "tanager", "",
-     yes_to_all, "", successful, site, "yes"},
+    {"Remove.NoToTheImagesStillRemovesAnEmptyDirectory",
+     "rm html/vlimg/*",
+     no_to_all,
+     "[NO]? \n\nWhere is your work area",
+     successful,
+     {"html"}},
     // The files go by the name that was typed.
-    {"Remove.AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere", "kestrel", rename_program,
+    {"Remove.AWrongDirectoryIsAskedForTheProgramsNameUntilItIsThere",
+     rename_program,
      in_order({{"What do you want to do", "3"},
                {"please enter Q to quit\n?", "wrong"},
                {"please enter Q to quit\n?", ""},
@@ -91,53 +86,89 @@ const std::vector<removal> removals = {
                {"?", "mail"},
                {"Remove merlin CGI", "no"},
                {"old graphics", "q"}}),
-     "", quit, "cgi-bin"},
-    {"Remove.TheNameOfTheProgramLosesItsExtension", "kestrel", rename_program,
+     "",
+     quit,
+     {"cgi-bin"}},
+    {"Remove.TheNameOfTheProgramLosesItsExtension",
+     rename_program,
      keep_wml + answering("What do you want to do", "3") + answering("to quit\n?", "mail.cgi") +
          answering("old graphics", "q"),
-     "to quit\n? \nRemove kestrel CGI files", quit, "cgi-bin"},
-    {"Remove.ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories", "kestrel",
+     "to quit\n? \nRemove kestrel CGI files",
+     quit,
+     {"cgi-bin"}},
+    {"Remove.ProgramPatternsTakeEveryExtensionAndReachIntoSubdirectories",
      "cd cgi-bin; mkdir old mixed u_ann; touch kestrel.new kestrel.bak KESTREL.old kestrels.cgi "
      "other.cgi old/kestrel.cgi mixed/kestrel.ini mixed/keep u_ann/kestrel.cgi",
      removal_answers + keep_wml + keep_templates,
-     "Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n", unsuccessful, "cgi-bin"},
-    {"Remove.QuittingWhereTheProgramIsNotFoundLeavesEverything", "kestrel",
+     "Error: \nCannot remove @/cgi-bin/mixed: Directory not empty\n",
+     unsuccessful,
+     {"cgi-bin"}},
+    {"Remove.QuittingWhereTheProgramIsNotFoundLeavesEverything",
      "rm cgi-bin/kestrel.cgi",
      answering("What do you want to do", "3") + answering("enter Q to quit", "q"),
-     "please enter Q to quit\n? ", quit, "cgi-bin"},
-    {"Remove.TheWmlProgramIsAskedForWhateverWasInstalled", "kestrel", "", no_to_all,
-     "\nRemove merlin CGI files from @/cgi-bin [YES]? ", successful, "cgi-bin"},
+     "please enter Q to quit\n? ",
+     quit,
+     {"cgi-bin"}},
+    {"Remove.TheWmlProgramIsAskedForWhateverWasInstalled",
+     "",
+     no_to_all,
+     "\nRemove merlin CGI files from @/cgi-bin [YES]? ",
+     successful,
+     {"cgi-bin"}},
     // What is left does not fail the removal.
-    {"Remove.ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported", "kestrel",
+    {"Remove.ImagesGoByTheirExtensionsInSubdirectoriesTooAndTheRestIsReported",
      "cd html/vlimg; mkdir deep u_ann; touch LOUD.GIF keep.png deep/a.jpg deep/b.wav u_ann/c.gif",
-     no_to_all + take_images, ".......Error: Cannot remove @/html/vlimg: Directory not empty\n",
-     successful, "html"},
-    {"Remove.UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo", "kestrel", add_user,
-     removal_answers + keep_programs, "Error: Cannot remove @/spool/kestrel: Directory not empty\n",
-     successful, "spool"},
-    {"Remove.AWorkAreaInsideTheTemplatesOutlivesThem", "kestrel",
+     no_to_all + take_images,
+     ".......Error: Cannot remove @/html/vlimg: Directory not empty\n",
+     successful,
+     {"html"}},
+    {"Remove.UsersStayWithTheTemplatesDirectoryUnlessTheyAreToGo",
+     add_user,
+     removal_answers + keep_programs,
+     "Error: Cannot remove @/spool/kestrel: Directory not empty\n",
+     successful,
+     {"spool"}},
+    {"Remove.AWorkAreaInsideTheTemplatesOutlivesThem",
      "cd spool/kestrel; mkdir -p users/u_ann; echo mail >users/u_ann/mail; echo list "
      ">users/list.txt",
      removal_answers + keep_programs + answering("your work area", "@/spool/kestrel/users"),
-     "Error: Cannot remove @/spool/kestrel: Directory not empty\n", successful, "spool"},
-    {"Remove.UsersGoFromAWorkAreaElsewhereAndNothingElseThere", "kestrel",
+     "Error: Cannot remove @/spool/kestrel: Directory not empty\n",
+     successful,
+     {"spool"}},
+    {"Remove.UsersGoFromAWorkAreaElsewhereAndNothingElseThere",
      "mkdir -p spool/work/u_ann/deep; touch spool/work/u_ann/mail spool/work/u_ann/deep/mail\n"
      "echo a file >spool/work/u_x; echo notes >spool/work/notes",
-     no_to_all + take_users + answering("your work area", "@/spool/work"), "", successful,
-     "spool/work"},
-    {"Remove.WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched", "kestrel",
+     no_to_all + take_users + answering("your work area", "@/spool/work"),
+     "",
+     successful,
+     {"spool/work"}},
+    {"Remove.WhatTheOldIniNamesIsOfferedAndOnlyThatIsTouched",
      "mkdir spool/other; touch spool/other/a.tpl html/other.gif cgi-bin/other.cgi", yes_to_all,
      "\n[@/spool/kestrel]? ", successful, site},
-    {"Remove.TheAnswersSavedWithTheInstallationAreLoaded", "kestrel",
+    {"Remove.TheAnswersSavedWithTheInstallationAreLoaded",
      "echo workarea @/spool/saved >>spool/kestrel/gxsetup.dat",
-     removal_answers + keep_programs + answering("your work area", "q"), "[@/spool/saved]? ", quit,
-     "cgi-bin"},
+     removal_answers + keep_programs + answering("your work area", "q"),
+     "[@/spool/saved]? ",
+     quit,
+     {"cgi-bin"}},
 };
 
-const int registered = register_rows<removal_test>(removals);
+const int registered = register_rows<Remove>(removals);
+
+TEST_F(RemoveKestrel, YesToAllHoldsThisDialogue) {
+    shell(add_user);
+    expect_kept_run(host, run_wizard(host, {}, yes_to_all), site);
+}
+
+TEST_F(RemoveKestrel, NoToAllStillReportsTheImagesDirectoryAndRemovesNothing) {
+    expect_kept_run(host, run_wizard(host, {}, no_to_all), site);
+}
+
+TEST_F(RemoveTanager, TakesSetsManualsAndBulletinsFromTheDirectoryAboveTheSets) {
+    expect_kept_run(host, run_wizard(host, {}, yes_to_all), site);
+}
 
 TEST_F(RemoveKestrel, LeavesScriptsTheDistributionAndItsAnswersAndSavesNothing) {
-    const upgrade_world host("kestrel", "yes");
     const std::string distribution = tree_of(host, "dist/tpl") + tree_of(host, "dist/wap");
     const std::string answers_before = read_file("dist/gxsetup.dat");
     run_wizard(host, {}, yes_to_all);
@@ -146,8 +177,7 @@ TEST_F(RemoveKestrel, LeavesScriptsTheDistributionAndItsAnswersAndSavesNothing) 
     expect_kept("log", shown_log(host, "dist/gxsetup.log"));
 }
 
-TEST_F(RemoveKestrel, DebugLogNamesEachStep) {
-    const upgrade_world host("kestrel");
+TEST_F(Remove, DebugLogNamesEachStep) {
     add_file("spool/kestrel/u_x", "");
     run_wizard(host, {"-debug"}, no_to_all + take_users);
     const std::string log =
@@ -155,8 +185,7 @@ TEST_F(RemoveKestrel, DebugLogNamesEachStep) {
     expect_kept("log", log.substr(log.find("Debug: Case 4")));
 }
 
-TEST(RemovePlover, AfterAnUpgradeTakesBothReleasesWithListAndOriginals) {
-    const upgrade_world host("plover");
+TEST_F(RemovePlover, AfterAnUpgradeTakesBothReleasesWithListAndOriginals) {
     run_wizard(host, {}, {{"temporary files", "no"}});
     EXPECT_TRUE(is_there("spool/plover/tmptlist.txt"));
     EXPECT_TRUE(is_there("spool/plover/originals"));
@@ -166,8 +195,7 @@ TEST(RemovePlover, AfterAnUpgradeTakesBothReleasesWithListAndOriginals) {
     EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "spool"), "");
 }
 
-TEST(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
-    const upgrade_world host("osprey");
+TEST_F(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
     run_wizard(host, {},
                {{"replace the old templates", "yes"},
                 {"Where are the .gif", "@/html/vlimg"},
@@ -179,7 +207,6 @@ TEST(RemoveOsprey, AfterAnUpgradeNothingOfItIsLeft) {
 }
 
 TEST_F(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
-    const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(
         host, {}, no_to_all + take_users + answering("your work area", "@/spool/nowhere"));
     EXPECT_THAT(run.transcript,
@@ -190,7 +217,6 @@ TEST_F(Remove, AWorkAreaThatDoesNotExistHasNoUsers) {
 }
 
 TEST_F(Remove, RunFromInsideTheTemplatesItKeepsTheSetupItsLogsAndTheUsers) {
-    const upgrade_world host("kestrel");
     add_file("spool/kestrel/u_ann/mail", "mail\n");
     const wizard_run run =
         run_wizard(host, {}, keep_wml + take_images, {.directory = "spool/kestrel"});

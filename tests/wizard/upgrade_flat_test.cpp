@@ -65,25 +65,25 @@ std::vector<std::string> installed_texts(const std::string &directory) {
     return texts;
 }
 
-using UpgradeKestrel = dialogue_test;
+using UpgradeKestrel = dialogue_test<upgraded_test<kestrel>>;
+using UpgradeWithWml = upgraded_test<kestrel, yes>;
+using UpgradePlover = upgraded_test<plover>;
 
 const std::vector<dialogue> dialogues = {
-    {"UpgradeKestrel.WithNothingNewerNothingIsAskedListedOrWaitedFor", "kestrel",
-     installed::release_31, "cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl", no_to_both,
-     whole_screen, "dist/tmptlist.txt"},
-    {"UpgradeKestrel.WithoutInstalledTemplatesThatIsSaidAndNothingAsked", "kestrel",
-     installed::release_31, "rm spool/kestrel/*.tpl", no_to_both, whole_screen,
+    {"UpgradeKestrel.WithNothingNewerNothingIsAskedListedOrWaitedFor",
+     "cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl", no_to_both, whole_screen,
      "dist/tmptlist.txt"},
-    {"UpgradeKestrel.AListThatCannotBeOpenedSkipsTheConfirmationAlone", "kestrel",
-     installed::release_31, "mkdir dist/tmptlist.txt", newer_templates("no", "no")},
+    {"UpgradeKestrel.WithoutInstalledTemplatesThatIsSaidAndNothingAsked", "rm spool/kestrel/*.tpl",
+     no_to_both, whole_screen, "dist/tmptlist.txt"},
+    {"UpgradeKestrel.AListThatCannotBeOpenedSkipsTheConfirmationAlone", "mkdir dist/tmptlist.txt",
+     newer_templates("no", "no")},
 };
 
-const int registered = register_rows<dialogue_test>(dialogues);
+const int registered = register_rows<UpgradeKestrel>(dialogues);
 
 // --- Without replacing the templates ---
 
 TEST_F(UpgradeKestrel, EnterThroughoutHoldsThisDialogue) {
-    const upgrade_world host("kestrel");
     const std::string edited = read_file("spool/kestrel/edited.tpl");
     expect_kept_run(host, run_wizard(host, {}, {}));
     EXPECT_EQ(installed_texts("spool/kestrel"),
@@ -93,14 +93,12 @@ TEST_F(UpgradeKestrel, EnterThroughoutHoldsThisDialogue) {
 }
 
 TEST_F(UpgradeKestrel, SavedAnswersHoldTheUpgradeAndNoneOfTheOneRunAnswers) {
-    const upgrade_world host("kestrel");
     run_wizard(host, {}, {});
     expect_kept("gxsetup.dat", shown_file(host, "dist/gxsetup.dat"));
     EXPECT_EQ(read_file("spool/kestrel/gxsetup.dat"), read_file("dist/gxsetup.dat"));
 }
 
 TEST_F(UpgradeKestrel, ListHoldsWhatIsLeftInTheOrderOfTheDirectoryAndACopyIsInstalled) {
-    const upgrade_world host("kestrel");
     const std::string lines = in_listed_order("spool/kestrel", left_entries);
     run_wizard(host, {}, no_to_both);
     EXPECT_THAT(read_file("spool/kestrel/tmptlist.txt"), EndsWith("\n\n" + lines));
@@ -108,7 +106,6 @@ TEST_F(UpgradeKestrel, ListHoldsWhatIsLeftInTheOrderOfTheDirectoryAndACopyIsInst
 }
 
 TEST_F(UpgradeKestrel, DecliningTheViewStillOffersTheSafeReplacementAndWritesTheList) {
-    const upgrade_world host("kestrel");
     std::map<std::string, std::string> entries = left_entries;
     entries["clean.tpl"] = list_entry("clean.tpl", "1", "kst_s2 version 2.1");
     const std::string lines = in_listed_order("spool/kestrel", entries);
@@ -118,7 +115,6 @@ TEST_F(UpgradeKestrel, DecliningTheViewStillOffersTheSafeReplacementAndWritesThe
 }
 
 TEST_F(UpgradeKestrel, WithSafeTemplatesAloneTheListIsDeletedButThePauseComes) {
-    const upgrade_world host("kestrel");
     shell("cd spool/kestrel; rm edited.tpl moved.tpl");
     // Beside the new templates, the two that were missing are copied.
     expect_kept("steps", steps_of(run_wizard(host, {}, newer_templates("no", "yes"))));
@@ -128,7 +124,6 @@ TEST_F(UpgradeKestrel, WithSafeTemplatesAloneTheListIsDeletedButThePauseComes) {
 }
 
 TEST_F(UpgradeKestrel, ASafeTemplateThatWasDroppedFailsItsCopyAndTheUpgradeSucceeds) {
-    const upgrade_world host("kestrel");
     add_templates(host, "spool/kestrel", {{"dropped.tpl", "kst_s1", "1.9", "old dropped"}});
     shell("cd spool/kestrel; rm clean.tpl edited.tpl moved.tpl");
     expect_kept("screen", run_wizard(host, {}, newer_templates("no", "yes")).transcript);
@@ -139,13 +134,11 @@ TEST_F(UpgradeKestrel, ASafeTemplateThatWasDroppedFailsItsCopyAndTheUpgradeSucce
 }
 
 TEST_F(UpgradeKestrel, LogTellsEachStep) {
-    const upgrade_world host("kestrel");
     run_wizard(host, {}, {});
     expect_kept("log", shown_log(host, "dist/gxsetup.log"));
 }
 
 TEST_F(UpgradeKestrel, DebugLogNamesEachStep) {
-    const upgrade_world host("kestrel");
     run_wizard(host, {"-debug"}, {});
     expect_kept("log", shown_log_without(host, "dist/gxsetup.log",
                                          {"INI: ", "DoCopy[", "Wild finding", "Find all files",
@@ -155,7 +148,6 @@ TEST_F(UpgradeKestrel, DebugLogNamesEachStep) {
 // --- The .ini file ---
 
 TEST_F(UpgradeKestrel, TheNewIniLiesBesideTheOldOneWhichStays) {
-    const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "by hand");
     const std::string old = read_file("cgi-bin/kestrel.ini");
     run_wizard(host, {}, {});
@@ -168,7 +160,6 @@ TEST_F(UpgradeKestrel, TheNewIniLiesBesideTheOldOneWhichStays) {
 }
 
 TEST_F(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
-    const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "replace_ini TRUE");
     const wizard_run run = run_wizard(host, {}, replacing);
     EXPECT_THAT(run.transcript, HasSubstr("templates WILL be overwritten\n"
@@ -191,7 +182,6 @@ TEST_F(UpgradeKestrel, AnOldIniMayAskToBeReplaced) {
 }
 
 TEST_F(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
-    const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(host, {}, replacing + answering("merlin cgi", "yes"));
     // The WML set is what the .ini names, but only products with sets have a directory for it.
     EXPECT_THAT(steps_of(run),
@@ -203,8 +193,7 @@ TEST_F(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
 
 // --- Replacing the templates ---
 
-TEST(UpgradePlover, ReplacingCopiesTheTemplatesTwiceAndOverwritesEveryOne) {
-    const upgrade_world host("plover");
+TEST_F(UpgradePlover, ReplacingCopiesTheTemplatesTwiceAndOverwritesEveryOne) {
     const wizard_run run = run_wizard(host, {}, {{"replace the old templates", "yes"}});
     expect_kept_run(host, run, {"html"});
     EXPECT_EQ(installed_texts("spool/plover"),
@@ -212,13 +201,9 @@ TEST(UpgradePlover, ReplacingCopiesTheTemplatesTwiceAndOverwritesEveryOne) {
                                         "new moved", "new same"}));
     EXPECT_THAT(read_file("spool/plover/edited.tpl"), Not(HasSubstr("by hand")));
     EXPECT_FALSE(is_there("spool/plover/tmptlist.txt"));
-    // No sets are asked for: both stay as they were answered.
-    EXPECT_THAT(shown_file(host, "dist/gxsetup.dat"), HasSubstr("\ntemplates @/spool/plover\n"));
-    EXPECT_THAT(shown_file(host, "dist/gxsetup.dat"), HasSubstr("\nvlimg /vlimg\n"));
 }
 
-TEST(UpgradePlover, ListNamesItsOwnFamilyOfSets) {
-    const upgrade_world host("plover");
+TEST_F(UpgradePlover, ListNamesItsOwnFamilyOfSets) {
     std::filesystem::remove("spool/plover/moved.tpl");
     run_wizard(host, {}, newer_templates("no", "yes"));
     EXPECT_THAT(read_file("spool/plover/tmptlist.txt"),
@@ -229,7 +214,6 @@ TEST(UpgradePlover, ListNamesItsOwnFamilyOfSets) {
 // --- Where it runs, and what fails ---
 
 TEST_F(UpgradeKestrel, RunFromInsideTheInstallationItDoesNotOfferTheCleanUp) {
-    const upgrade_world host("kestrel");
     const wizard_run run = run_wizard(host, {},
                                       {{"replace the old templates", "yes"},
                                        {"Where are your template files", "@/dist"},
@@ -240,7 +224,6 @@ TEST_F(UpgradeKestrel, RunFromInsideTheInstallationItDoesNotOfferTheCleanUp) {
 }
 
 TEST_F(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
-    const upgrade_world host("kestrel");
     shell("rm dist/kestrel.ini; ln -sf nowhere dist/tpl/extra.gif");
     const wizard_run run = run_wizard(host, {}, newer_templates("no", "yes"));
     EXPECT_THAT(steps_of(run),
@@ -256,7 +239,6 @@ TEST_F(UpgradeKestrel, AFailedCopyIsReportedAndTheUpgradeGoesOn) {
 }
 
 TEST_F(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
-    const upgrade_world host("kestrel");
     edit_by_hand("cgi-bin/kestrel.ini", "install_dir nowhere");
     make_own("cgi-bin/kestrel.ini");
     const wizard_run run = run_wizard(host, {}, {{"replace the old templates", "yes"}});
@@ -265,8 +247,7 @@ TEST_F(UpgradeKestrel, OriginalsThatCannotBeMadeEndItWithoutThanks) {
 
 // --- With the WML part of the old release ---
 
-TEST_F(UpgradeKestrel, BothProgramsAreRenewedButAnOldWmlIniStays) {
-    const upgrade_world host("kestrel", "yes");
+TEST_F(UpgradeWithWml, BothProgramsAreRenewedButAnOldWmlIniStays) {
     const std::string old = read_file("cgi-bin/merlin.ini");
     expect_kept_run(host, run_wizard(host, {}, replacing), {"cgi-bin"});
     EXPECT_EQ(read_file("cgi-bin/merlin.ini"), old);
@@ -274,11 +255,10 @@ TEST_F(UpgradeKestrel, BothProgramsAreRenewedButAnOldWmlIniStays) {
     EXPECT_EQ(read_file("cgi-bin/kestrel.cgi"), read_file("dist/kestrel.cgi"));
 }
 
-TEST_F(UpgradeKestrel, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
+TEST_F(UpgradeWithWml, EveryNewFileBelongsToTheOwnerOfInstalledFiles) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root may give files away";
     }
-    const upgrade_world host("kestrel", "yes");
     shell("rm -r html/vlimg cgi-bin/merlin.ini");
     run_wizard(host, {}, {});
     EXPECT_EQ(not_owned("spool/kestrel"), "");

@@ -20,66 +20,70 @@ std::string templates_question(const std::string &offered) {
            "]? ";
 }
 
-using UpgradeQuestions = dialogue_test;
+using UpgradeSearch = dialogue_test<unpacked_test<kestrel>>;
+using UpgradeQuestions = dialogue_test<upgraded_test<kestrel>>;
+using UpgradeSetQuestions = dialogue_test<upgraded_test<tanager>>;
 
-const std::vector<dialogue> dialogues = {
-    {"UpgradeQuestions.WithoutOldProgramAYesSwitchesToTheInstall", "kestrel", installed::nothing,
-     "", upgrade + answering("install questions", "y") + answering("Webserver directory", "q")},
-    {"UpgradeQuestions.AnEmptyLineAtTheSwitchIsAskedAgain", "kestrel", installed::nothing, "",
+// Where the wizard has installed nothing.
+const std::vector<dialogue> searches = {
+    {"UpgradeSearch.WithoutOldProgramAYesSwitchesToTheInstall", "",
+     upgrade + answering("install questions", "y") + answering("Webserver directory", "q")},
+    {"UpgradeSearch.AnEmptyLineAtTheSwitchIsAskedAgain", "",
      in_order({{"What do you want to do", "2"},
                {"install questions", ""},
                {"install questions", ""},
                {"install questions", "q"}}),
      "\ninstall questions ? \ninstall questions ? \ninstall questions ? " + quit_at_a_question},
-    {"UpgradeQuestions.ANoAtTheSwitchIsANameThatIsDropped", "kestrel", installed::nothing,
-     "mkdir spool/kestrel",
+    {"UpgradeSearch.ANoAtTheSwitchIsANameThatIsDropped", "mkdir spool/kestrel",
      upgrade + answering("install questions", "no") + answering("template files", "q"),
      "install questions ? " + templates_question("@/spool/kestrel") + quit_at_a_question},
-    {"UpgradeQuestions.TheOldInstallationIsLookedForWhereItWasStoredNotWhereItIsAnswered",
-     "kestrel", installed::nothing,
+    {"UpgradeSearch.TheOldInstallationIsLookedForWhereItWasStoredNotWhereItIsAnswered",
      "mkdir cgi-new spool/stored spool/typed; touch cgi-bin/kestrel.cgi\n"
      "echo templates @/spool/stored >cgi-bin/kestrel.ini\n"
      "echo templates @/spool/typed >cgi-new/kestrel.ini",
      upgrade + answering("Where are the cgi files", "@/cgi-new") + answering("template files", "q"),
      "\n[@/cgi-bin]? " + templates_question("@/spool/stored") + quit_at_a_question},
-    {"UpgradeQuestions.AProgramWhereItIsAnsweredAloneIsNotFound", "kestrel", installed::nothing,
+    {"UpgradeSearch.AProgramWhereItIsAnsweredAloneIsNotFound",
      "mkdir cgi-new; touch cgi-new/kestrel.cgi",
      upgrade + answering("Where are the cgi", "@/cgi-new") + answering("install questions", "q")},
+};
+
+const std::vector<dialogue> dialogues = {
     {"UpgradeQuestions.TheAnswersSavedWithTheInstallationAreLoadedThoughTheSessionHasLoadedSome",
-     "kestrel", installed::release_31,
      "echo vlimg_dir @/html/saved >>spool/kestrel/gxsetup.dat\n"
      "echo vlimg_dir @/html/ini >>cgi-bin/kestrel.ini\n"
      "echo domain ini.test >>cgi-bin/kestrel.ini",
      answering("Where are the .gif", "q"), "\n[@/html/saved]? " + quit_at_a_question},
-    {"UpgradeQuestions.ASetProductIsOfferedItsOldWorkAreaForTheTemplates", "tanager",
-     installed::release_31, "", answering("template files (", "q"),
-     templates_question("@/spool/tanager") + quit_at_a_question},
     // The paths' texts are compared.
-    {"UpgradeQuestions.AnImagesDirectoryThatIsTheTemplatesIsRefusedUntilItDiffers", "kestrel",
-     installed::release_31, "",
+    {"UpgradeQuestions.AnImagesDirectoryThatIsTheTemplatesIsRefusedUntilItDiffers", "",
      in_order({{"Where are the .gif", "@/spool/kestrel"},
                {"Where are the .gif", "@/spool/kestrel"},
                {"Where are the .gif", "@/spool/./kestrel"},
                {"Relative URL", "q"}})},
     // There is no program in cgi-new, but it is not looked for.
-    {"UpgradeQuestions.ASecondPassLooksNothingUpAndOffersTheStoredUrl", "kestrel",
-     installed::release_31, "mkdir cgi-new",
+    {"UpgradeQuestions.ASecondPassLooksNothingUpAndOffersTheStoredUrl", "mkdir cgi-new",
      in_order({{"replace the old templates", "yes"},
                {"Where are the cgi", "@/cgi-new"},
                {"Relative URL", "/pictures"},
                {"merlin cgi", "yes"},
                {"change any", "yes"},
                {"change any", "q"}})},
-    {"UpgradeQuestions.TheInstallThatFindsAnOldProgramSwitchesHere", "kestrel",
-     installed::release_31, "",
+    {"UpgradeQuestions.TheInstallThatFindsAnOldProgramSwitchesHere", "",
      answering("What do you want to do", "1") + answering("upgrade questions", "yes") +
          answering("template files (", "q")},
 };
 
-const int registered = register_rows<dialogue_test>(dialogues);
+const std::vector<dialogue> set_dialogues = {
+    {"UpgradeSetQuestions.ASetProductIsOfferedItsOldWorkAreaForTheTemplates", "",
+     answering("template files (", "q"),
+     templates_question("@/spool/tanager") + quit_at_a_question},
+};
 
-TEST_F(UpgradeQuestions, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
-    const world host("kestrel");
+const int registered = register_rows<UpgradeSearch>(searches) +
+                       register_rows<UpgradeQuestions>(dialogues) +
+                       register_rows<UpgradeSetQuestions>(set_dialogues);
+
+TEST_F(UpgradeSearch, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
     shell(host.meant("mkdir spool/old; touch cgi-bin/mail.cgi\n"
                      "echo templates @/spool/kestrel >cgi-bin/mail.ini\n"
                      "echo templates @/spool/old >cgi-bin/kestrel.ini"));
@@ -90,7 +94,6 @@ TEST_F(UpgradeQuestions, ANewNameForTheProgramIsDroppedAndTheStoredOneUsed) {
 }
 
 TEST_F(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
-    const upgrade_world host("kestrel");
     std::filesystem::create_directory("cgi-new");
     edit_by_hand("cgi-bin/kestrel.ini", host.meant("cgi_path @/html\nreplace_tmplts FALSE"));
     const wizard_run run =
@@ -103,7 +106,6 @@ TEST_F(UpgradeQuestions, WhatIsLoadedDoesNotUndoTheAnswersOfThisPass) {
 }
 
 TEST_F(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
-    const upgrade_world host("kestrel");
     std::filesystem::remove("cgi-bin/kestrel.ini");
     const wizard_run run = run_wizard(host, {}, {{"template files (", "q"}});
     expect_kept("screen", run.transcript);
@@ -114,10 +116,9 @@ TEST_F(UpgradeQuestions, AMissingOldIniIsPassedOverInSilence) {
 }
 
 TEST_F(UpgradeQuestions, AFlatProductIsAskedForNoSets) {
-    const upgrade_world host("plover");
     run_wizard(host, {}, no_to_both + replacing + answering("Relative URL", "/pictures"));
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
-    EXPECT_THAT(saved, HasSubstr("\ntemplates @/spool/plover\n"));
+    EXPECT_THAT(saved, HasSubstr("\ntemplates @/spool/kestrel\n"));
     EXPECT_THAT(saved, HasSubstr("\nvlimg /pictures\n"));
     EXPECT_THAT(saved, Not(HasSubstr("\ntpl_set ")));
 }
@@ -134,8 +135,7 @@ console_script two_passes(const std::string &replace) {
                      {"temporary files", "no"}});
 }
 
-TEST_F(UpgradeQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNone) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeSetQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNone) {
     const wizard_run run = run_wizard(host, {}, two_passes(""));
     EXPECT_THAT(run.transcript, HasSubstr("templates WILL NOT be overwritten\n"));
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
@@ -143,8 +143,7 @@ TEST_F(UpgradeQuestions, TheChoiceOfSetsOfAnEarlierPassStaysWhenALaterOneAsksNon
     EXPECT_THAT(saved, HasSubstr("\nvlimg /vlimg/marble\n"));
 }
 
-TEST_F(UpgradeQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
-    const upgrade_world host("tanager");
+TEST_F(UpgradeSetQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
     run_wizard(host, {}, two_passes("yes"));
     const std::string saved = shown_file(host, "dist/gxsetup.dat");
     // The lines of the first pass stay and are found first.
@@ -154,7 +153,6 @@ TEST_F(UpgradeQuestions, ALaterPassThatNumbersTheSetsReplacesTheChoice) {
 }
 
 TEST_F(UpgradeQuestions, AfterASwitchThereAndBackTheInstallationIsLookedUpAgain) {
-    const upgrade_world host("kestrel");
     shell("mkdir cgi-old; mv cgi-bin/kestrel.* cgi-old");
     const wizard_run run = run_wizard(host, {},
                                       in_order({{"What do you want to do", "2"},

@@ -1,6 +1,7 @@
 """A session with the wizard over a pipe, answered by prompt."""
 
 import os
+import select
 import subprocess
 
 # What a session stands at when it waits: a question, a pause, or the list of hosts.
@@ -10,10 +11,10 @@ ENDINGS = ("? ", "quit...\n", "the upgrade...", "a . to finish\n")
 class Session:
     """Runs the wizard in a directory. Every prompt is answered; the transcript shows what was typed."""
 
-    def __init__(self, directory, *arguments, program="./gxsetup"):
+    def __init__(self, directory, *arguments, program="./gxsetup", **options):
         self.process = subprocess.Popen(
-            ["timeout", "60", program, *arguments],
-            cwd=directory, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            [program, *arguments], cwd=directory,
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options,
         )  # fmt: skip
         self.transcript = ""
 
@@ -21,6 +22,9 @@ class Session:
         """What was printed since the last answer; "" once the program has ended."""
         printed = b""
         while not printed.decode(errors="replace").endswith(ENDINGS):
+            if not select.select([self.process.stdout], [], [], 60)[0]:
+                self.process.kill()
+                raise AssertionError(f"no prompt:\n{self.transcript}{printed.decode(errors='replace')}")
             piece = os.read(self.process.stdout.fileno(), 65536)
             if not piece:
                 break

@@ -10,10 +10,9 @@ import pytest
 from dialogue import Session, converse, question_of
 from guide import DOCS, commands, put, section
 from terminal import Terminal
-from world import DEFAULTS, ROOT, Site, derived_images_url, errors_in, images_of, need, printed_url, run
+from world import DEFAULTS, KEEP, ROOT, Site, derived_images_url, errors_in, images_of, need, printed_url, run
 
 GUIDE = "administrators.md"
-KEEP = {"original templates": "no", "temporary files": "no"}
 REPEAT = {"What do you want to do": "1", "switch to the upgrade": "no", **KEEP}
 
 
@@ -73,12 +72,12 @@ def test_the_commands_to_begin_with(place, kestrel):
     kestrel.stage("3.1", "--pack", packed)
     shutil.rmtree(place / "kestrel-3.1")
     typed = put("\n".join(commands(GUIDE, "Before you start")), {"/root": place})
-    transcript = run("sh", "-ec", typed, input="\n" * len(DEFAULTS))
+    transcript = run("sh", "-ec", typed, input=DEFAULTS)
     assert has_all_success_lines(transcript, "installation")
 
 
 def test_in_the_templates_directory_the_menu_suggests_removal(kestrel):
-    kestrel.stage("3.1").run_wizard(DEFAULTS)
+    kestrel.stage("3.1").run_wizard()
     templates = kestrel.directory / "spool" / "kestrel"
     shown = converse(templates, {"What do you want to do [3]": ["1", "2", "4"]})
     assert shown.count("This function cannot be run from within the templates directory") == 2
@@ -166,7 +165,7 @@ def test_a_slash_as_url_swallows_the_next_setting(kestrel):
 
 
 def test_the_dot_behind_the_url_is_progress(kestrel):
-    shown = kestrel.stage("3.1").run_wizard(DEFAULTS)
+    shown = kestrel.stage("3.1").run_wizard()
     assert "    http://localhost/cgi-bin/kestrel.cgi.\n" in shown
 
 
@@ -227,7 +226,7 @@ def test_what_is_where_afterwards(kestrel):
     if os.getuid() != 0:
         pytest.skip("only root gives files to nobody")
     os.umask(0o022)
-    kestrel.stage("3.1", "--wml").run_wizard(DEFAULTS)
+    kestrel.stage("3.1", "--wml").run_wizard()
     script, templates, images = (
         kestrel.directory / name for name in ("cgi-bin", "spool/kestrel", "html/vlimg")
     )
@@ -360,7 +359,7 @@ def page_of(site):
 
 
 def test_the_look_is_changed_in_the_settings(kestrel):
-    kestrel.stage("3.1").run_wizard(DEFAULTS)
+    kestrel.stage("3.1").run_wizard()
     settings = kestrel.directory / "cgi-bin" / "kestrel.ini"
     printed = [
         line[4:] for line in section(GUIDE, "Changing the look").splitlines() if line.startswith("    ")
@@ -398,7 +397,7 @@ def test_the_format_of_the_answers(kestrel):
 @pytest.fixture
 def upgraded(kestrel):
     """A site with version 3.1, to be upgraded."""
-    kestrel.stage("3.1").run_wizard(DEFAULTS)
+    kestrel.stage("3.1").run_wizard()
     return kestrel
 
 
@@ -428,7 +427,7 @@ def test_what_was_saved_is_restored(upgraded, place):
     directories = [site.directory / name for name in ("cgi-bin", "html/vlimg", "spool/kestrel")]
     before = tree_of(*directories)
     run("sh", "-ec", save)
-    site.stage("3.2").run_wizard(["2", "yes", *DEFAULTS])
+    site.stage("3.2").run_wizard({"What do you want to do": "2", "replace the old": "yes"})
     assert run(site.directory / "cgi-bin" / "kestrel.cgi", "-version") == "Version: KESTREL v3.2\n"
     (user / "mail").write_text("new")
 
@@ -599,7 +598,7 @@ def test_the_answers_stand_in_the_order_of_the_tables(place, product):
         parts = given.replace("`1`", "1").replace("`2`", "2").replace("`no`", "no").split(",")
         return [str(words[part.strip()]) for part in parts]
 
-    shown = site.stage("3.1").run_wizard(answers("installation"))
+    shown = site.stage("3.1").run_with_lines(answers("installation"))
     assert errors_in(shown) == [] and has_all_success_lines(shown, "installation")
     installed = site.directory / "cgi-bin" / f"{product}.ini"
     host = "imaphost" if product == "tanager" else "pophost"
@@ -613,14 +612,14 @@ def test_the_answers_stand_in_the_order_of_the_tables(place, product):
 
     new = site.stage("3.2")
     shutil.copy(site.directory / "spool" / "t" / "gxsetup.dat", new.directory)
-    shown = new.run_wizard(answers("upgrade"))
+    shown = new.run_with_lines(answers("upgrade"))
     assert errors_in(shown) == [] and has_all_success_lines(shown, "upgrade")
     assert new.directory.joinpath("tpl").exists()
 
 
 def test_a_removal_by_its_list(kestrel):
     distribution = kestrel.stage("3.1")
-    distribution.run_wizard([""] * 11 + ["no", ""])
+    distribution.run_wizard(KEEP)
     user = kestrel.directory / "spool" / "kestrel" / "u_ada"
     user.mkdir()
     given = [
@@ -631,7 +630,7 @@ def test_a_removal_by_its_list(kestrel):
         "work area": kestrel.directory / "spool" / "kestrel", "templates": kestrel.directory / "spool" / "kestrel",
         "yes or no": "no",
     }  # fmt: skip
-    shown = distribution.run_wizard([str(own.get(part, part)) for part in given.split(", ")])
+    shown = distribution.run_with_lines([str(own.get(part, part)) for part in given.split(", ")])
     assert has_all_success_lines(shown, "removal")
     assert errors_in(shown) == [
         f"Cannot remove {kestrel.images}: Directory not empty",
@@ -644,7 +643,7 @@ def test_a_removal_by_its_list(kestrel):
 def test_a_rehearsal_shows_the_summary_and_changes_nothing(kestrel):
     distribution = kestrel.stage("3.1")
     before = tree_of(kestrel.directory)
-    shown = distribution.run_wizard(["1"] + [""] * 7 + ["no"])
+    shown = distribution.run_wizard({"any of your answers": None})
     assert shown.endswith("Do you want to change any of your answers [NO]? Please press enter to quit...\n")
     assert f"templates directory: {kestrel.directory}/spool/kestrel\n" in shown
     assert tree_of(kestrel.directory) == before

@@ -6,8 +6,8 @@ import time
 import pytest
 
 from world import (
-    DEFAULTS, GONE, ROOT, UPGRADE_FLAT, UPGRADE_SETS, Server, Site, derived_images_url, errors_in, fetch,
-    free_port, images_of, need, printed_url, removal_answers, run, take_picture,
+    GONE, KEEP, ROOT, Server, Site, derived_images_url, errors_in, fetch,
+    free_port, images_of, need, printed_url, removal, run, take_picture,
 )  # fmt: skip
 
 
@@ -35,19 +35,19 @@ def see_wml_page(server, url):
 
 
 @pytest.mark.parametrize(
-    "product, title, with_wml, upgrade, upgrade_errors",
+    "product, title, with_wml, upgrade_errors",
     [
-        ("kestrel", "Kestrel", False, UPGRADE_FLAT, GONE),
-        ("tanager", "Tanager", True, UPGRADE_SETS, []),
+        ("kestrel", "Kestrel", False, GONE),
+        ("tanager", "Tanager", True, []),
     ],
     ids=["kestrel", "tanager"],
 )
-def test_installs_upgrades_and_removes(place, product, title, with_wml, upgrade, upgrade_errors):
+def test_installs_upgrades_and_removes(place, product, title, with_wml, upgrade_errors):
     site = Site(place, product)
     options = ["--wml"] if with_wml else []
     old, new = site.stage("3.1", *options), site.stage("3.2", *options)
 
-    transcript = old.run_wizard(DEFAULTS)
+    transcript = old.run_wizard()
     assert errors_in(transcript) == []
     assert "\nInstallation successful.\n" in transcript
     url, images_url = printed_url(transcript), derived_images_url(transcript)
@@ -60,13 +60,13 @@ def test_installs_upgrades_and_removes(place, product, title, with_wml, upgrade,
             assert server.fetch(wml_url)[0] == 404
         assert server.fetch(f"/cgi-bin/{product}.ini")[0] == 403
 
-        transcript = new.run_wizard(upgrade)
+        transcript = new.run_wizard(KEEP)
         assert errors_in(transcript) == upgrade_errors
         assert "\nUpgrade successful.\n" in transcript
         assert printed_url(transcript) == url
         see_page(server, url, f"{title} 3.2", images_url)
 
-        transcript = new.run_wizard(removal_answers(site))
+        transcript = new.run_wizard(removal(site))
         print(transcript)
         assert "\nremove successful\n" in transcript
         assert server.fetch(url)[0] == 404
@@ -78,7 +78,7 @@ def test_installs_upgrades_and_removes(place, product, title, with_wml, upgrade,
 @pytest.mark.parametrize("product", ["kestrel", "tanager"])
 def test_the_page_as_a_browser_shows_it(place, artefacts, product):
     site = Site(place, product)
-    url = printed_url(site.stage("3.1").run_wizard(DEFAULTS))
+    url = printed_url(site.stage("3.1").run_wizard())
     with Server(site) as server:
         take_picture(server.local(url), artefacts / f"{product}.png")
 

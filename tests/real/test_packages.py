@@ -103,7 +103,7 @@ def test_installs_runs_and_is_removed_in_a_fresh_debian(packages, memory, artefa
     shown = debian.run("sh", "-c", "cd /srv && gxsetup -version", input="\n")
     assert shown == "gxsetup, version 3.0h\n\nPlease press enter to quit...\n"
     debian.run("/usr/share/gxsetup/examples/stage", "--site", "/srv/site", "kestrel", "/srv/kestrel-3.1")
-    transcript = debian.run("sh", "-c", "cd /srv/kestrel-3.1 && ./gxsetup", input="\n" * len(DEFAULTS))
+    transcript = debian.run("sh", "-c", "cd /srv/kestrel-3.1 && ./gxsetup", input=DEFAULTS)
     assert "\nInstallation successful.\n" in transcript
     assert errors_in(transcript) == []
     assert debian.run("/srv/site/cgi-bin/kestrel.cgi", "-version") == "Version: KESTREL v3.1\n"

@@ -13,7 +13,8 @@ from pathlib import Path
 
 import pytest
 from debian import Debian
-from world import DEFAULTS, GONE, ROOT, UPGRADE_FLAT, Site, errors_in, need, removal_answers, run
+from dialogue import converse
+from world import GONE, KEEP, ROOT, Site, errors_in, need, removal, run
 
 NATIVE = platform.machine()
 LARGEST = 1_600_000
@@ -94,7 +95,7 @@ class Sample:
         for version in ("3.1", "3.2"):
             distribution = site.stage(version).directory
             program_of_product(version, distribution / "kestrel.cgi")
-        self.removal = removal_answers(site)
+        self.removal = removal(site)
         (place / "world").rename(place / "pristine")
 
     def run(self, root, program, words=("./gxsetup",), prepare=lambda world: None):
@@ -107,18 +108,18 @@ class Sample:
             shutil.copy(program, world / f"kestrel-{version}" / "gxsetup")
         prepare(world)
         seen = []
-        for version, answers in (("3.1", DEFAULTS), ("3.2", UPGRADE_FLAT), ("3.2", self.removal)):
-            seen.append(self.run_wizard(root, version, answers, words))
+        for version, replies in (("3.1", {}), ("3.2", KEEP), ("3.2", self.removal)):
+            seen.append(self.run_wizard(root, version, replies, words))
             seen.append(tree(world / "site"))
         return seen
 
-    def run_wizard(self, root, version, answers, words):
+    def run_wizard(self, root, version, replies, words):
         def enter():
             if root != "/":
                 os.chroot(root)
             os.chdir(self.place / "world" / f"kestrel-{version}")
 
-        return run(*words, preexec_fn=enter, input="".join(answer + "\n" for answer in answers), env={})
+        return converse(None, replies, *words[1:], program=words[0], preexec_fn=enter, env={})
 
 
 def tree(directory):

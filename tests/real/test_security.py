@@ -6,9 +6,8 @@ import shutil
 import pytest
 from dialogue import converse
 from terminal import Terminal
-from world import DEFAULTS, Site, run
+from world import KEEP, Site, run
 
-KEEP = {"original templates": "no", "temporary files": "no"}
 REPLACE = {"replace the old": "yes", **KEEP}
 
 
@@ -18,7 +17,7 @@ def site(place):
     if os.getuid() != 0:
         pytest.skip("only root has another user's files to fear")
     site = Site(place, "kestrel")
-    site.stage("3.1").run_wizard(DEFAULTS)
+    site.stage("3.1").run_wizard()
     site.new = site.stage("3.2").directory
     site.templates = site.directory / "spool" / "kestrel"
     return site

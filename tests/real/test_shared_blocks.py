@@ -6,7 +6,7 @@ import shutil
 import subprocess
 
 import pytest
-from world import DEFAULTS, Distribution, Site, need, run
+from world import Distribution, Site, need, run
 
 MEGABYTE = 1 << 20
 IMAGE_SIZE = 40 * MEGABYTE
@@ -54,7 +54,7 @@ def test_an_install_shares_the_blocks_of_its_distribution(site, disk):
     distribution = site.stage("3.1")
     content = add_image(distribution)
     before = free_bytes(disk)
-    assert "Installation successful." in distribution.run_wizard(DEFAULTS)
+    assert "Installation successful." in distribution.run_wizard()
     assert installed_images(site) == [content] * 3  # among images, templates and originals
     assert before - free_bytes(disk) < IMAGE_SIZE // 2
 
@@ -64,7 +64,7 @@ def test_a_disk_that_fills_up_keeps_the_part_that_was_written(site, disk, memory
     content = add_image(distribution)
     with open(disk / "others", "wb") as others:
         os.posix_fallocate(others.fileno(), 0, free_bytes(disk) - IMAGE_SIZE // 2)
-    transcript = distribution.run_wizard(DEFAULTS)
+    transcript = distribution.run_wizard()
     assert f'Error: Problem writing "{site.directory}/' in transcript
     assert "No space left on device" in transcript
     assert "Installation unsuccessful" in transcript

@@ -12,6 +12,7 @@ import time
 from pathlib import Path
 
 import pytest
+from dialogue import converse
 from guide import commands, example, put
 from world import DEFAULTS, Site, errors_in, free_port, images_of, need, run
 
@@ -55,7 +56,7 @@ def install(machine, place):
     """kestrel in a site whose paths stand for those of the guide."""
     site = Site(place, "kestrel")
     distribution = site.stage("3.1").directory
-    transcript = machine.run(f"cd {distribution} && ./gxsetup", input="\n".join(DEFAULTS))
+    transcript = machine.run(f"cd {distribution} && ./gxsetup", input=DEFAULTS)
     assert errors_in(transcript) == []
     for directory in (site.directory / "cgi-bin", site.images):
         for name in ("kestrel.new", "gxsetup.dat", "gxsetup.log"):
@@ -297,8 +298,8 @@ def test_a_product_that_is_installed_already_is_handed_over(place, machine):
 def test_another_user_is_asked_for_only_where_there_is_no_nobody(place, machine):
     machine.run("sed -i '/^nobody:/d' /etc/passwd; sed -i 's/^passwd:.*/passwd: files/' /etc/nsswitch.conf")
     distribution = Site(place, "kestrel").stage("3.1").directory
-    answers = ["1", *[""] * 8, "no", "?", "www-data", *DEFAULTS]
-    shown = machine.run(f"cd {distribution} && ./gxsetup", input="\n".join(answers))
+    program, *words = machine.inside(f"cd {distribution} && ./gxsetup")
+    shown = converse(None, {"What username": ["?", "www-data"]}, *words, program=program)
     assert "User nobody is not in the passwd file. \n" in shown
     assert "\nUser name " in shown
     assert (place / "site" / "cgi-bin" / "kestrel.cgi").owner() == "www-data"

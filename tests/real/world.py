@@ -18,22 +18,28 @@ from html.parser import HTMLParser
 from pathlib import Path
 
 import pytest
+from dialogue import converse
 
 ROOT = Path(__file__).resolve().parents[2]
 ARTEFACTS = ROOT / "build" / "real"
 
-# More empty lines than any flow has questions; what is left over is not read.
-DEFAULTS = [""] * 60
+# Enter throughout, where the program reads what nothing here sees it ask: more lines than it reads.
+DEFAULTS = "\n" * 60
 
-# Menu, replace templates?, the directories and the URL, WML?, change? and what an upgrade may ask of
-# templates take their defaults; then no copy of the originals, and the distribution is kept.
-UPGRADE_FLAT = [""] * 11 + ["no", "no", ""]
-UPGRADE_SETS = [""] * 8 + ["no", "no", ""]
+# Replies: no copy of the originals, and the distribution stays.
+KEEP = {"original templates": "no", "temporary files": "no"}
 
 
-def removal_answers(site):
-    """Every part goes. The images directory is named, since a real one is offered for some products."""
-    return ["3", "", "yes", "yes", str(site.images), "yes", "", "yes", "", "yes", ""]
+def removal(site):
+    """Replies: every part goes. The images directory is named: for some products a real one is offered."""
+    return {
+        "What do you want to do": "3",
+        "CGI files from": ["yes", "yes"],
+        "old graphics and wav": str(site.images),
+        "may affect other": "yes",
+        "Remove all user information": "yes",
+        "Remove template files": "yes",
+    }
 
 
 # 3.2 has no welcome.tpl, so the installed one cannot be replaced.
@@ -91,10 +97,13 @@ class Distribution:
     def __init__(self, directory):
         self.directory = directory
 
-    def run_wizard(self, answers):
-        """Feeds the answers, one a line, and gives the transcript."""
-        with_line_ends = "".join(answer + "\n" for answer in answers)
-        return run("./gxsetup", cwd=self.directory, input=with_line_ends)
+    def run_wizard(self, replies=None):
+        """Gives the replies, and enter to every other question. Returns the transcript."""
+        return converse(self.directory, replies or {})
+
+    def run_with_lines(self, answers):
+        """Feeds the answers, one a line, as a file of them does. Returns what was shown."""
+        return run("./gxsetup", cwd=self.directory, input="".join(f"{answer}\n" for answer in answers))
 
 
 def printed_url(transcript):

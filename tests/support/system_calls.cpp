@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr const char *strace = "/usr/bin/strace";
 constexpr const char *trace_file = "calls.txt";
 
 // Calls on files and processes that a system may refuse. What a machine or a C library does not
@@ -20,11 +19,8 @@ constexpr const char *traced_calls =
     "?clone,?clone3,?ioctl,?copy_file_range";
 
 run_place traced(const world &host, const std::vector<std::string> &options) {
-    run_place place;
-    place.wrapper = {strace, "-y", "-o", host.path(trace_file)};
+    run_place place = under_strace({"-y", "-o", host.path(trace_file)});
     place.wrapper.insert(place.wrapper.end(), options.begin(), options.end());
-    // The leak sanitizer is a tracer too, and there can be only one (ptrace(2)).
-    place.settings = {{"ASAN_OPTIONS", "detect_leaks=0"}, {"LSAN_OPTIONS", "detect_leaks=0"}};
     return place;
 }
 
@@ -98,6 +94,15 @@ refused_run run_refused(const world &host, const session_script &script, const s
 }
 
 } // namespace
+
+run_place under_strace(const std::vector<std::string> &options) {
+    run_place place;
+    place.wrapper = {"/usr/bin/strace"};
+    place.wrapper.insert(place.wrapper.end(), options.begin(), options.end());
+    // The leak sanitizer is a tracer too, and there can be only one (ptrace(2)).
+    place.settings = {{"ASAN_OPTIONS", "detect_leaks=0"}, {"LSAN_OPTIONS", "detect_leaks=0"}};
+    return place;
+}
 
 bool can_refuse_calls() {
     const world host("kestrel");

@@ -30,6 +30,9 @@ struct refused_run {
     std::string call; // the call that failed; empty when the run never came to it
 };
 
+// Where the program runs under strace with these options.
+run_place under_strace(const std::vector<std::string> &options);
+
 // Whether calls can be made to fail here: strace is there and may trace.
 bool can_refuse_calls();
 

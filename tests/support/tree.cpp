@@ -16,22 +16,12 @@ namespace {
 constexpr std::size_t stamp_length = 12;
 constexpr std::size_t short_content = 40;
 
-std::vector<std::string> paths_below(const std::string &directory) {
-    std::vector<std::string> paths;
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
-        paths.push_back(entry.path());
-    }
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
-
 bool is_printable(char character) {
     return std::isprint(static_cast<unsigned char>(character)) != 0 || character == '\n';
 }
 
-// ` "content"` of a short text file, without its last line feed; nothing for any other.
-std::string content_note(const std::string &path) {
-    std::string content = read_file(path);
+// ` "content"` of a short text, without its last line feed; nothing for any other.
+std::string content_note(std::string content) {
     if (content.ends_with('\n')) {
         content.pop_back();
     }
@@ -41,18 +31,14 @@ std::string content_note(const std::string &path) {
     return is_shown ? " \"" + content + "\"" : "";
 }
 
-std::string describe(const std::string &path) {
-    struct stat entry {};
-    if (::lstat(path.c_str(), &entry) != 0) {
-        return "(gone) " + path;
-    }
+std::string describe(const std::string &path, const file_state &entry) {
     std::array<char, 8> mode{};
-    std::snprintf(mode.data(), mode.size(), "%04o ", static_cast<unsigned>(entry.st_mode & 07777));
+    std::snprintf(mode.data(), mode.size(), "%04o ", entry.permissions());
     const std::string line = mode.data() + path;
-    if (S_ISDIR(entry.st_mode)) {
+    if (S_ISDIR(entry.mode)) {
         return line + "/";
     }
-    return S_ISREG(entry.st_mode) ? line + content_note(path) : line + " (special)";
+    return line + (S_ISREG(entry.mode) ? content_note(entry.content) : " (special)");
 }
 
 bool has_time_stamp(const std::string &line) {
@@ -67,16 +53,44 @@ bool follows_a_directory(std::string_view line) {
 
 } // namespace
 
+file_state state_of(const std::string &path) {
+    struct stat entry {};
+    if (::lstat(path.c_str(), &entry) != 0) {
+        return {};
+    }
+    return {entry.st_mode, entry.st_uid, entry.st_gid,
+            S_ISREG(entry.st_mode) ? read_file(path) : ""};
+}
+
+tree_state states_of(const std::vector<std::string> &paths) {
+    tree_state states;
+    for (const std::string &path : paths) {
+        states[path] = state_of(path);
+        if (S_ISDIR(states[path].mode)) {
+            for (const auto &entry : std::filesystem::recursive_directory_iterator(path)) {
+                states[entry.path()] = state_of(entry.path());
+            }
+        }
+    }
+    return states;
+}
+
 std::string tree_of(const std::string &directory) {
+    tree_state states = states_of({directory});
+    states.erase(directory);
     std::string lines;
-    for (const std::string &path : paths_below(directory)) {
-        lines += describe(path) + "\n";
+    for (const auto &[path, entry] : states) {
+        lines += describe(path, entry) + "\n";
     }
     return lines;
 }
 
 std::string tree_of(const world &host, const std::string &directory) {
     return host.shown(tree_of(directory));
+}
+
+std::string site_tree(const world &host) {
+    return tree_of(host, "cgi-bin") + tree_of(host, "html") + tree_of(host, "spool");
 }
 
 std::string not_owned(const std::string &directory) {
@@ -86,16 +100,10 @@ std::string not_owned(const std::string &directory) {
         return "there is no user nobody";
     }
     const gid_t group_wanted = override_group != nullptr ? override_group->gr_gid : user->pw_gid;
-    std::vector<std::string> paths = paths_below(directory);
-    paths.push_back(directory);
-    std::sort(paths.begin(), paths.end());
     std::string lines;
-    for (const std::string &path : paths) {
-        struct stat entry {};
-        if (::lstat(path.c_str(), &entry) != 0 || entry.st_uid != user->pw_uid ||
-            entry.st_gid != group_wanted) {
-            lines += path + "\n";
-        }
+    for (const auto &[path, entry] : states_of({directory})) {
+        const bool is_owned = entry.user == user->pw_uid && entry.group == group_wanted;
+        lines += is_owned ? "" : path + "\n";
     }
     return lines;
 }

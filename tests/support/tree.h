@@ -4,14 +4,38 @@
 
 #include "support/world.h"
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
+
+// What is seen of a file or directory from outside; of what is not there, nothing.
+struct file_state {
+    mode_t mode = 0;
+    uid_t user = 0;
+    gid_t group = 0;
+    std::string content = {}; // of a plain file
+
+    [[nodiscard]] unsigned permissions() const { return mode & 07777U; }
+
+    bool operator==(const file_state &) const = default;
+};
+
+using tree_state = std::map<std::string, file_state>; // by path
+
+file_state state_of(const std::string &path);
+
+// The states of these files and directories and of all that lies below them.
+tree_state states_of(const std::vector<std::string> &paths);
 
 // A line for each entry below `directory`, sorted by path: mode and path, a directory with a "/" at
 // its end, and the content of a file when it is short and printable. The root shows as "@".
 std::string tree_of(const std::string &directory);
 std::string tree_of(const world &host, const std::string &directory);
+
+// The trees of the programs, the images and the templates.
+std::string site_tree(const world &host);
 
 // The entries at and below `directory` that the owner of installed files does not own: user nobody
 // and its primary group, or the group nobody where there is one. Sorted, one a line.

@@ -1,6 +1,7 @@
 // Runs gxsetup-unattended in a world, beside the wizard that wizard_run.h runs.
 #pragma once
 
+#include "support/tree.h"
 #include "support/wizard_run.h"
 
 #include <string>
@@ -20,4 +21,12 @@ inline wizard_run run_unattended(const world &host, const std::vector<std::strin
 
 // All that the world holds: the path, mode, owner and content of each entry, logs without time
 // stamps.
-std::string state_of(const world &host);
+inline std::string state_of(const world &host) {
+    std::string text;
+    for (const auto &[path, entry] : states_of({host.root()})) {
+        text += host.shown(path) + " " + std::to_string(entry.mode) + " " +
+                std::to_string(entry.user) + " " + std::to_string(entry.group) + "\n" +
+                (path.ends_with(".log") ? shown_log(host, path) : host.shown(entry.content) + "\n");
+    }
+    return text;
+}

@@ -13,7 +13,6 @@
 #include <functional>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -274,12 +273,8 @@ TEST_F(Permissions, DistributionThatMayNotBeWrittenHasNoLogAndNoVersion) {
 TEST_F(Permissions, FilesOfAnInstallWithoutRootStayTheUsersOwn) {
     const wizard_run run = run_wizard(host, {}, flat_install, as_ordinary_user(host));
     EXPECT_THAT(run.transcript, HasSubstr("\nInstallation successful.\n"));
-    struct stat templates {};
-    struct stat distribution {};
-    ASSERT_EQ(::stat("spool/kestrel/index.tpl", &templates), 0);
-    ASSERT_EQ(::stat("dist", &distribution), 0);
-    EXPECT_EQ(templates.st_uid, distribution.st_uid);
-    EXPECT_EQ(templates.st_mode & 07777U, 0660U);
+    EXPECT_EQ(state_of("spool/kestrel/index.tpl").user, state_of("dist").user);
+    EXPECT_EQ(state_of("spool/kestrel/index.tpl").permissions(), 0660U);
 }
 
 // --- Places that are one ---

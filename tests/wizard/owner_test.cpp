@@ -7,7 +7,6 @@
 
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -35,10 +34,8 @@ class Owner : public testing::Test {
 
     // "USER:GROUP" of a file, in numbers.
     static std::string owner_of(const std::string &path) {
-        struct stat entry {};
-        return ::stat(path.c_str(), &entry) == 0
-                   ? std::to_string(entry.st_uid) + ":" + std::to_string(entry.st_gid)
-                   : "(gone)";
+        const file_state entry = state_of(path);
+        return std::to_string(entry.user) + ":" + std::to_string(entry.group);
     }
 
     world host{"kestrel"};

@@ -28,10 +28,6 @@ const console_script keep_templates = {{"Remove template files", "no"}};
 const console_script yes_to_all = removal_answers + take_images + take_users;
 const console_script no_to_all = removal_answers + keep_programs + keep_templates;
 
-std::string site_tree(const world &host) {
-    return tree_of(host, "cgi-bin") + tree_of(host, "html") + tree_of(host, "spool");
-}
-
 // A removal of 3.1. What it leaves of the directories is a kept text; its screen holds the words,
 // or is a kept one where there are none.
 struct removal {

@@ -1,40 +1,30 @@
 // Who may read the answers that are saved.
 
 #include "support/tree.h"
-#include "support/wizard_run.h"
 #include "wizard/fixtures.h"
+#include "wizard/screens.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 namespace {
 
-unsigned mode_of(const std::string &path) {
-    struct stat entry {};
-    return ::stat(path.c_str(), &entry) == 0 ? entry.st_mode & 07777 : 0;
-}
-
-void upgrade(const world &host) {
-    const wizard_run run = run_wizard(host, {},
-                                      {{"replace the old templates", "yes"},
-                                       {"original templates", "no"},
-                                       {"temporary files", "no"}});
-}
-
-} // namespace
-
 using SavedAnswers = upgraded_test<kestrel>;
 
+// Upgrades an installation whose .ini has this mode and checks the modes of its answers.
+void expect_modes(const world &host, mode_t of_ini, unsigned of_answers, unsigned of_installed) {
+    ASSERT_EQ(::chmod("cgi-bin/kestrel.ini", of_ini), 0);
+    run_wizard(host, {}, no_to_both + answering("replace the old templates", "yes"));
+    EXPECT_EQ(state_of("dist/gxsetup.dat").permissions(), of_answers);
+    EXPECT_EQ(state_of("spool/kestrel/gxsetup.dat").permissions(), of_installed);
+}
+
 TEST_F(SavedAnswers, AreReadByNoMoreThanThePrivateIniTheyWereLoadedFrom) {
-    ASSERT_EQ(::chmod("cgi-bin/kestrel.ini", 0600), 0);
-    upgrade(host);
-    EXPECT_EQ(mode_of("dist/gxsetup.dat"), 0600U);
-    EXPECT_EQ(mode_of("spool/kestrel/gxsetup.dat"), 0600U);
+    expect_modes(host, 0600, 0600, 0600);
 }
 
 TEST_F(SavedAnswers, OfAnIniThatAGroupMayReadTheGroupMayReadToo) {
-    ASSERT_EQ(::chmod("cgi-bin/kestrel.ini", 0640), 0);
-    upgrade(host);
-    EXPECT_EQ(mode_of("dist/gxsetup.dat"), 0640U);
-    EXPECT_EQ(mode_of("spool/kestrel/gxsetup.dat"), 0660U);
+    expect_modes(host, 0640, 0640, 0660);
 }
+
+} // namespace

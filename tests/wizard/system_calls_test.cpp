@@ -106,37 +106,6 @@ const std::vector<flow> flows = {
      {"dist/gxdflt.dat"}},
 };
 
-// What is seen of a file or directory from outside.
-struct file_state {
-    mode_t mode = 0;
-    uid_t user = 0;
-    gid_t group = 0;
-    std::string content;
-
-    bool operator==(const file_state &) const = default;
-};
-
-using tree_state = std::map<std::string, file_state>;
-
-tree_state state_of(const std::vector<std::string> &paths) {
-    tree_state state;
-    const auto take = [&state](const std::string &path) {
-        struct stat entry {};
-        EXPECT_EQ(::lstat(path.c_str(), &entry), 0) << path;
-        state[path] = {entry.st_mode, entry.st_uid, entry.st_gid,
-                       S_ISREG(entry.st_mode) ? read_file(path) : ""};
-    };
-    for (const std::string &path : paths) {
-        take(path);
-        if (fs::is_directory(path)) {
-            for (const auto &entry : fs::recursive_directory_iterator(path)) {
-                take(entry.path());
-            }
-        }
-    }
-    return state;
-}
-
 const std::vector<std::string> all_directories = {"dist", "cgi-bin", "html", "spool", "elsewhere"};
 
 // What is none of the program's business, beside the site and in the middle of it.
@@ -264,15 +233,15 @@ class RefusedCall : public testing::TestWithParam<flow> {
             ASSERT_EQ(std::system(("cp -a " + directory + " before").c_str()), 0);
         }
         restore();
-        before_ = state_of(all_directories);
+        before_ = states_of(all_directories);
         for (const system_call &call : calls_of(host_, GetParam().script)) {
             kinds_[call.name].push_back(call);
         }
-        whole_ = {before_, state_of(all_directories)};
+        whole_ = {before_, states_of(all_directories)};
         for (const session_script &part : GetParam().parts) {
             restore();
             run_wizard(host_, part.arguments, typed(part.answers));
-            whole_.push_back(state_of(all_directories));
+            whole_.push_back(states_of(all_directories));
         }
     }
 
@@ -291,7 +260,7 @@ class RefusedCall : public testing::TestWithParam<flow> {
         ASSERT_NE(refused.call, "") << call.text;
         const std::string told = expect_order(refused);
         const std::vector<std::string> words = words_for(call, refused.call);
-        const tree_state now = state_of(all_directories);
+        const tree_state now = states_of(all_directories);
         EXPECT_TRUE(words.empty() ||
                     std::any_of(words.begin(), words.end(),
                                 [&](const std::string &word) { return holds(told, word); }) ||
@@ -309,7 +278,7 @@ class RefusedCall : public testing::TestWithParam<flow> {
         SCOPED_TRACE("from there on: " + refused.call);
         ASSERT_NE(refused.call, "") << call.text;
         expect_order(refused);
-        const tree_state now = state_of(all_directories);
+        const tree_state now = states_of(all_directories);
         expect_bystanders(now);
         expect_whole_files(now, refused.call);
     }

@@ -36,7 +36,7 @@ TEST_F(Terminal, InterruptEndsTheSessionAndSavesNothing) {
     terminal.type("\x03");
     EXPECT_EQ(terminal.wait_for_end(), killed_by_signal + SIGINT);
     EXPECT_FALSE(is_there("dist/gxsetup.dat"));
-    EXPECT_EQ(tree_of(host, "cgi-bin") + tree_of(host, "spool") + tree_of(host, "html"), "");
+    EXPECT_EQ(site_tree(host), "");
 }
 
 TEST_F(Terminal, EndOfInputKeyQuits) {

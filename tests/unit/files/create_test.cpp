@@ -22,7 +22,7 @@ TEST_F(MakeDir, TakesTheModeOfItsCaller) {
 }
 
 TEST_F(MakeDir, AnExistingDirectoryIsSuccessAndOnlyLogged) {
-    const std::string path = scratch.path("there");
+    const std::string path = there();
     const std::string mode = mode_of(path);
     EXPECT_EQ(shown(1, [&] { return make_dir(path.c_str(), 0777); }), "");
     EXPECT_EQ(mode_of(path), mode);
@@ -30,10 +30,10 @@ TEST_F(MakeDir, AnExistingDirectoryIsSuccessAndOnlyLogged) {
 }
 
 TEST_F(MakeDir, ExistingParentsKeepTheirModes) {
-    const std::string mode = mode_of(scratch.path("there"));
-    EXPECT_EQ(make_dir(scratch.path("there/new").c_str(), 0770), 1);
-    EXPECT_EQ(mode_of(scratch.path("there")), mode);
-    EXPECT_EQ(mode_of(scratch.path("there/new")), "0770");
+    const std::string mode = mode_of(there());
+    EXPECT_EQ(make_dir(there("new").c_str(), 0770), 1);
+    EXPECT_EQ(mode_of(there()), mode);
+    EXPECT_EQ(mode_of(there("new")), "0770");
 }
 
 TEST_F(MakeDir, ARelativePathIsRefused) {
@@ -50,11 +50,7 @@ TEST_F(MakeDir, WhetherTheDirectoryIsThereAfterwardsIsNotAsked) {
 }
 
 TEST_F(MakeDir, APathOf511CharactersIsMadeToItsLastDirectory) {
-    std::string path = scratch.path();
-    while (path.size() < 400) {
-        path += "/" + std::string(50, 'd');
-    }
-    path += "/" + std::string(511 - path.size() - 1, 'e');
+    const std::string path = make_deep_directory(scratch.path(), 400) + "/" + std::string(110, 'e');
     EXPECT_EQ(make_dir(path.c_str(), 0770), 1);
     EXPECT_EQ(mode_of(path), "0770");
 }
@@ -72,11 +68,11 @@ TEST_F(MakeDir, EveryDirectoryMadeIsGivenToTheOwner) {
     }
     gx_user = 1234;
     gx_group = 4321;
-    const std::string before = owner_of(scratch.path("there"));
-    EXPECT_EQ(make_dir(scratch.path("there/a/b").c_str(), 0770), 1);
-    EXPECT_EQ(owner_of(scratch.path("there")), before);
-    EXPECT_EQ(owner_of(scratch.path("there/a")), "1234:4321");
-    EXPECT_EQ(owner_of(scratch.path("there/a/b")), "1234:4321");
+    const std::string before = owner_of(there());
+    EXPECT_EQ(make_dir(there("a/b").c_str(), 0770), 1);
+    EXPECT_EQ(owner_of(there()), before);
+    EXPECT_EQ(owner_of(there("a")), "1234:4321");
+    EXPECT_EQ(owner_of(there("a/b")), "1234:4321");
 }
 
 TEST_F(MakeDir, OwnedIsGivenToTheOwner) {

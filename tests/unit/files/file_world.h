@@ -5,11 +5,14 @@
 #include "files/operations.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
+#include "support/world.h"
 
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 class FileWorld : public scratch_test {
   protected:
@@ -27,6 +30,19 @@ class FileWorld : public scratch_test {
     }
 
     [[nodiscard]] std::string log() const { return log_.text(); }
+
+    // The directory beside the current one, or the path of NAME in it.
+    [[nodiscard]] std::string there(const std::string &name = "") const {
+        return scratch.path(name.empty() ? "there" : "there/" + name);
+    }
+
+    // A text with "@" for that directory, and what is meant by one.
+    [[nodiscard]] std::string with_at(const std::string &text) const {
+        return replaced(text, there(), "@");
+    }
+    [[nodiscard]] std::string meant(const std::string &text) const {
+        return replaced(text, "@", there());
+    }
 
     static std::string mode_of(const std::string &path) {
         struct stat entry {};
@@ -60,6 +76,16 @@ class FileWorld : public scratch_test {
         }
         std::filesystem::create_directories(path);
         return path;
+    }
+
+    // Makes a socket, whose mode has the bit of a directory.
+    static void make_socket(const char *path) {
+        const file_descriptor made(::socket(AF_UNIX, SOCK_STREAM, 0));
+        sockaddr_un address{.sun_family = AF_UNIX, .sun_path = ""};
+        std::string_view(path).copy(address.sun_path, sizeof(address.sun_path) - 1);
+        EXPECT_EQ(
+            ::bind(made.number(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)),
+            0);
     }
 
     // What `code` shows on the console; its result must be `result`.

@@ -1,18 +1,11 @@
 #include "files/search.h"
 
-#include "support/console_capture.h"
 #include "support/rows.h"
-#include "support/scratch_test.h"
-#include "support/world.h"
 #include "unit/failing_memory.h"
+#include "unit/files/file_world.h"
+#include "unit/process_limit.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <memory>
-#include <set>
-#include <string>
-#include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -24,59 +17,52 @@ struct matching_rule {
     std::vector<std::string> examples;
 };
 
-// Matches with domatch, or in the suite MatchList with match_list.
+// Matches with the function that the suite is named after.
 class matching_test : public testing::Test {
   protected:
+    static int match(std::string_view rule, const char *pattern, const char *name) {
+        return rule.starts_with("MatchList.")   ? match_list(pattern, name)
+               : rule.starts_with("MatchWild.") ? match_wild(pattern, name)
+                                                : domatch(name, pattern);
+    }
+
     static void check(const matching_rule &rule) {
-        const bool is_list = std::string_view(rule.name).starts_with("MatchList.");
         for (const std::string &example : rule.examples) {
             const std::size_t sign = example.find("~ ");
             const bool is_match = sign == 0 || example[sign - 1] != '!';
             const std::string name = example.substr(0, sign - (is_match ? 1 : 2));
             const std::string pattern = example.substr(sign + 2);
-            EXPECT_EQ(is_list ? match_list(pattern.c_str(), name.c_str())
-                              : domatch(name.c_str(), pattern.c_str()),
-                      is_match ? 1 : 0)
-                << example;
+            EXPECT_EQ(match(rule.name, pattern.c_str(), name.c_str()), is_match ? 1 : 0) << example;
         }
     }
 };
 
-class Search : public scratch_test {
+// A directory "world" and a file "file" in the current one.
+class Search : public FileWorld {
   protected:
-    Search() {
-        set_loglvl(LOG_DEBUG);
-        std::filesystem::create_directory("world");
-    }
+    Search() { shell("mkdir world; touch file"); }
 
-    [[nodiscard]] std::string log() const { return log_.text(); }
-
-    std::set<std::string> found(int count) const {
-        std::set<std::string> names_found;
+    string_set found(int count) const {
+        string_set names_found;
         for (int name = 0; name < count; name++) {
             names_found.insert((*names)[static_cast<std::size_t>(name)].get());
         }
         return names_found;
     }
 
-    void make_files(int count) const {
+    static void make_files(int count) {
         for (int file = 0; file < count; file++) {
-            write_file(scratch.path("world/" + std::to_string(file) + ".tpl"), "");
+            write_file("world/" + std::to_string(file) + ".tpl", "");
         }
     }
 
     std::unique_ptr<found_names> names = std::make_unique<found_names>();
-
-  private:
-    test_log log_{scratch.path("logs")};
 };
 
 using WildFind = Search;
 using WildFind2 = Search;
 using DirExists = Search;
 using FileExists = Search;
-
-using string_set = std::set<std::string>;
 
 const std::string hundred(100, 'a');
 
@@ -105,6 +91,8 @@ const std::vector<matching_rule> rules = {
      {"d ~ [a-c-e]", "- !~ [a-c-e]", "- ~ [a-c-]"}},
     {"Domatch.ABackslashTakesTheNextCharacterLiterally",
      {"* ~ \\*", "a !~ \\*", "** !~ \\*", "\\ ~ \\\\", "[a] ~ \\[a]", "x? ~ *\\?"}},
+    {"MatchWild.AStarAloneMatchesEveryNameEvenAnEmptyOne", {" ~ *", "index.tpl ~ *", " !~ ?"}},
+    {"MatchWild.TakesThePatternFirst", {"index.tpl ~ *.tpl", "*.tpl !~ index.tpl"}},
     {"MatchList.AnyElementMayMatchIgnoringCase",
      {"logo.jpg ~ *.gif,*.jpg,*.wav", "LOGO.Gif ~ *.gif,*.jpg,*.wav", "index.tpl ~ *.TPL",
       "index.tpl !~ *.gif,*.jpg,*.wav"}},
@@ -126,7 +114,18 @@ const std::vector<matching_rule> rules = {
 using Domatch = matching_test;
 using MatchList = matching_test;
 
-const int registered = register_rows<matching_test>(rules);
+const std::vector<rule> existences = {
+    {"DirExists.WithOrWithoutATrailingSeparator",
+     dir_exists,
+     {{{"/tmp"}, 1}, {{"/tmp/"}, 1}, {{"world"}, 1}, {{"world/missing"}, 0}}},
+    {"DirExists.TheRootAloneAndNoPathAreZero", dir_exists, {{{"/"}, 0}, {{""}, 0}, {{nullptr}, 0}}},
+    {"DirExists.AFileIsNoDirectory", dir_exists, {{{"file"}, 0}, {{"file/"}, 0}}},
+    {"FileExists.IsOneForWhatCanBeOpenedToBeRead",
+     file_exists,
+     {{{"file"}, 1}, {{"world"}, 1}, {{"missing"}, 0}, {{""}, 0}}},
+};
+
+const int registered = register_rows<matching_test>(rules) + register_rows<Search>(existences);
 
 } // namespace
 
@@ -150,21 +149,6 @@ TEST_F(Domatch, ManyStarsEndSoon) {
     EXPECT_EQ(domatch(name.c_str(), pattern.c_str()), 1);
 }
 
-TEST(MatchWild, AStarAloneMatchesEveryNameEvenAnEmptyOne) {
-    EXPECT_EQ(match_wild("*", ""), 1);
-    EXPECT_EQ(match_wild("*", "index.tpl"), 1);
-}
-
-TEST(MatchWild, TakesThePatternFirst) {
-    EXPECT_EQ(match_wild("*.tpl", "index.tpl"), 1);
-    EXPECT_EQ(match_wild("index.tpl", "*.tpl"), 0);
-}
-
-TEST(MatchWild, AStarAloneMatchesAnEmptyNameToo) {
-    EXPECT_EQ(match_wild("*", ""), 1);
-    EXPECT_EQ(match_wild("?", ""), 0);
-}
-
 TEST_F(MatchList, NullGivesZero) {
     EXPECT_EQ(match_list(nullptr, "a"), 0);
     EXPECT_EQ(match_list("*", nullptr), 0);
@@ -186,20 +170,16 @@ TEST_F(WildFind, NeverGivesTheDotEntries) {
     EXPECT_EQ(found(wild_find("*", *names)), string_set{".hidden"});
     EXPECT_EQ(wild_find(".", *names), 0);
     EXPECT_EQ(wild_find("..", *names), 0);
-    std::filesystem::current_path("..");
 }
 
 TEST_F(WildFind, ADirectoryThatCannotBeReadIsAnErrorInTheLog) {
     (*names)[0].reset(::strdup("untouched"));
-    // No descriptor is left for the directory.
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const int free_descriptor = ::dup(STDIN_FILENO);
-    ::close(free_descriptor);
-    const rlimit none = {static_cast<rlim_t>(free_descriptor), before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    const int count = wild_find("*", *names);
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    const file_descriptor last(::dup(STDIN_FILENO));
+    int count = -1;
+    {
+        const process_limit no_more(RLIMIT_NOFILE, static_cast<rlim_t>(last.number()));
+        count = wild_find("*", *names);
+    }
     EXPECT_EQ(count, 0);
     EXPECT_STREQ((*names)[0].get(), "untouched");
     EXPECT_EQ(log(), "Debug: Wild finding [*]\n"
@@ -247,25 +227,6 @@ TEST_F(WildFind2, ANameThatCannotBeCopiedIsCountedAsNull) {
 
 // --- Existence ---
 
-TEST_F(DirExists, WithOrWithoutATrailingSeparator) {
-    EXPECT_EQ(dir_exists("/tmp"), 1);
-    EXPECT_EQ(dir_exists("/tmp/"), 1);
-    EXPECT_EQ(dir_exists("world"), 1);
-    EXPECT_EQ(dir_exists(scratch.path("missing").c_str()), 0);
-}
-
-TEST_F(DirExists, TheRootAloneAndNoPathAreZero) {
-    EXPECT_EQ(dir_exists("/"), 0);
-    EXPECT_EQ(dir_exists(""), 0);
-    EXPECT_EQ(dir_exists(nullptr), 0);
-}
-
-TEST_F(DirExists, AFileIsNoDirectory) {
-    write_file("file", "");
-    EXPECT_EQ(dir_exists("file"), 0);
-    EXPECT_EQ(dir_exists("file/"), 0);
-}
-
 TEST_F(DirExists, ADirectoryThatMayNotBeReadCountsAsMissing) {
     if (::geteuid() == 0) {
         GTEST_SKIP() << "root may read everything";
@@ -275,32 +236,16 @@ TEST_F(DirExists, ADirectoryThatMayNotBeReadCountsAsMissing) {
 }
 
 TEST_F(DirExists, APathOfMoreThan511CharactersIsNeverTakenInCutForm) {
-    std::string path = scratch.path();
-    while (path.size() < 511) {
-        path += "/" + std::string(std::min<std::size_t>(100, 511 - path.size() - 1), 'd');
-        if (path.size() == 510) {
-            path += "d";
-        }
-    }
-    std::filesystem::create_directories(path);
+    const std::string path = make_deep_directory(scratch.path(), 511);
     EXPECT_EQ(dir_exists(path.c_str()), 1);
     EXPECT_EQ(dir_exists((path + "d").c_str()), 0);
     EXPECT_EQ(dir_exists((path + "dd").c_str()), 0);
-}
-
-TEST_F(FileExists, IsOneForWhatCanBeOpenedToBeRead) {
-    write_file("file", "");
-    EXPECT_EQ(file_exists("file"), 1);
-    EXPECT_EQ(file_exists("world"), 1);
-    EXPECT_EQ(file_exists("missing"), 0);
-    EXPECT_EQ(file_exists(""), 0);
 }
 
 TEST_F(FileExists, AFileThatMayNotBeReadCountsAsMissing) {
     if (::geteuid() == 0) {
         GTEST_SKIP() << "root may read everything";
     }
-    write_file("file", "");
     std::filesystem::permissions("file", std::filesystem::perms::none);
     EXPECT_EQ(file_exists("file"), 0);
 }

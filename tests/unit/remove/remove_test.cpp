@@ -2,13 +2,9 @@
 
 #include "setup/answer_store.h"
 #include "support/rows.h"
-#include "support/world.h"
 #include "unit/files/file_world.h"
 
 #include <gmock/gmock-matchers.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace {
 
@@ -47,13 +43,10 @@ class GxremoveMain : public FileWorld {
 
     ~GxremoveMain() override { ini_clear(&ini); }
 
-    std::string there(const std::string &name) const { return scratch.path("there/" + name); }
-
     // What the removal shows; its result must be `result`.
     std::string remove_typed(int result, const std::string &typed) {
         feed_console(typed);
-        return replaced(shown(result, [&] { return gxremove_main(&ini); }), scratch.path("there"),
-                        "@");
+        return with_at(shown(result, [&] { return gxremove_main(&ini); }));
     }
 
     // The programs and images are declined; `typed` begins at the work area.
@@ -64,7 +57,7 @@ class GxremoveMain : public FileWorld {
     // The names in tpl, tpl2 and work.
     std::string left() const {
         std::string names;
-        for (const std::string &name : names_below(scratch.path("there"))) {
+        for (const std::string &name : names_below(there())) {
             if (name.starts_with("tpl") || name.starts_with("work")) {
                 names += (names.empty() ? "" : " ") + name;
             }
@@ -178,10 +171,7 @@ TEST_F(GxremoveMain, AFileThatIsNamedLikeAUserIsLeftAloneAndLogged) {
 }
 
 TEST_F(GxremoveMain, ASocketNamedLikeAUserIsTakenForADirectoryByItsModeBit) {
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    const sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = "../there/work/u_x"};
-    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
-    ::close(socket);
+    make_socket("../there/work/u_x");
     set_answer(&ini, D_WORKAREA, there("work").c_str());
     stream_capture errors(stderr);
     const std::string text = remove(0, "\nyes\n\nno\n");
@@ -196,9 +186,8 @@ TEST_F(GxremoveMain, TheTemplatesDirectoryIsProtectedWhereAnotherPartHoldsIt) {
         "cd ../there; mkdir other; for name in tpl img work other; do touch $name/logo.gif; done");
     set_answer(&ini, D_WORKAREA, there("work").c_str());
     // The images directory is the one above them all; the templates are declined.
-    remove_typed(0,
-                 "\nno\nno\n" + scratch.path("there") + "\nyes\n\nno\n" + there("img") + "\nno\n");
-    EXPECT_EQ(names_below(scratch.path("there")),
+    remove_typed(0, "\nno\nno\n" + there() + "\nyes\n\nno\n" + there("img") + "\nno\n");
+    EXPECT_EQ(names_below(there()),
               (string_set{"cgi-bin", "cgi-bin/kestrel.cgi", "img", "img/keep.txt", "tpl",
                           "tpl/logo.gif", "work", "work/logo.gif"}));
 }

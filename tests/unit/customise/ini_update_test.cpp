@@ -7,10 +7,9 @@
 #include "support/rows.h"
 #include "support/scratch_test.h"
 #include "unit/customise/custom_store.h"
+#include "unit/process_limit.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -289,17 +288,9 @@ TEST_F(UpdateIni, WhereTheNewFileCannotBeOpenedTheOldOneStays) {
 TEST_F(UpdateIni, WhereTheNewFileCannotBeWrittenTheOldOneStays) {
     const std::string before = "set a\ndomain " + std::string(20000, 'x') + "\n";
     write_file(ini_path, before);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const rlimit small{8192, limit.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-
+    const process_limit small(RLIMIT_FSIZE, 8192);
     expect_failure(store.get(), "write file (null)/kestrel.new, File too large");
     EXPECT_EQ(read_file(ini_path), before);
-
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, SIG_DFL);
 }
 
 TEST_F(UpdateIni, WhereTheOldFileCannotBeReadItStays) {

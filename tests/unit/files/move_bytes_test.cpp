@@ -64,13 +64,10 @@ class MoveBytes : public scratch_test {
         before_call = nullptr;
     }
 
-    static file_descriptor open(const char *name, int flags) {
-        return file_descriptor(::open(name, flags | O_CLOEXEC, 0600));
-    }
-
-    static move_result move() {
-        const file_descriptor from = open("from", O_RDONLY);
-        const file_descriptor to = open("to", O_WRONLY | O_CREAT | O_TRUNC);
+    static move_result move(const char *source = "from", const char *destination = "to") {
+        const file_descriptor from(::open(source, O_RDONLY | O_CLOEXEC));
+        const file_descriptor to(
+            ::open(destination, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
         return move_bytes(from.number(), to.number());
     }
 
@@ -123,23 +120,17 @@ TEST_F(MoveBytes, CopiesFilesOfEverySize) {
 
 TEST_F(MoveBytes, AFullDiskIsAFailedWrite) {
     write_file("from", text_of(5000));
-    const file_descriptor from = open("from", O_RDONLY);
-    const file_descriptor to = open("/dev/full", O_WRONLY);
-    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::write_failed);
+    EXPECT_EQ(move("from", "/dev/full"), move_result::write_failed);
     EXPECT_EQ(errno, ENOSPC);
 }
 
 TEST_F(MoveBytes, WhatCannotBeReadIsAFailedRead) {
-    const file_descriptor from = open("/proc/self/mem", O_RDONLY);
-    const file_descriptor to = open("to", O_WRONLY | O_CREAT);
-    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::read_failed);
+    EXPECT_EQ(move("/proc/self/mem"), move_result::read_failed);
     EXPECT_EQ(errno, EIO);
 }
 
 // The system says that such files are empty, and copies nothing of them.
 TEST_F(MoveBytes, AFileWithoutASizeIsRead) {
-    const file_descriptor from = open("/proc/self/cmdline", O_RDONLY);
-    const file_descriptor to = open("to", O_WRONLY | O_CREAT);
-    EXPECT_EQ(move_bytes(from.number(), to.number()), move_result::done);
+    EXPECT_EQ(move("/proc/self/cmdline"), move_result::done);
     EXPECT_FALSE(read_file("to").empty());
 }

@@ -50,6 +50,18 @@ class DefaultsTest : public scratch_test {
         return text.substr(std::min(std::string_view(comment).size(), text.size()));
     }
 
+    // Makes "mine.dat" with a domain and this host; looks at what is asked then and what is
+    // written.
+    void expect_hosts(const console_script &file, const prompt_answer &host,
+                      const std::string &asked, const std::string &settings) {
+        ASSERT_EQ(make(file + console_script{{"default suggested .ini", "yes"},
+                                             {"Suggested domain", "varnel.example"},
+                                             host}),
+                  1);
+        EXPECT_THAT(console, HasSubstr(asked));
+        EXPECT_THAT(settings_of("mine.dat"), StartsWith(settings));
+    }
+
     [[nodiscard]] std::string log() const { return log_.text(); }
 
     std::string console;
@@ -125,39 +137,25 @@ TEST_F(DefaultsTest, OnlyWindowsMakesTanagersFileOneForImap) {
 }
 
 TEST_F(DefaultsTest, AnImapFileAsksForTheImapHost) {
-    ASSERT_EQ(make(file_of("tanager", "nt", "w.dat") +
-                   console_script{{"default suggested .ini", "y"},
-                                  {"Suggested domain", "varnel.example"},
-                                  {"Suggested imap host", "IMAP.varnel.example"}}),
-              1);
-    EXPECT_THAT(console, HasSubstr("\nSuggested imap host[mail.varnel.example]? "
-                                   // The placeholder of the POP host begins with "pop".
-                                   "\nSuggested smtp host [smtp.varnel.example]? "));
-    EXPECT_THAT(settings_of("w.dat"), StartsWith("imaphost IMAP.varnel.example\n"
-                                                 "smtphost smtp.varnel.example\n"
-                                                 "domain varnel.exampl"));
+    // The placeholder of the POP host begins with "pop".
+    expect_hosts(file_of("tanager", "nt", "mine"), {"Suggested imap host", "IMAP.varnel.example"},
+                 "\nSuggested imap host[mail.varnel.example]? "
+                 "\nSuggested smtp host [smtp.varnel.example]? ",
+                 "imaphost IMAP.varnel.example\nsmtphost smtp.varnel.example\n"
+                 "domain varnel.exampl");
 }
 
 TEST_F(DefaultsTest, APopHostOfThatNameSuggestsAnSmtpHost) {
-    ASSERT_EQ(make(plover_file("u.dat") + console_script{{"default suggested .ini", "yes"},
-                                                         {"Suggested domain", "varnel.example"},
-                                                         {"Suggested pop host", "POP.example"}}),
-              1);
-    EXPECT_THAT(console, HasSubstr("\nSuggested pop host [mail.varnel.example]? "
-                                   "\nSuggested smtp host [smtp.varnel.example]? "));
-    EXPECT_THAT(settings_of("u.dat"),
-                StartsWith("pophost pop.example\nsmtphost smtp.varnel.example\n"));
+    expect_hosts(plover_file("mine"), {"Suggested pop host", "POP.example"},
+                 "\nSuggested pop host [mail.varnel.example]? "
+                 "\nSuggested smtp host [smtp.varnel.example]? ",
+                 "pophost pop.example\nsmtphost smtp.varnel.example\n");
 }
 
 TEST_F(DefaultsTest, AnyOtherPopHostIsLowerCasedToo) {
-    ASSERT_EQ(
-        make(plover_file("u.dat") + console_script{{"default suggested .ini", "yes"},
-                                                   {"Suggested domain", "varnel.example"},
-                                                   {"Suggested pop host", "Mail.POP.Example"}}),
-        1);
-    EXPECT_THAT(console, HasSubstr("\nSuggested smtp host [mail.varnel.example]? "));
-    EXPECT_THAT(settings_of("u.dat"),
-                StartsWith("pophost mail.pop.example\nsmtphost mail.varnel.example\n"));
+    expect_hosts(plover_file("mine"), {"Suggested pop host", "Mail.POP.Example"},
+                 "\nSuggested smtp host [mail.varnel.example]? ",
+                 "pophost mail.pop.example\nsmtphost mail.varnel.example\n");
 }
 
 TEST_F(DefaultsTest, ANameWithoutEndingGetsOne) {

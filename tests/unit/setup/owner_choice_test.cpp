@@ -7,9 +7,11 @@ namespace {
 
 class GetUid : public FileWorld {
   protected:
-    // What is shown while the owner is chosen.
-    static std::string choice() {
-        return console_of([] { choose_owner(test_accounts); });
+    // What is shown while the owner is chosen, which must be "USER:GROUP" in numbers.
+    static std::string choice(const std::string &owner) {
+        const std::string text = console_of([] { choose_owner(test_accounts); });
+        EXPECT_EQ(formatted("%u:%u", gx_user, gx_group), owner);
+        return text;
     }
 };
 
@@ -22,44 +24,34 @@ constexpr const char *www = "www:x:21:22::/:\n";
 
 TEST_F(GetUid, TakesNobodyWithoutAQuestion) {
     write_accounts(nobody, "");
-    EXPECT_EQ(choice(), "");
-    EXPECT_EQ(gx_user, 11U);
-    EXPECT_EQ(gx_group, 12U);
+    EXPECT_EQ(choice("11:12"), "");
 }
 
 TEST_F(GetUid, TheGroupNobodyWinsOverTheUsersOwn) {
     write_accounts(std::string(nobody) + www, "nobody:x:99:\n");
-    EXPECT_EQ(choice(), "");
-    EXPECT_EQ(gx_user, 11U);
-    EXPECT_EQ(gx_group, 99U);
+    EXPECT_EQ(choice("11:99"), "");
 }
 
 TEST_F(GetUid, AsksUntilTheSystemKnowsTheUser) {
     write_accounts(www, "");
     feed_console("wwww\n\nwww\n");
-    EXPECT_EQ(choice(), std::string("\nUser nobody is not in the passwd file. \n") +
-                            username_prompt +
-                            "[nobody]? \nUser wwww is not in the passwd file. \n" +
-                            username_prompt + "[wwww]? \nUser wwww is not in the passwd file. \n" +
-                            username_prompt + "[wwww]? ");
-    EXPECT_EQ(gx_user, 21U);
-    EXPECT_EQ(gx_group, 22U);
+    EXPECT_EQ(choice("21:22"),
+              std::string("\nUser nobody is not in the passwd file. \n") + username_prompt +
+                  "[nobody]? \nUser wwww is not in the passwd file. \n" + username_prompt +
+                  "[wwww]? \nUser wwww is not in the passwd file. \n" + username_prompt +
+                  "[wwww]? ");
 }
 
 TEST_F(GetUid, TheGroupNobodyWinsForAChosenUserToo) {
     write_accounts(www, "nobody:x:99:\n");
     feed_console("www\n");
-    choice();
-    EXPECT_EQ(gx_user, 21U);
-    EXPECT_EQ(gx_group, 99U);
+    choice("21:99");
 }
 
 TEST_F(GetUid, TakesUsersThatAreInNoFile) {
     write_accounts("", "");
     write_getent("[ \"$1\" = passwd ] && echo nobody:x:61:62:::\n");
-    EXPECT_EQ(choice(), "");
-    EXPECT_EQ(gx_user, 61U);
-    EXPECT_EQ(gx_group, 62U);
+    EXPECT_EQ(choice("61:62"), "");
     EXPECT_EQ(asked_of_getent(), "[passwd][nobody][group][nobody]");
 }
 
@@ -67,8 +59,7 @@ TEST_F(GetUid, BearsANameOf511Characters) {
     const std::string name(511, 'u');
     write_accounts(name + ":x:31:32::/:\n", "");
     feed_console(name + "\n");
-    choice();
-    EXPECT_EQ(gx_user, 31U);
+    choice("31:32");
 }
 
 TEST_F(GetUid, KnowsTheUsersOfTheSystem) {

@@ -198,7 +198,7 @@ TEST_F(ChecksumTest, ANegativeChecksumAgreesWithItsNumber) {
     EXPECT_EQ(difference_of(content + "\n||checksum=-1627967296||\n"), 0);
 }
 
-TEST_F(ChecksumTest, AHugeNumberIsTheNearestThatCanBe) {
+TEST_F(ChecksumTest, ANumberOutsideThirtyTwoBitsIsReadAsTheLargestOrTheSmallest) {
     for (const char *number : {"99999999999999999999999999", "4294967297", "2147483648"}) {
         EXPECT_EQ(difference_of("||checksum=" + std::string(number) + "||\n"), -2147483647)
             << number;

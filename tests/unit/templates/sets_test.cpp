@@ -4,12 +4,12 @@
 #include "support/answers_test.h"
 #include "support/console_capture.h"
 #include "support/tree.h"
+#include "unit/process_limit.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 namespace {
 
@@ -232,12 +232,10 @@ TEST_F(SetCopy, ManySetsNeedFewOpenFiles) {
     for (int number = 0; number < 80; number++) {
         std::filesystem::create_directory("src/many" + std::to_string(number));
     }
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit few = {40, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    copied(1, dst);
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    {
+        const process_limit few(RLIMIT_NOFILE, 40);
+        copied(1, dst);
+    }
     for (int number = 0; number < 80; number++) {
         EXPECT_EQ(read_file("dst/many" + std::to_string(number) + "/words.dat"), "words");
     }

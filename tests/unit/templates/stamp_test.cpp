@@ -6,14 +6,13 @@
 #include "support/tree.h"
 #include "templates.h"
 #include "templates/checksum.h"
+#include "unit/process_limit.h"
 
 #include <algorithm>
-#include <csignal>
 #include <gmock/gmock-matchers.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -43,26 +42,6 @@ class user_for_a_while {
 
   private:
     uid_t before_ = ::geteuid();
-};
-
-// Files of this process cannot grow beyond a size for a while: the write fails as on a full disk.
-class small_files {
-  public:
-    explicit small_files(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~small_files() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    small_files(const small_files &) = delete;
-    small_files &operator=(const small_files &) = delete;
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int);
 };
 
 constexpr auto headers = tpl_add_header;
@@ -139,7 +118,7 @@ class StampTest : public scratch_test {
         const std::string text = content("a.tpl");
         const std::string before = tree_of("tpl");
         {
-            const small_files limit(row.largest_file);
+            const process_limit limit(RLIMIT_FSIZE, row.largest_file);
             const user_for_a_while user(row.is_by_somebody ? somebody : ::geteuid());
             EXPECT_EQ(stamp(row.mode), 1);
         }

@@ -20,7 +20,7 @@ class Classification : public UpgradeWorld {
     // The same for any other code, which must give `result`.
     void expect_shown(int result, const std::string &typed, const std::function<int()> &code) {
         feed_console(typed);
-        expect_kept("console", replaced(shown(result, code), installed(), "@"));
+        expect_kept("console", with_at(shown(result, code)));
     }
 
     // An installed template and the one of the distribution.
@@ -39,6 +39,19 @@ class Classification : public UpgradeWorld {
                 .old_tmplt_set = "old_" + name.substr(0, 1),
                 .new_tmplt_set = "new_" + name.substr(0, 1),
                 .modified = 0};
+    }
+
+    // What the writing of the list shows; its result must be `result`.
+    std::string saved(int result, std::span<const TMPLT_INFO> templates) {
+        return with_at(shown(result, [&] { return save_upgrade_list(&ini, templates); }));
+    }
+
+    static std::string categories_of(std::span<const TMPLT_INFO> templates) {
+        std::string categories;
+        for (const TMPLT_INFO &tpl : templates) {
+            categories += std::to_string(tpl.category) + " ";
+        }
+        return categories;
     }
 
     // The part of a list behind its header.
@@ -136,13 +149,7 @@ TEST_F(DoUpgradeList, AThousandTemplatesAreLookedAtAndTheLogTellsOfMore) {
     }
     feed_console("no\n\n");
     shown(0, [&] { return do_upgrade_list(&ini); });
-    const std::string list = read_file("tmptlist.txt");
-    std::size_t count = 0;
-    for (std::size_t at = list.find("\n2. "); at != std::string::npos;
-         at = list.find("\n2. ", at + 1)) {
-        count++;
-    }
-    EXPECT_EQ(count, 1000U);
+    EXPECT_EQ(count_of("\n2. ", read_file("tmptlist.txt")), 1000);
     EXPECT_THAT(log(), HasSubstr("Error: MAXWILD exceeded\n"));
 }
 
@@ -161,7 +168,7 @@ TEST_F(PrintUpgradeList, AnEmptySectionSaysSo) {
 TEST_F(PrintUpgradeList, ANameIsCutToFourteenCharactersHereAndInTheFile) {
     const TMPLT_INFO templates[] = {entry("abcdefghij.tpl", 2), entry("abcdefghijk.tpl", 2)};
     expect_shown(1, "yes\n", [&] { return print_upgrade_list(templates); });
-    EXPECT_EQ(shown(1, [&] { return save_upgrade_list(&ini, templates); }), ".");
+    EXPECT_EQ(saved(1, templates), ".");
     expect_kept("tmptlist.txt", read_file("tmptlist.txt"));
 }
 
@@ -181,9 +188,7 @@ TEST_F(SafeSave, ReplacesCategoryOneAloneAndTakesItOutOfTheList) {
                   read_file(installed("c.tpl")),
               "oldnewold");
     EXPECT_EQ(mode_of(installed("b.tpl")), "0660");
-    EXPECT_EQ(templates[0].category, 2);
-    EXPECT_EQ(templates[1].category, 0);
-    EXPECT_EQ(templates[2].category, 3);
+    EXPECT_EQ(categories_of(templates), "2 0 3 ");
 }
 
 TEST_F(SafeSave, AFailedCopyIsReportedKeepsItsCategoryAndTheRestIsTried) {
@@ -193,9 +198,7 @@ TEST_F(SafeSave, AFailedCopyIsReportedKeepsItsCategoryAndTheRestIsTried) {
     TMPLT_INFO templates[] = {entry("a.tpl", 1), entry("b.tpl", 1), entry("c.tpl", 1)};
     expect_shown(0, "", [&] { return safe_save(&ini, templates); });
     EXPECT_EQ(read_file(installed("c.tpl")), "new");
-    EXPECT_EQ(templates[0].category, 1);
-    EXPECT_EQ(templates[1].category, 1);
-    EXPECT_EQ(templates[2].category, 0);
+    EXPECT_EQ(categories_of(templates), "1 1 0 ");
 }
 
 // --- The list file ---
@@ -203,7 +206,7 @@ TEST_F(SafeSave, AFailedCopyIsReportedKeepsItsCategoryAndTheRestIsTried) {
 TEST_F(SaveUpgradeList, HoldsHeaderAndEntriesInTheOrderOfTheList) {
     const TMPLT_INFO templates[] = {entry("a.tpl", 1), entry("b.tpl", 3), entry("c.tpl", 0),
                                     entry("d.tpl", 2)};
-    EXPECT_EQ(shown(1, [&] { return save_upgrade_list(&ini, templates); }), ".");
+    EXPECT_EQ(saved(1, templates), ".");
     expect_kept("tmptlist.txt", read_file("tmptlist.txt"));
     EXPECT_EQ(read_file(installed("tmptlist.txt")), read_file("tmptlist.txt"));
     EXPECT_EQ(mode_of(installed("tmptlist.txt")), "0660");
@@ -213,7 +216,7 @@ TEST_F(SaveUpgradeList, WithNothingToListRemovesTheFileAndIsNoCopy) {
     const TMPLT_INFO templates[] = {entry("a.tpl", 0)};
     write_file("tmptlist.txt", "an older list");
     write_file(installed("tmptlist.txt"), "an older copy");
-    EXPECT_EQ(shown(0, [&] { return save_upgrade_list(&ini, templates); }), "");
+    EXPECT_EQ(saved(0, templates), "");
     EXPECT_EQ(names_below("."), string_set{"tpl"});
     EXPECT_EQ(read_file(installed("tmptlist.txt")), "an older copy");
 }
@@ -221,15 +224,14 @@ TEST_F(SaveUpgradeList, WithNothingToListRemovesTheFileAndIsNoCopy) {
 TEST_F(SaveUpgradeList, AFileThatCannotBeOpenedIsReportedWithTheSystemsText) {
     const TMPLT_INFO templates[] = {entry("a.tpl", 1)};
     std::filesystem::create_directory("tmptlist.txt");
-    EXPECT_EQ(shown(0, [&] { return save_upgrade_list(&ini, templates); }),
-              "Error: Can't open \"tmptlist.txt\": Is a directory\n");
+    EXPECT_EQ(saved(0, templates), "Error: Can't open \"tmptlist.txt\": Is a directory\n");
     EXPECT_FALSE(is_there(installed("tmptlist.txt")));
 }
 
 TEST_F(SaveUpgradeList, AFullDiskIsReportedAndNothingIsCopied) {
     const TMPLT_INFO templates[] = {entry("a.tpl", 1)};
     std::filesystem::create_symlink("/dev/full", "tmptlist.txt");
-    EXPECT_EQ(shown(0, [&] { return save_upgrade_list(&ini, templates); }),
+    EXPECT_EQ(saved(0, templates),
               "Error: Can't write \"tmptlist.txt\": No space left on device\n");
     EXPECT_FALSE(is_there(installed("tmptlist.txt")));
 }
@@ -237,9 +239,9 @@ TEST_F(SaveUpgradeList, AFullDiskIsReportedAndNothingIsCopied) {
 TEST_F(SaveUpgradeList, ACopyThatFailsIsReported) {
     const TMPLT_INFO templates[] = {entry("a.tpl", 1)};
     std::filesystem::create_directory(installed("tmptlist.txt"));
-    EXPECT_EQ(shown(0, [&] { return save_upgrade_list(&ini, templates); }),
-              "\n" + std::string(79, '-') + "\nError: Can't write to \"" +
-                  installed("tmptlist.txt") + "\": Is a directory\n\n");
+    EXPECT_EQ(saved(0, templates),
+              "\n" + std::string(79, '-') +
+                  "\nError: Can't write to \"@/tmptlist.txt\": Is a directory\n\n");
     EXPECT_EQ(entries_of("tmptlist.txt"),
               "1. a.tpl              Current template set: old_a version 1.9\n"
               "                 Distribution template set: new_a version 2.1\n");

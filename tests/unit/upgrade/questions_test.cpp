@@ -41,15 +41,7 @@ class GxupgradeQuest : public UpgradeWorld {
     std::string answer(answer_position position) { return ini_value2_num(&ini, position); }
 
     // How often the log has a line of this text.
-    int logged(const std::string &text) const {
-        int count = 0;
-        const std::string lines = log();
-        for (std::size_t at = lines.find(text + "\n"); at != std::string::npos;
-             at = lines.find(text + "\n", at + 1)) {
-            count++;
-        }
-        return count;
-    }
+    int logged(const std::string &text) const { return count_of(text + "\n", log()); }
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "upgrade/upgrade.h"
 
+#include "support/store_texts.h"
 #include "unit/upgrade/upgrade_world.h"
 
 #include <gmock/gmock-matchers.h>
@@ -33,15 +34,6 @@ class Gxupgrade : public UpgradeWorld {
 
     std::string in_cgi_bin(const std::string &name) const {
         return scratch.path("cgi-bin/" + name);
-    }
-
-    std::vector<std::string> sets() {
-        std::vector<std::string> values;
-        for (const char *value = ini_value(&ini, "tpl_set", 0); value != nullptr;
-             value = ini_next_value(&ini, "tpl_set")) {
-            values.emplace_back(value);
-        }
-        return values;
     }
 };
 
@@ -79,7 +71,7 @@ TEST_F(Gxupgrade, WithoutWmlSetsNoTemplateSetIsLeftAndTheDirectoriesStay) {
     set_answer(&ini, D_TPL_SET, "1 old");
     set_answer(&ini, D_VLIMG, "/vlimg");
     upgrade(1);
-    EXPECT_TRUE(sets().empty());
+    EXPECT_EQ(values_of(&ini, "tpl_set"), texts{});
     EXPECT_STREQ(ini_value_num(&ini, D_TEMPLATES), installed().c_str());
     EXPECT_STREQ(ini_value_num(&ini, D_VLIMG), "/vlimg");
 }

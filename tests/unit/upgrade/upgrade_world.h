@@ -35,5 +35,15 @@ class UpgradeWorld : public FileWorld {
         return content + formatted("\n||checksum=%d||\n", expected_checksum(content));
     }
 
+    // How often `text` stands in `whole`.
+    static int count_of(std::string_view text, std::string_view whole) {
+        int count = 0;
+        for (std::size_t at = whole.find(text); at != std::string_view::npos;
+             at = whole.find(text, at + 1)) {
+            count++;
+        }
+        return count;
+    }
+
     ini_settings ini{};
 };

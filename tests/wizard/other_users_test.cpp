@@ -377,7 +377,7 @@ TEST_F(OtherUsersRaces, ADirectorySwappedForALinkDuringItsRemovalKeepsRootsTree)
         },
         [&host] {
             fs::rename("spool/kestrel/set", "spool/away");
-            plant_link(host, "spool/kestrel/set", "private/home");
+            fs::create_symlink(host.path("private/home"), "spool/kestrel/set");
         });
     run_wizard(host, {}, removal + console_script{{"Remove kestrel CGI", "no"}},
                slowed("unlinkat,unlink,rmdir", "delay_enter"));
@@ -389,7 +389,10 @@ TEST_F(OtherUsersRaces, AProgramSwappedForALinkBeforeItsModeIsGivenLeavesRootsFi
     fs::remove("cgi-bin/kestrel.cgi");
     const char *program = "cgi-bin/kestrel.cgi";
     swapper other([&] { return is_there(program) && fs::file_size(program) > 0; },
-                  [&] { plant_letter(host, program); });
+                  [&] {
+                      fs::remove(program);
+                      fs::create_symlink(host.path("private/letter"), program);
+                  });
     run_wizard(host, {}, install, slowed("chmod,fchmod,chown,fchown", "delay_enter"));
     EXPECT_TRUE(other.has_swapped());
 }

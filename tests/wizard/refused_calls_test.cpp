@@ -29,6 +29,9 @@ const session_script flat_install = {
 const session_script upgrade = {
     {},
     "2\nno\n@/cgi-bin\n@/spool/kestrel\n@/html/vlimg\n/vlimg\nno\nno\nno\nno\non\nno\nno\nend\n"};
+const session_script removal = {
+    {},
+    "3\n@/cgi-bin\nyes\nno\n@/html/vlimg\nyes\n@/spool/kestrel\nno\n@/spool/kestrel\nyes\nend\n"};
 const session_script stamping = {{"-checksum"}, "@/dist/tpl\nend\n"};
 const std::string log_start = "Info:  * gxsetup, version 3.0h started *\n";
 
@@ -106,24 +109,18 @@ class RefusedWords : public testing::Test {
     const world host{"kestrel"};
 };
 
-template <typename Row>
-std::string name_of(const testing::TestParamInfo<Row> &one) {
-    return one.param.name;
-}
-
-// --- Installs ---
-
-// A call of an install that is refused, what the console shows then, and what is left.
+// A call that is refused, what the console or the log shows then, and what is left.
 struct refusal {
     const char *name;
     const char *call;
     std::string part; // of the call as strace shows it
     const char *error;
     std::string shown;
-    std::string outcome = "unsuccessful";
+    std::string outcome = "Installation unsuccessful";
     std::string left = ""; // in the tree
     std::string gone = "";
     host_maker make = leave_as_unpacked;
+    const session_script &script = flat_install;
     int passed_over = 0;   // such calls before it
     bool is_roots = false; // only root makes the call for this
 };
@@ -146,35 +143,52 @@ void add_old_ini(const world & /*host*/) {
     ::chmod("cgi-bin/kestrel.ini", 0600);
 }
 
+void upgrade_host_with_new_ini(const world &host) {
+    upgrade_host(host);
+    add_file("cgi-bin/kestrel.new", "old 1\n");
+}
+
+void install_with_link(const world &host) {
+    install(host);
+    add_file("elsewhere/letter", "dear reader\n");
+    std::filesystem::create_directory_symlink("../../elsewhere", "spool/kestrel/link");
+}
+
+// All that is said on standard error, between the screen and the log.
+const std::string unreadable_directory =
+    quit_at_a_question + "Could not read directory file: Input/output error\n" + log_start;
 const std::string index_template = "0660 ./spool/kestrel/index.tpl \"new tpl/index.tpl\"\n";
 
 const std::vector<refusal> refusals = {
     {"RefusedWords.ASourceThatCannotBeLookedAt", "newfstatat", "<@/dist/tpl/head.tpl>", "EIO",
-     "Error: Can't copy ./tpl/head.tpl: Input/output error\n", "unsuccessful", index_template,
-     "spool/kestrel/head.tpl", leave_as_unpacked, 1},
+     "Error: Can't copy ./tpl/head.tpl: Input/output error\n", "Installation unsuccessful",
+     index_template, "spool/kestrel/head.tpl", leave_as_unpacked, flat_install, 1},
     {"RefusedWords.ASourceThatCannotBeOpened", "openat", "<@/dist/tpl>, \"head.tpl\"", "EMFILE",
-     "Error: Can't copy ./tpl/head.tpl: Too many open files\n", "unsuccessful", index_template, "",
-     leave_as_unpacked, 1},
+     "Error: Can't copy ./tpl/head.tpl: Too many open files\n", "Installation unsuccessful",
+     index_template, "", leave_as_unpacked, flat_install, 1},
     {"RefusedWords.ASourceThatCannotBeRead", "read", "<@/dist/menu.js>", "EIO",
      "Error: Can't copy menu.js: Input/output error\n"},
     {"RefusedWords.ADestinationThatCannotBeOpened", "openat", "<@/spool/kestrel>, \"head.tpl\"",
      "EDQUOT", write_refused("@/spool/kestrel/head.tpl", "Disk quota exceeded")},
     {"RefusedWords.ADestinationThatNothingCanBeMadeBeside", "openat", "<@/html/vlimg>, \"gxsetup.",
-     "EIO", write_refused("@/html/vlimg/logo.gif", "Input/output error"), "unsuccessful",
-     "html/vlimg/logo.gif \"old picture\"", "", add_old_pictures},
+     "EIO", write_refused("@/html/vlimg/logo.gif", "Input/output error"),
+     "Installation unsuccessful", "html/vlimg/logo.gif \"old picture\"", "", add_old_pictures},
     {"RefusedWords.ADestinationThatCannotBeClosed", "close", "<@/cgi-bin/kestrel.cgi>", "EIO",
      program_failed("Input/output error")},
     {"RefusedWords.AModeThatCannotBeGivenToAProgramFailsNothing", "fchmod",
      "<@/cgi-bin/kestrel.cgi>", "EPERM",
-     "Error: @/cgi-bin/kestrel.cgi mode not changed, Operation not permitted\n", "successful"},
+     "Error: @/cgi-bin/kestrel.cgi mode not changed, Operation not permitted\n",
+     "Installation successful"},
     {"RefusedWords.ADirectoryThatCannotBeMadeFailsTheCopiesIntoIt", "mkdirat",
      "<@/html>, \"vlimg\"", "EROFS",
      "\nCopying VBS and JS files" +
          write_refused("@/html/vlimg/menu.vbs", "No such file or directory") +
          write_refused("@/html/vlimg/menu.js", "No such file or directory"),
-     "unsuccessful", index_template},
+     "Installation unsuccessful", index_template},
     {"RefusedWords.AWorkingDirectoryThatCannotBeReadToItsEnd", "getdents64", "<@/dist>", "EIO",
      "Could not read directory file: Input/output error\n", ""},
+    {"RefusedWords.ADirectoryThatCannotBeReadToItsEnd", "getdents64", "<@/dist/tpl>", "EIO",
+     unreadable_directory, ""},
     {"RefusedWords.AnswersThatCannotBeWrittenOut", "write", "\"# file written by gxsetup", "ENOSPC",
      "Error: Can't write \"gxsetup.dat\": No space left on device\n", "", "", "dist/gxsetup.dat"},
     {"RefusedWords.AnswersThatCannotBePutInPlace", "renameat", "\"gxsetup.dat\"", "EROFS",
@@ -183,11 +197,25 @@ const std::vector<refusal> refusals = {
      "", "", "dist/gxsetup.dat"},
     {"RefusedWords.AnIniThatCannotBeClosed", "close", "<@/cgi-bin/gxsetup.", "EDQUOT",
      "\nCreating kestrel.ini fileError: Can't write @/cgi-bin/kestrel.ini: Disk quota exceeded\n",
-     "unsuccessful", "", "cgi-bin/kestrel.ini"},
+     "Installation unsuccessful", "", "cgi-bin/kestrel.ini"},
     {"RefusedWords.AnIniWhoseModeCannotBeFoundOutStays", "newfstatat",
      "<@/cgi-bin>, \"kestrel.ini\"", "EIO",
-     "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n", "unsuccessful",
-     "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini, 0, true},
+     "\nCreating kestrel.ini fileError: Can't open @/cgi-bin/kestrel.ini\n",
+     "Installation unsuccessful", "0600 ./cgi-bin/kestrel.ini \"old 1\"\n", "", add_old_ini,
+     flat_install, 0, true},
+    {"RefusedWords.ASampleThatCannotBeReadLeavesTheOldIni", "read", "<@/dist/kestrel.ini>", "EIO",
+     "Error: Can't open kestrel.ini\n", "Upgrade unsuccessful",
+     "0644 ./cgi-bin/kestrel.new \"old 1\"\n", "", upgrade_host_with_new_ini, upgrade},
+    {"RefusedWords.AFileThatCannotBeRemoved", "unlinkat", "\"kestrel.cgi\"", "EROFS",
+     "Error: \nCannot remove @/cgi-bin/kestrel.cgi: Read-only file system\n", "remove unsuccessful",
+     "0755 ./cgi-bin/\n0770 ./cgi-bin/kestrel.cgi\n0755 ./dist/\n", "", install, removal},
+    {"RefusedWords.ATemplatesDirectoryThatCannotBeRemoved", "unlinkat", "<@/spool>, \"kestrel\"",
+     "EBUSY", "Error: Cannot remove @/spool/kestrel: Device or resource busy\n",
+     "remove successful", "0755 ./spool/\n0770 ./spool/kestrel/\n(end)", "", install, removal},
+    {"RefusedWords.ADirectoryThatMayBeALinkIsNotEntered", "newfstatat",
+     "<@/spool/kestrel>, \"link\"", "EIO",
+     "Error: \nCannot remove @/spool/kestrel/link: Not a directory\n", "",
+     "elsewhere/letter \"dear reader\"", "", install_with_link, removal, 1},
 };
 
 void RefusedWords::check(const refusal &one) {
@@ -195,11 +223,11 @@ void RefusedWords::check(const refusal &one) {
         GTEST_SKIP() << "only root looks at a file before it is replaced";
     }
     const wizard_run run =
-        refuse(one.make, flat_install, one.call, one.part, one.error, one.passed_over);
+        refuse(one.make, one.script, one.call, one.part, one.error, one.passed_over);
     EXPECT_THAT(run.transcript + run.errors + shown_log(host, "dist/gxsetup.log"),
                 HasSubstr(one.shown));
-    EXPECT_THAT(run.transcript, HasSubstr("\nInstallation " + one.outcome));
-    EXPECT_THAT(tree_of(host, "."), HasSubstr(one.left));
+    EXPECT_THAT(run.transcript, HasSubstr("\n" + one.outcome));
+    EXPECT_THAT(tree_of(host, ".") + "(end)", HasSubstr(one.left));
     EXPECT_TRUE(one.gone.empty() || !is_there(one.gone)) << one.gone;
 }
 
@@ -207,15 +235,9 @@ const int refusals_registered = register_rows<RefusedWords>(refusals);
 
 // Whichever call the bytes are moved with.
 TEST_F(RefusedWords, ADestinationThatCannotBeWritten) {
-    run_place place;
-    place.wrapper = {"/usr/bin/strace",
-                     "-o",
-                     "/dev/null",
-                     "-P",
-                     host.path("cgi-bin/kestrel.cgi"),
-                     "-e",
-                     "inject=write,?copy_file_range,ioctl:error=EDQUOT"};
-    place.settings = {{"ASAN_OPTIONS", "detect_leaks=0"}, {"LSAN_OPTIONS", "detect_leaks=0"}};
+    const run_place place =
+        under_strace({"-o", "/dev/null", "-P", host.path("cgi-bin/kestrel.cgi"), "-e",
+                      "inject=write,?copy_file_range,ioctl:error=EDQUOT"});
     const wizard_run run =
         run_wizard(host, flat_install.arguments, typed(flat_install.answers), place);
     EXPECT_THAT(run.transcript, HasSubstr(program_failed("Disk quota exceeded")));
@@ -234,12 +256,6 @@ TEST_F(RefusedWords, ADirectoryThatCannotBeOpened) {
         refuse(leave_as_unpacked, flat_install, "openat", "<@/dist/tpl>, \".\"", "EMFILE", 1);
     EXPECT_EQ(run.errors, "Could not read directory file: Too many open files\n");
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"), HasSubstr("Info:  No files found in *\n"));
-}
-
-TEST_F(RefusedWords, ADirectoryThatCannotBeReadToItsEnd) {
-    const wizard_run run =
-        refuse(leave_as_unpacked, flat_install, "getdents64", "<@/dist/tpl>", "EIO");
-    EXPECT_EQ(run.errors, "Could not read directory file: Input/output error\n");
 }
 
 // --- The version ---
@@ -288,16 +304,6 @@ TEST_F(RefusedWords, AnswersThatCannotBeRead) {
     EXPECT_THAT(
         shown_log(host, "dist/gxsetup.log"),
         HasSubstr("Error: INI: file {gxsetup.dat} could not be read: Input/output error\n"));
-}
-
-TEST_F(RefusedWords, ASampleThatCannotBeReadLeavesTheOldIni) {
-    const auto make = [](const world &where) {
-        install_31_and_unpack_32(where);
-        add_file("cgi-bin/kestrel.new", "old 1\n");
-    };
-    const wizard_run run = refuse(make, upgrade, "read", "<@/dist/kestrel.ini>", "EIO");
-    EXPECT_THAT(run.transcript, HasSubstr("Error: Can't open kestrel.ini\n"));
-    EXPECT_EQ(read_file("cgi-bin/kestrel.new"), "old 1\n");
 }
 
 // --- Stamping ---
@@ -358,41 +364,6 @@ TEST_F(RefusedWords, AnInstalledTemplateThatCannotBeReadIsKept) {
     EXPECT_THAT(shown_log(host, "dist/gxsetup.log"),
                 HasSubstr("Error: Can't open clean.tpl, header information unobtainable\n"));
     EXPECT_EQ(template_text("spool/kestrel/clean.tpl"), "old clean");
-}
-
-// --- Removal ---
-
-const session_script removal = {
-    {},
-    "3\n@/cgi-bin\nyes\nno\n@/html/vlimg\nyes\n@/spool/kestrel\nno\n@/spool/kestrel\nyes\nend\n"};
-
-TEST_F(RefusedWords, AFileThatCannotBeRemoved) {
-    const wizard_run run = refuse(install, removal, "unlinkat", "\"kestrel.cgi\"", "EROFS");
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: \nCannot remove @/cgi-bin/kestrel.cgi: Read-only file system\n"));
-    EXPECT_THAT(run.transcript, HasSubstr("\nremove unsuccessful\n"));
-    EXPECT_EQ(tree_of(host, "cgi-bin"), "0770 cgi-bin/kestrel.cgi\n");
-}
-
-TEST_F(RefusedWords, ATemplatesDirectoryThatCannotBeRemoved) {
-    const wizard_run run = refuse(install, removal, "unlinkat", "<@/spool>, \"kestrel\"", "EBUSY");
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: Cannot remove @/spool/kestrel: Device or resource busy\n"));
-    EXPECT_THAT(run.transcript, HasSubstr("\nremove successful\n"));
-    EXPECT_EQ(tree_of(host, "spool"), "0770 spool/kestrel/\n");
-}
-
-TEST_F(RefusedWords, ADirectoryThatMayBeALinkIsNotEntered) {
-    const auto add_link = [](const world &where) {
-        install(where);
-        add_file("elsewhere/letter", "dear reader\n");
-        std::filesystem::create_directory_symlink("../../elsewhere", "spool/kestrel/link");
-    };
-    const wizard_run run =
-        refuse(add_link, removal, "newfstatat", "<@/spool/kestrel>, \"link\"", "EIO", 1);
-    EXPECT_THAT(run.transcript,
-                HasSubstr("Error: \nCannot remove @/spool/kestrel/link: Not a directory\n"));
-    EXPECT_EQ(read_file("elsewhere/letter"), "dear reader\n");
 }
 
 // --- Streams ---

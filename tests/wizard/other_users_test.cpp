@@ -539,6 +539,7 @@ TEST_F(OtherUsers, StampingReadsNeitherTheirLinksNorSecondNames) {
     EXPECT_THAT(run.transcript, HasSubstr("x"));
     EXPECT_THAT(read_file("spool/kestrel/clean.tpl"), HasSubstr("checksum="));
     EXPECT_TRUE(fs::is_symlink("spool/kestrel/link.tpl"));
+    EXPECT_TRUE(fs::equivalent("spool/kestrel/name.tpl", "private/letter"));
 }
 
 TEST_F(OtherUsers, TwoStampingsAtOnceLeaveEveryTemplateWhole) {

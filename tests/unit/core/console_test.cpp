@@ -15,6 +15,18 @@ std::string shown(std::string text) {
     return without_controls(text);
 }
 
+// The lines of 15 bytes at most that read_line gives of an input, each in brackets.
+std::string lines_of(const std::string &input) {
+    std::array<char, 16> line{};
+    std::string lines;
+    feed_console(input);
+    while (read_line(line)) {
+        lines += "[" + std::string(line.data()) + "]";
+    }
+    EXPECT_STREQ(line.data(), "");
+    return lines;
+}
+
 const std::string utf8 = "\xC2\xA0 \xC3\x9B \xDF\xBF \xE0\xA0\x80 \xE2\x82\xAC \xED\x9F\xBF "
                          "\xEE\x80\x80 \xF0\x90\x80\x9B \xF4\x8F\xBF\xBF";
 
@@ -30,28 +42,19 @@ const std::vector<rule> rules = {
      {{{"\xC0\x9B"}, "\xC0?"}, {{"\xE0\x80\x9B"}, "\xE0??"}, {{"\xED\xA0\x80"}, "\xED\xA0?"},
       {{"\xF4\x90\x80\x80"}, "\xF4???"}, {{"\xE2\x9B"}, "\xE2?"}, {{"\xF0\x9F\x98"}, "\xF0??"},
       {{"\xE2\x9B\x1b"}, "\xE2??"}, {{"caf\xE9"}, "caf\xE9"}}},
+    {"WithoutControls.WhatIsKeptStays", without_controls, {{{"a\n\tb\r\x1b", "\n\t"}, "a\n\tb??"}}},
+
+    {"ReadLine.GivesTheLineWithItsLineFeed", lines_of, {{{"first\nsecond"}, "[first\n][second]"}}},
+    {"ReadLine.LeavesTheRestOfALongLineForTheNextRead", lines_of,
+     {{{"abcdefghijklmnopqr\n"}, "[abcdefghijklmno][pqr\n]"}}},
+    {"ReadLine.ANulByteEndsTheTextButTheWholeLineIsTaken", lines_of,
+     {{{"ab\0cd\nnext\n"s}, "[ab][next\n]"}}},
 };
 // clang-format on
 
 const int registered = register_rows(rules);
 
-// The lines of 15 bytes at most that read_line gives of an input, each in brackets.
-std::string lines_of(std::string_view input) {
-    std::array<char, 16> line{};
-    std::string lines;
-    feed_console(input);
-    while (read_line(line)) {
-        lines += "[" + std::string(line.data()) + "]";
-    }
-    EXPECT_STREQ(line.data(), "");
-    return lines;
-}
-
 } // namespace
-
-TEST(WithoutControls, WhatIsKeptStays) {
-    EXPECT_EQ(without_controls("a\n\tb\r\x1b", "\n\t"), "a\n\tb??");
-}
 
 TEST(Print, ShowsTheFormattedTextHoweverLong) {
     const std::string text(3000, 'x');
@@ -64,18 +67,6 @@ TEST(PrintLines, ShowsATextAsItIs) {
 
 TEST(PrintDot, ShowsOneDot) {
     EXPECT_EQ(console_of([] { print_dot(); }), ".");
-}
-
-TEST(ReadLine, GivesTheLineWithItsLineFeed) {
-    EXPECT_EQ(lines_of("first\nsecond"), "[first\n][second]");
-}
-
-TEST(ReadLine, LeavesTheRestOfALongLineForTheNextRead) {
-    EXPECT_EQ(lines_of("abcdefghijklmnopqr\n"), "[abcdefghijklmno][pqr\n]");
-}
-
-TEST(ReadLine, ANulByteEndsTheTextButTheWholeLineIsTaken) {
-    EXPECT_EQ(lines_of("ab\0cd\nnext\n"s), "[ab][next\n]");
 }
 
 // What was printed must be seen before the program waits for an answer.

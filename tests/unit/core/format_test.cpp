@@ -1,10 +1,12 @@
 #include "core/format.h"
 
+#include "support/rows.h"
 #include "support/scratch_directory.h"
 
 #include <climits>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,6 +20,19 @@ std::string formatted_freely(const char *format, ...) {
 }
 
 const char *const no_text = nullptr;
+
+// clang-format off
+const std::vector<rule> rules = {
+    {"FormatWithoutArguments.ReadsEveryConversionAsMissing", format_without_arguments,
+     {{{"%s|%d|%i|%u|%x|%c|%%"}, "<NULL>|0|0|0|0||%"}}},
+    {"FormatWithoutArguments.PassesOverFlagsWidthAndPrecision", format_without_arguments,
+     {{{"[%-14.14s][%05d][%.4s][%*d][% i][%+u][%#x]"}, "[<NULL>][0][<NULL>][0][0][0][0]"}}},
+    {"FormatWithoutArguments.LeavesAnythingElseAsItStands", format_without_arguments,
+     {{{"%n %p %f %ld 50%"}, "%n %p %f %ld 50%"}, {{"%5.2q"}, "%5.2q"}, {{""}, ""}}},
+};
+// clang-format on
+
+const int registered = register_rows(rules);
 
 } // namespace
 
@@ -80,21 +95,6 @@ TEST(FormatFile, WritesTheTextAndSaysWhetherTheFileTookIt) {
     std::setvbuf(full, nullptr, _IONBF, 0);
     EXPECT_FALSE(format_file(full, "%s", "text"));
     std::fclose(full);
-}
-
-TEST(FormatWithoutArguments, ReadsEveryConversionAsMissing) {
-    EXPECT_EQ(format_without_arguments("%s|%d|%i|%u|%x|%c|%%"), "<NULL>|0|0|0|0||%");
-}
-
-TEST(FormatWithoutArguments, PassesOverFlagsWidthAndPrecision) {
-    EXPECT_EQ(format_without_arguments("[%-14.14s][%05d][%.4s][%*d][% i][%+u][%#x]"),
-              "[<NULL>][0][<NULL>][0][0][0][0]");
-}
-
-TEST(FormatWithoutArguments, LeavesAnythingElseAsItStands) {
-    EXPECT_EQ(format_without_arguments("%n %p %f %ld 50%"), "%n %p %f %ld 50%");
-    EXPECT_EQ(format_without_arguments("%5.2q"), "%5.2q");
-    EXPECT_EQ(format_without_arguments(""), "");
 }
 
 TEST(FormatWithoutArguments, DoubledPercentsGiveTheTextBack) {

@@ -16,6 +16,11 @@
 inline constexpr uid_t other_user = 4711;
 inline std::vector<std::string> refusals;
 
+// Why a file was not opened (as errno), or 0.
+inline int error_of(const auto &opened) {
+    return opened.is_open() ? 0 : errno;
+}
+
 // An own directory `ours`, a directory `shared` that another user may write, and `kept` with a file
 // that is none of that user's business.
 class Place : public scratch_test {

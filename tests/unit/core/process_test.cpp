@@ -1,5 +1,6 @@
 #include "core/process.h"
 
+#include "support/rows.h"
 #include "support/scratch_test.h"
 
 #include <cerrno>
@@ -9,24 +10,41 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
+using Process = scratch_test;
+
 constexpr std::size_t limit = 100;
 
-class Process : public scratch_test {
-  protected:
-    // What a shell's program prints.
-    static std::string printed(const std::string &program, std::size_t most = limit) {
-        return output_of({"/bin/sh", "-c", program}, most).value_or("(not started)");
-    }
+// What a shell's program prints.
+std::string printed(const std::string &program, std::size_t most) {
+    return output_of({"/bin/sh", "-c", program}, most).value_or("(not started)");
+}
+
+// clang-format off
+const std::vector<rule> rules = {
+    {"Process.OutputIsWhatAProgramPrints", printed, {{{"echo one; echo two", limit}, "one\ntwo\n"}}},
+    {"Process.AProgramThatFailsHasNoOutput", printed, {{{"echo half; exit 1", limit}, ""}}},
+    {"Process.AProgramThatASignalEndsHasNoOutput", printed,
+     {{{"echo half; kill -9 $$", limit}, ""}}},
+    {"Process.OutputOfTheLimitIsTaken", printed,
+     {{{"printf %0100d 0", limit}, std::string(100, '0')}}},
+    {"Process.OutputBeyondTheLimitIsNone", printed, {{{"printf %0101d 0", limit}, ""}}},
+    {"Process.OutputOfSeveralBlocksIsWhole", printed,
+     {{{"printf %010000d 0; sleep 0.01; printf 1", 20000}, std::string(10000, '0') + "1"}}},
+    // The program ends by the signal of a pipe that nobody reads, which this program ignores.
+    {"Process.AProgramThatPrintsForEverIsEnded", printed,
+     {{{"while :; do echo more; done", limit}, ""}}},
+    {"Process.StandardInputIsClosed", printed,
+     {{{"if read -r line; then echo read; else echo closed; fi 2>/dev/null", limit}, "closed\n"}}},
 };
+// clang-format on
+
+const int registered = register_rows<Process>(rules);
 
 } // namespace
-
-TEST_F(Process, OutputIsWhatAProgramPrints) {
-    EXPECT_EQ(printed("echo one; echo two"), "one\ntwo\n");
-}
 
 TEST_F(Process, WordsArriveAsTheyAreWithoutAShell) {
     EXPECT_EQ(output_of({"/bin/echo", "$HOME; a  b", "*", ""}, limit), "$HOME; a  b * \n");
@@ -49,42 +67,11 @@ TEST_F(Process, WithoutADescriptorThereIsNoOutput) {
     EXPECT_EQ(error, EMFILE);
 }
 
-TEST_F(Process, AProgramThatFailsHasNoOutput) {
-    EXPECT_EQ(printed("echo half; exit 1"), "");
-}
-
-TEST_F(Process, AProgramThatASignalEndsHasNoOutput) {
-    EXPECT_EQ(printed("echo half; kill -9 $$"), "");
-}
-
-TEST_F(Process, OutputOfTheLimitIsTaken) {
-    EXPECT_EQ(printed("printf %0100d 0"), std::string(100, '0'));
-}
-
-TEST_F(Process, OutputBeyondTheLimitIsNone) {
-    EXPECT_EQ(printed("printf %0101d 0"), "");
-}
-
-TEST_F(Process, OutputOfSeveralBlocksIsWhole) {
-    EXPECT_EQ(printed("printf %010000d 0; sleep 0.01; printf 1", 20000),
-              std::string(10000, '0') + "1");
-}
-
-// The program ends by the signal of a pipe that nobody reads, which this program ignores.
-TEST_F(Process, AProgramThatPrintsForEverIsEnded) {
-    EXPECT_EQ(printed("while :; do echo more; done"), "");
-}
-
 TEST_F(Process, OutputIsTakenWhereChildrenLeaveNoStatus) {
     const auto before = std::signal(SIGCHLD, SIG_IGN);
-    const std::string output = printed("echo one");
+    const std::string output = printed("echo one", limit);
     std::signal(SIGCHLD, before);
     EXPECT_EQ(output, "one\n");
-}
-
-TEST_F(Process, StandardInputIsClosed) {
-    EXPECT_EQ(printed("if read -r line; then echo read; else echo closed; fi 2>/dev/null"),
-              "closed\n");
 }
 
 TEST_F(Process, AStartedProgramWritesIntoTheDescriptor) {

@@ -1,7 +1,9 @@
 #include "core/stream.h"
 
 #include "core/format.h"
+#include "support/rows.h"
 #include "support/scratch_test.h"
+#include "support/tree.h"
 
 #include <array>
 #include <cerrno>
@@ -15,28 +17,81 @@ namespace {
 
 using namespace std::string_literals;
 
-mode_t mode_of(const std::string &path) {
-    struct stat entry {};
-    return ::stat(path.c_str(), &entry) == 0 ? entry.st_mode & 07777 : 0;
+// Why a file cannot be opened, or 0.
+int error_of(const char *path, read_limit limit = no_limit) {
+    return open_plain_file(path, limit) != nullptr ? 0 : errno;
 }
 
-std::vector<std::string> names_here() {
-    std::vector<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(".")) {
-        names.push_back(entry.path().filename());
+// Writes "new" in the place of a file. Gives the error (as errno) that it failed with, or 0.
+int replace(const std::string &path) {
+    replacement_file file(path.c_str());
+    if (file.stream() == nullptr) {
+        return errno;
     }
-    return names;
+    format_file(file.stream(), "%s", "new");
+    return file.commit() ? 0 : errno;
 }
+
+// Where "link" leads, which path is replaced, beside the file "file", the error that this gives,
+// and what there is then.
+struct replacement {
+    const char *name;
+    std::string link;
+    std::string path;
+    int error;
+    std::string after;
+};
+
+class ReplacementFile : public scratch_test {
+  protected:
+    ReplacementFile() : umask_before_(::umask(022)) { write_file("file", "old"); }
+    ~ReplacementFile() override { ::umask(umask_before_); }
+
+    static void check(const replacement &row) {
+        if (!row.link.empty()) {
+            std::filesystem::create_symlink(row.link, "link");
+        }
+        EXPECT_EQ(replace(row.path), row.error);
+        EXPECT_EQ(tree_of("."), row.after);
+    }
+
+  private:
+    mode_t umask_before_;
+};
+
+const std::string longest_name(255, 'n');
+const std::string old_file = "0644 ./file \"old\"\n";
+const std::string link = "0777 ./link (special)\n";
+
+// clang-format off
+const std::vector<replacement> replacements = {
+    {"ReplacementFile.PutsTheNewFileInPlace", "", "file", 0, "0644 ./file \"new\"\n"},
+    {"ReplacementFile.AFileMayHaveTheLongestNameThereIs", "", longest_name, 0,
+     old_file + "0644 ./" + longest_name + " \"new\"\n"},
+    {"ReplacementFile.ALinkStaysAndItsFileIsReplaced", "file", "link", 0,
+     "0644 ./file \"new\"\n" + link},
+    {"ReplacementFile.ALinkToAFileThatIsNotThereYetStaysAndItsFileIsMade", "real", "link", 0,
+     old_file + link + "0644 ./real \"new\"\n"},
+    {"ReplacementFile.ALinkIntoAMissingDirectoryIsNotReplaced", "missing/real", "link", ENOENT,
+     old_file + link},
+    {"ReplacementFile.ALinkThatLeadsNowhereElseIsNotReplaced", "link", "link", ELOOP,
+     old_file + link},
+    {"ReplacementFile.CannotBeMadeInAMissingDirectory", "", "missing/file", ENOENT, old_file},
+    {"ReplacementFile.CannotBeMadeForADirectory", "", ".", EISDIR, old_file},
+    {"ReplacementFile.ADeviceIsWrittenDirectly", "", "/dev/null", 0, old_file},
+    {"ReplacementFile.AFullDeviceFails", "", "/dev/full", ENOSPC, old_file},
+};
+// clang-format on
+
+const int registered = register_rows<ReplacementFile>(replacements);
 
 using Open = scratch_test;
 using ReadPiece = scratch_test;
-using ReplacementFile = scratch_test;
 
 } // namespace
 
 TEST_F(Open, WhatIsNotThereCannotBeRead) {
-    EXPECT_EQ(open_plain_file("missing"), nullptr);
-    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(error_of("missing"), ENOENT);
 }
 
 TEST_F(Open, WritingBeginsAnewAndAppendingGoesOn) {
@@ -59,26 +114,20 @@ TEST_F(Open, APipeThatNobodyReadsCannotBeWritten) {
 
 TEST_F(Open, OnlyAPlainFileIsTakenForOne) {
     write_file("file", "text");
-    EXPECT_NE(open_plain_file("file"), nullptr);
-    EXPECT_EQ(open_plain_file("."), nullptr);
-    EXPECT_EQ(errno, EISDIR);
-    EXPECT_EQ(open_plain_file("/dev/null"), nullptr);
-    EXPECT_EQ(errno, EINVAL);
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-    EXPECT_EQ(open_plain_file("pipe"), nullptr);
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(open_plain_file("missing"), nullptr);
-    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(error_of("file"), 0);
+    EXPECT_EQ(error_of("."), EISDIR);
+    EXPECT_EQ(error_of("/dev/null"), EINVAL);
+    EXPECT_EQ(error_of("pipe"), EINVAL);
 }
 
 TEST_F(Open, AFileOfMoreThanTheLimitIsNotRead) {
     write_file("file", "");
     ASSERT_EQ(::truncate("file", settings_limit.bytes), 0);
-    EXPECT_NE(open_plain_file("file", settings_limit), nullptr);
+    EXPECT_EQ(error_of("file", settings_limit), 0);
     ASSERT_EQ(::truncate("file", settings_limit.bytes + 1), 0);
-    EXPECT_EQ(open_plain_file("file", settings_limit), nullptr);
-    EXPECT_EQ(errno, EFBIG);
-    EXPECT_NE(open_plain_file("file"), nullptr);
+    EXPECT_EQ(error_of("file", settings_limit), EFBIG);
+    EXPECT_EQ(error_of("file"), 0);
 }
 
 TEST(StreamOf, ClosesADescriptorThatNoStreamCanBeHadOver) {
@@ -127,51 +176,26 @@ TEST_F(ReadPiece, AsATextEndsAtTheFirstNul) {
     EXPECT_EQ(read_text_piece(file.get(), piece), nullptr);
 }
 
-TEST_F(ReplacementFile, PutsTheNewFileInPlace) {
-    write_file("file", "old");
-    replacement_file file("file");
-    ASSERT_NE(file.stream(), nullptr);
-    format_file(file.stream(), "%s", "new");
-    EXPECT_EQ(read_file("file"), "old");
-    EXPECT_TRUE(file.commit());
-    EXPECT_EQ(read_file("file"), "new");
-    EXPECT_EQ(names_here(), std::vector<std::string>{"file"});
-}
-
 TEST_F(ReplacementFile, WithoutCommitTheOldFileStays) {
-    write_file("file", "old");
     {
         replacement_file file("file");
         format_file(file.stream(), "%s", "new");
+        std::fflush(file.stream());
+        EXPECT_EQ(read_file("file"), "old");
     }
-    EXPECT_EQ(read_file("file"), "old");
-    EXPECT_EQ(names_here(), std::vector<std::string>{"file"});
+    EXPECT_EQ(tree_of("."), old_file);
 }
 
 TEST_F(ReplacementFile, ANewFileGetsTheUsualModeAndAReplacedOneKeepsItsOwn) {
-    const mode_t mask = ::umask(027);
-    replacement_file fresh("fresh");
-    EXPECT_TRUE(fresh.commit());
-    EXPECT_EQ(mode_of("fresh"), 0640U);
+    ::umask(027);
+    EXPECT_TRUE(replacement_file("fresh").commit());
+    EXPECT_EQ(tree_of("."), old_file + "0640 ./fresh \"\"\n");
     ASSERT_EQ(::chmod("fresh", 0604), 0);
-    replacement_file again("fresh");
-    EXPECT_TRUE(again.commit());
-    EXPECT_EQ(mode_of("fresh"), 0604U);
+    EXPECT_TRUE(replacement_file("fresh").commit());
+    EXPECT_EQ(tree_of("."), old_file + "0604 ./fresh \"\"\n");
     ASSERT_EQ(::chmod("fresh", 06777), 0);
-    replacement_file once_more("fresh");
-    EXPECT_TRUE(once_more.commit());
-    EXPECT_EQ(mode_of("fresh"), 06777U);
-    ::umask(mask);
-}
-
-TEST_F(ReplacementFile, AFileMayHaveTheLongestNameThereIs) {
-    const std::string name(255, 'n');
-    write_file(name, "old");
-    replacement_file file(name.c_str());
-    ASSERT_NE(file.stream(), nullptr);
-    format_file(file.stream(), "%s", "new");
-    EXPECT_TRUE(file.commit());
-    EXPECT_EQ(read_file(name), "new");
+    EXPECT_TRUE(replacement_file("fresh").commit());
+    EXPECT_EQ(tree_of("."), old_file + "6777 ./fresh \"\"\n");
 }
 
 TEST_F(ReplacementFile, APathOfMoreThan511CharactersIsRefused) {
@@ -179,61 +203,7 @@ TEST_F(ReplacementFile, APathOfMoreThan511CharactersIsRefused) {
     while (here.size() < 508) {
         here += "./";
     }
-    EXPECT_TRUE(replacement_file((here + "abc").c_str()).commit());
-    EXPECT_EQ(replacement_file((here + "abcd").c_str()).stream(), nullptr);
-    EXPECT_EQ(errno, ENAMETOOLONG);
-    EXPECT_EQ(names_here(), std::vector<std::string>{"abc"});
-}
-
-TEST_F(ReplacementFile, ALinkStaysAndItsFileIsReplaced) {
-    write_file("real", "old");
-    std::filesystem::create_symlink("real", "link");
-    replacement_file file("link");
-    format_file(file.stream(), "%s", "new");
-    EXPECT_TRUE(file.commit());
-    EXPECT_TRUE(std::filesystem::is_symlink("link"));
-    EXPECT_EQ(read_file("real"), "new");
-}
-
-TEST_F(ReplacementFile, ALinkToAFileThatIsNotThereYetStaysAndItsFileIsMade) {
-    std::filesystem::create_symlink("real", "link");
-    replacement_file file("link");
-    ASSERT_NE(file.stream(), nullptr);
-    format_file(file.stream(), "%s", "new");
-    EXPECT_TRUE(file.commit());
-    EXPECT_TRUE(std::filesystem::is_symlink("link"));
-    EXPECT_EQ(read_file("real"), "new");
-}
-
-TEST_F(ReplacementFile, ALinkIntoAMissingDirectoryIsNotReplaced) {
-    std::filesystem::create_symlink("missing/real", "link");
-    EXPECT_EQ(replacement_file("link").stream(), nullptr);
-    EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(names_here(), std::vector<std::string>{"link"});
-}
-
-TEST_F(ReplacementFile, ALinkThatLeadsNowhereElseIsNotReplaced) {
-    std::filesystem::create_symlink("link", "link");
-    EXPECT_EQ(replacement_file("link").stream(), nullptr);
-    EXPECT_EQ(errno, ELOOP);
-    EXPECT_EQ(names_here(), std::vector<std::string>{"link"});
-}
-
-TEST_F(ReplacementFile, CannotBeMadeInAMissingDirectoryOrForADirectory) {
-    EXPECT_EQ(replacement_file("missing/file").stream(), nullptr);
-    EXPECT_EQ(errno, ENOENT);
-    std::filesystem::create_directory("directory");
-    EXPECT_EQ(replacement_file("directory").stream(), nullptr);
-    EXPECT_EQ(errno, EISDIR);
-    EXPECT_EQ(names_here(), std::vector<std::string>{"directory"});
-}
-
-TEST_F(ReplacementFile, ADeviceIsWrittenDirectlyAndAFullOneFails) {
-    replacement_file full("/dev/full");
-    ASSERT_NE(full.stream(), nullptr);
-    format_file(full.stream(), "%s", "text");
-    EXPECT_FALSE(full.commit());
-    EXPECT_EQ(errno, ENOSPC);
-    replacement_file sink("/dev/null");
-    EXPECT_TRUE(sink.commit());
+    EXPECT_EQ(replace(here + "abc"), 0);
+    EXPECT_EQ(replace(here + "abcd"), ENAMETOOLONG);
+    EXPECT_EQ(tree_of("."), "0644 ./abc \"new\"\n" + old_file);
 }

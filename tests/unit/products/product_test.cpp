@@ -1,6 +1,43 @@
 #include "products/product.h"
 
+#include "support/rows.h"
+
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+const char *name_or_osprey(const char *name) {
+    return product_or_osprey(name).name;
+}
+
+// clang-format off
+const std::vector<rule> rules = {
+    {"Product.OnlyTanagerAndOspreyHaveTemplateSets", has_template_sets,
+     {{{"Tanager"}, true}, {{"OSPREY"}, true}, {{"kestrel"}, false}, {{"plover"}, false},
+      {{"merlin"}, false}, {{""}, false}}},
+    {"Product.OnlyTanagerIsTheImapProduct", is_imap_product,
+     {{{"TANAGER"}, true}, {{"kestrel"}, false}, {{"plover"}, false}, {{"osprey"}, false},
+      {{"merlin"}, false}, {{""}, false}}},
+    {"Product.SetFamilyGoesByTheExactName", set_family,
+     {{{"kestrel"}, "kst"}, {{"tanager"}, "tan"}, {{"plover"}, "plv"}, {{"osprey"}, "plv"},
+      {{"merlin"}, "plv"}, {{"Kestrel"}, "plv"}, {{""}, "plv"}}},
+    {"Product.OfAnUnknownNameIsOsprey", name_or_osprey,
+     {{{"Plover"}, "plover"}, {{"merlin"}, "osprey"}, {{nullptr}, "osprey"}}},
+    {"Product.ProgramsAreTheProductsAndTheWizard", is_program,
+     {{{"kestrel.cgi"}, true}, {{"plover.cgi"}, true}, {{"tanager.cgi"}, true},
+      {{"osprey.cgi"}, true}, {{"gxsetup"}, true}, {{"Kestrel.cgi"}, false}, {{"kestrel"}, false},
+      {{"merlin.cgi"}, false}, {{"gxsetup.cgi"}, false}, {{""}, false}}},
+    {"Product.TheCurrentDirectorysOspreyIsNoProgram", is_program_here,
+     {{{"kestrel.cgi"}, true}, {{"plover.cgi"}, true}, {{"tanager.cgi"}, true}, {{"gxsetup"}, true},
+      {{"osprey.cgi"}, false}, {{"merlin.cgi"}, false}}},
+};
+// clang-format on
+
+const int registered = register_rows(rules);
+
+} // namespace
 
 TEST(Product, NamesAreKnownInAnyLetterCase) {
     EXPECT_STREQ(find_product("PLOVER")->name, "plover");
@@ -8,50 +45,4 @@ TEST(Product, NamesAreKnownInAnyLetterCase) {
     EXPECT_EQ(find_product("merlin"), nullptr);
     EXPECT_EQ(find_product(""), nullptr);
     EXPECT_EQ(find_product(nullptr), nullptr);
-}
-
-TEST(Product, OnlyTanagerAndOspreyHaveTemplateSets) {
-    EXPECT_TRUE(has_template_sets("Tanager"));
-    EXPECT_TRUE(has_template_sets("OSPREY"));
-    for (const char *name : {"kestrel", "plover", "merlin", ""}) {
-        EXPECT_FALSE(has_template_sets(name)) << name;
-    }
-}
-
-TEST(Product, OnlyTanagerIsTheImapProduct) {
-    EXPECT_TRUE(is_imap_product("TANAGER"));
-    for (const char *name : {"kestrel", "plover", "osprey", "merlin", ""}) {
-        EXPECT_FALSE(is_imap_product(name)) << name;
-    }
-}
-
-TEST(Product, SetFamilyGoesByTheExactName) {
-    EXPECT_EQ(set_family("kestrel"), "kst");
-    EXPECT_EQ(set_family("tanager"), "tan");
-    for (const char *name : {"plover", "osprey", "merlin", "Kestrel", ""}) {
-        EXPECT_EQ(set_family(name), "plv") << name;
-    }
-}
-
-TEST(Product, OfAnUnknownNameIsOsprey) {
-    EXPECT_STREQ(product_or_osprey("Plover").name, "plover");
-    EXPECT_STREQ(product_or_osprey("merlin").name, "osprey");
-    EXPECT_STREQ(product_or_osprey(nullptr).name, "osprey");
-}
-
-TEST(Product, ProgramsAreTheProductsAndTheWizard) {
-    for (const char *file : {"kestrel.cgi", "plover.cgi", "tanager.cgi", "osprey.cgi", "gxsetup"}) {
-        EXPECT_TRUE(is_program(file)) << file;
-    }
-    for (const char *file : {"Kestrel.cgi", "kestrel", "merlin.cgi", "gxsetup.cgi", ""}) {
-        EXPECT_FALSE(is_program(file)) << file;
-    }
-}
-
-TEST(Product, TheCurrentDirectorysOspreyIsNoProgram) {
-    for (const char *file : {"kestrel.cgi", "plover.cgi", "tanager.cgi", "gxsetup"}) {
-        EXPECT_TRUE(is_program_here(file)) << file;
-    }
-    EXPECT_FALSE(is_program_here("osprey.cgi"));
-    EXPECT_FALSE(is_program_here("merlin.cgi"));
 }

@@ -143,8 +143,3 @@ TEST(BoundedText, MayBeAssignedAPartOfItself) {
     text.assign(text.view().substr(5));
     EXPECT_STREQ(text.c_str(), "site/");
 }
-
-TEST(PathText, Holds511Characters) {
-    const path_text text(std::string(600, 'p').c_str());
-    EXPECT_EQ(text.view(), std::string(511, 'p'));
-}

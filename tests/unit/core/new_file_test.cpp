@@ -41,8 +41,8 @@ void replace_with(new_file &file) {
     EXPECT_TRUE(file.put_in_place());
 }
 
-void replace(const place &directory, const char *name) {
-    new_file file(directory, name, in_place);
+void replace(const place &directory, const char *name, new_file::when_missing how = in_place) {
+    new_file file(directory, name, how);
     replace_with(file);
 }
 
@@ -191,9 +191,7 @@ TEST_F(NewFile, WhatCannotBeMadeOrPutInPlaceFailsWithTheReason) {
 TEST_F(NewFileAmongOthers, TheOwnerOfTheOldFileIsKept) {
     write_file("ours/file", "old");
     change("ours/file", other_user, other_user, 0644);
-    const place ours = at("ours");
-    new_file file(ours, "file", beside);
-    replace_with(file);
+    replace(at("ours"), "file", beside);
     EXPECT_EQ(owner_of("ours/file"), other_user);
 }
 

@@ -127,6 +127,7 @@ TEST_F(Place, AFileOfMoreThanTheLimitIsNotOpened) {
 }
 
 TEST_F(Place, APlainFileIsOpenedByItsPath) {
+    ASSERT_EQ(::mkfifo("ours/pipe", 0600), 0);
     link_to("kept/file", "ours/link");
     std::filesystem::create_symlink("circle", "ours/circle");
     std::filesystem::create_symlink("missing/file", "ours/dangling");
@@ -145,6 +146,8 @@ TEST_F(Place, APlainFileIsOpenedByItsPath) {
         {"ours/dangling", no_limit, ENOENT},
         {"shared/name", no_limit, EMLINK},
         {"kept/below", no_limit, EISDIR},
+        {"ours/pipe", no_limit, EINVAL},
+        {"/dev/null", no_limit, EINVAL},
         {"missing/file", no_limit, ENOENT},
         {"kept/" + std::string(300, 'n'), no_limit, ENAMETOOLONG},
     };

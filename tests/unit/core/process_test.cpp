@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <fcntl.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -72,19 +71,6 @@ TEST_F(Process, OutputIsTakenWhereChildrenLeaveNoStatus) {
     const std::string output = printed("echo one", limit);
     std::signal(SIGCHLD, before);
     EXPECT_EQ(output, "one\n");
-}
-
-TEST_F(Process, AStartedProgramWritesIntoTheDescriptor) {
-    const int file = ::open("said", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    const started_program program = start_program({"/bin/echo", "hello"}, file);
-    ::close(file);
-    ASSERT_EQ(program.error, 0);
-    EXPECT_EQ(wait_for(program.child), 0);
-    EXPECT_EQ(read_file("said"), "hello\n");
-}
-
-TEST_F(Process, TheErrorOfStartingIsTold) {
-    EXPECT_EQ(start_program({"./missing"}, STDOUT_FILENO).error, ENOENT);
 }
 
 TEST_F(Process, WaitingGivesTheStatus) {

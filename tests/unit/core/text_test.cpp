@@ -17,6 +17,7 @@ namespace {
 constexpr const char *no_text = nullptr;
 
 const std::string long_text(2000, 'x');
+const std::string long_quote = '"' + long_text;
 
 // What a bounded copy makes of a buffer that holds a text and is filled up with '#': the place it
 // gives, then the bytes, "." for NUL.
@@ -138,6 +139,9 @@ const std::vector<rule> rules = {
     {"SStrtoken.HoldsAtMost1023Characters", s_strtoken,
      {{{long_text.c_str(), ","}, std::string(1023, 'x')}}},
 
+    // The compiler puts this text where nothing may be written.
+    {"SStrtrm.GivesOneAndKeepsTheBlanks", s_strtrm, {{{"abc  "}, 1}, {{nullptr}, 0}}},
+
     // --- Quotes and characters ---
     {"RemoveQuote.GivesWhatStandsBetweenTheFirstTwoQuotes", remove_quote,
      {{{R"(set "blue" and "red")"}, "blue"}, {{R"("")"}, ""}}},
@@ -145,6 +149,8 @@ const std::vector<rule> rules = {
      {{{"set \"blue"}, "blue"}, {{"set\""}, ""}}},
     {"RemoveQuote.WithoutAQuoteOrATextIsEmpty", remove_quote,
      {{{"blue"}, ""}, {{""}, ""}, {{nullptr}, ""}}},
+    {"RemoveQuote.IsCutAt511Characters", remove_quote,
+     {{{long_quote.c_str()}, std::string(511, 'x')}}},
     {"CharReplace.ReplacesEveryOccurrence", changed,
      {{{[](char *text) { return char_replace(text, '\\', '/'); }, "a\\b\\c"}, "a/b/c"}}},
     {"Strlwr.LowersTheLettersAToZOnly", changed, {{{strlwr, "AZ[@\xc4 az09"}, "az[@\xc4 az09"}}},
@@ -155,21 +161,12 @@ const int registered = register_rows(rules);
 
 } // namespace
 
-TEST(SStrtrm, GivesOneAndKeepsTheBlanks) {
-    char text[] = "abc  ";
-    EXPECT_EQ(s_strtrm(text), 1);
-    EXPECT_STREQ(text, "abc  ");
-    EXPECT_EQ(s_strtrm(nullptr), 0);
-}
-
-TEST(RemoveQuote, IsCutAt511Characters) {
-    EXPECT_EQ(remove_quote(('"' + long_text).c_str()), std::string(511, 'x'));
-}
-
-TEST(SStrcat, AppendsTheFormattedText) {
-    char text[64] = "set";
+TEST(SStrcat, AppendsTheFormattedTextOfAtMost1023Characters) {
+    char text[2048] = "set";
     EXPECT_EQ(s_strcat(text, " %s=%d", "a", 5), text);
     EXPECT_STREQ(text, "set a=5");
+    s_strcat(text, "%s", long_text.c_str());
+    EXPECT_EQ(text, "set a=5" + std::string(1023, 'x'));
 }
 
 TEST(SStrcat, ANullOnEitherSideChangesNothing) {
@@ -177,12 +174,6 @@ TEST(SStrcat, ANullOnEitherSideChangesNothing) {
     EXPECT_EQ(s_strcat(text, no_text), text);
     EXPECT_STREQ(text, "set");
     EXPECT_EQ(s_strcat(nullptr, "x"), nullptr);
-}
-
-TEST(SStrcat, AppendsAtMost1023Characters) {
-    char text[2048] = "";
-    s_strcat(text, "%s", long_text.c_str());
-    EXPECT_EQ(text, std::string(1023, 'x'));
 }
 
 TEST(SStradd, GrowsAHeapText) {

@@ -124,13 +124,6 @@ TEST_F(Help, PrintsTheTopicAndTheSupportAddress) {
               "\nEnter a path\n\nFor more information, e-mail: support@varnel.example\n");
 }
 
-TEST_F(Help, PrintsTheFallbackForATopicThatTheFileLacks) {
-    write_file("vsetup.hlp", "[S_DIR_HELP]\nEnter a path\n");
-    support_email.assign("kestrel@varnel.example");
-    EXPECT_EQ(console_of([] { EXPECT_EQ(help("NO_HELP"), 1); }),
-              "\n"s + fallback + "\nFor more information, e-mail: kestrel@varnel.example\n");
-}
-
 TEST_F(Help, PercentsInTheFileAreText) {
     write_file("vsetup.hlp", "[A]\n100% %s %n\n");
     support_email.assign("a%sb");

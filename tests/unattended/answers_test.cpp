@@ -93,7 +93,16 @@ TEST_F(Refusals, OfAnInstallation) {
          {"reinstall", "there is no action 'reinstall'\n"},
          {"", "install, upgrade or remove?\n"},
          {"-C @/none install", "@/none: No such file or directory\n"},
-         {"-C @/html install", "there is no distribution of a product here\n"}});
+         {"-C @/html install", "there is no distribution of a product here\n"},
+         {"-C @/html install prod_name=kestrel",
+          "version is missing, and nothing is offered for it: What version of kestrel is it\n"}});
+}
+
+TEST_F(Refusals, NameWhatIsOffered) {
+    std::filesystem::remove("cgi-bin");
+    expect_refusals(host,
+                    {{"install", "cgi_path: what is offered, @/cgi-bin, is refused: @/cgi-bin does "
+                                 "not exist"}});
 }
 
 TEST_F(Refusals, OfAnUpgradeAndOfARemoval) {

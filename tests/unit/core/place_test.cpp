@@ -71,6 +71,18 @@ TEST_F(PlaceAmongOthers, GivesADirectoryAwayAndTakesItForSharedThen) {
     EXPECT_FALSE(given.open_to_read("link").is_open());
 }
 
+TEST_F(PlaceAmongOthers, GivesAwayWhatHasTheRightOwnerOrGroupAlone) {
+    for (const auto &[owner, group] : {std::pair(other_user, 0U), std::pair(0U, other_user)}) {
+        ASSERT_EQ(::chown("ours", owner, group), 0);
+        place given = at("ours");
+        EXPECT_TRUE(given.give(other_user, other_user));
+        for (const struct stat &status : {given.status(), at("ours").status()}) {
+            EXPECT_EQ(status.st_uid, other_user);
+            EXPECT_EQ(status.st_gid, other_user);
+        }
+    }
+}
+
 TEST_F(Place, ListsItsNames) {
     const directory_handle list = at("kept").list();
     ASSERT_NE(list, nullptr);

@@ -257,7 +257,7 @@ const std::vector<store_calls> rows = {
      "add cgi_name kestrel; add templates /tpl; value cgi_name; get", "1 1 kestrel templates",
      "cgi_name=kestrel templates=/tpl"},
     {"IniValue.WithoutAMatchLeavesTheIterationAtTheEnd",
-     "add cgi_name kestrel; value missing; get", "1 - -", "cgi_name=kestrel"},
+     "add cgi_name kestrel; start; value missing; get", "1 1 - -", "cgi_name=kestrel"},
     {"IniValue.AnAssociationReplacesAMissingName", "add templates /tpl; value+ workarea", "1 /tpl",
      "templates=/tpl", {"INI: replace located {workarea}={templates}"}},
     {"IniValue.AnAssociationDoesNotReplaceAnOwnValue",

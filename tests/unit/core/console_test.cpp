@@ -41,7 +41,7 @@ const std::vector<rule> rules = {
     {"WithoutControls.BytesOfNoSequenceCountOneByOne", shown,
      {{{"\xC0\x9B"}, "\xC0?"}, {{"\xE0\x80\x9B"}, "\xE0??"}, {{"\xED\xA0\x80"}, "\xED\xA0?"},
       {{"\xF4\x90\x80\x80"}, "\xF4???"}, {{"\xE2\x9B"}, "\xE2?"}, {{"\xF0\x9F\x98"}, "\xF0??"},
-      {{"\xE2\x9B\x1b"}, "\xE2??"}, {{"caf\xE9"}, "caf\xE9"}}},
+      {{"\xE2\x9B\x1b"}, "\xE2??"}, {{"\xF4~\x80\x80"}, "\xF4~??"}, {{"caf\xE9"}, "caf\xE9"}}},
     {"WithoutControls.WhatIsKeptStays", without_controls, {{{"a\n\tb\r\x1b", "\n\t"}, "a\n\tb??"}}},
 
     {"ReadLine.GivesTheLineWithItsLineFeed", lines_of, {{{"first\nsecond"}, "[first\n][second]"}}},

@@ -4,8 +4,12 @@
 #include "support/rows.h"
 
 #include <array>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -67,6 +71,21 @@ TEST(PrintLines, ShowsATextAsItIs) {
 
 TEST(PrintDot, ShowsOneDot) {
     EXPECT_EQ(console_of([] { print_dot(); }), ".");
+}
+
+// In a process that has not looked for a terminal yet.
+TEST(PrintDot, IsSeenAtOnceOnATerminal) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto see_the_dot = [] {
+        const int screen = ::posix_openpt(O_RDWR | O_NOCTTY);
+        ::unlockpt(screen);
+        ::dup2(::open(::ptsname(screen), O_RDWR | O_NOCTTY), STDOUT_FILENO);
+        print_dot();
+        pollfd shown = {screen, POLLIN, 0};
+        constexpr int longest = 1000;
+        ::_exit(::poll(&shown, 1, longest) == 1 ? 0 : 1);
+    };
+    EXPECT_EXIT(see_the_dot(), testing::ExitedWithCode(0), "");
 }
 
 // What was printed must be seen before the program waits for an answer.

@@ -1,4 +1,5 @@
-// The upgrade questions keep flags for the whole run: every test asks them in a process of its own.
+// The upgrade questions keep flags for the whole run, and what was typed counts for it: every test
+// asks them in a process of its own that has run no other.
 
 #include "support/asked_console.h"
 #include "unit/upgrade/upgrade_world.h"
@@ -9,6 +10,7 @@ namespace {
 class GxupgradeQuest : public UpgradeWorld {
   protected:
     GxupgradeQuest() {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
         for (const char *directory : {"cgi-bin", "img", "spool"}) {
             std::filesystem::create_directory(scratch.path(directory));
         }

@@ -101,6 +101,7 @@ const std::vector<answered_copy> answered_copies = {
     {"MoveBytes.ACallThatCannotReadGoesOnByReadingAndWriting", 300000, {-EIO}, 300000},
     {"MoveBytes.ACallWithoutRoomGoesOnByReadingAndWriting", 300000, {-ENOSPC}, 300000},
     {"MoveBytes.AShortCallIsFollowedByAnother", 300000, {1, 7, 100000}, 300000},
+    {"MoveBytes.ASingleByteIsWrittenWhereTheCallIsRefused", 1, {-EXDEV}, 1},
     {"MoveBytes.ACallThatFailsInTheMiddleGoesOnByReadingAndWriting", 300000, {1000, -EIO}, 300000},
     {"MoveBytes.ASourceThatShrinksGivesWhatIsThere", 300000, {1000, 1000}, 1500},
     {"MoveBytes.ASourceThatGrowsGivesWhatIsThereAtTheEnd", 2000, {1000, 1000}, 5000},

@@ -78,8 +78,9 @@ const std::vector<directory_removal> removals = {
      "*.gif", "@", 1, 0, 0, "...Error: \nCannot remove @/img: Directory not empty\n",
      {"img", "img/keep.txt", "u_ann", "u_ann/e.gif"}},
     {"DoXrmv.ADanglingLinkIsPassedOverAndALinkToAFileIsRemoved",
-     "cd @; rm -r img/* u_ann work tpl; ln -s nowhere img/dangling; ln -s ../a.gif img/link",
-     "*", "@/img", 0, 0, 1, ".", {"a.gif", "b.TPL", "img", "img/dangling"}},
+     "cd @; rm -r img/* u_ann work tpl; mkdir img/set\n"
+     "ln -s nowhere img/dangling; ln -s ../a.gif img/link",
+     "*", "@/img", 0, 0, 1, "..", {"a.gif", "b.TPL", "img", "img/dangling"}},
 };
 // clang-format on
 

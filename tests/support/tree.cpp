@@ -31,10 +31,14 @@ std::string content_note(std::string content) {
     return is_shown ? " \"" + content + "\"" : "";
 }
 
-std::string describe(const std::string &path, const file_state &entry) {
+std::string mode_of(const file_state &entry) {
     std::array<char, 8> mode{};
-    std::snprintf(mode.data(), mode.size(), "%04o ", entry.permissions());
-    const std::string line = mode.data() + path;
+    std::snprintf(mode.data(), mode.size(), "%04o", entry.permissions());
+    return mode.data();
+}
+
+std::string describe(const std::string &path, const file_state &entry) {
+    const std::string line = mode_of(entry) + " " + path;
     if (S_ISDIR(entry.mode)) {
         return line + "/";
     }
@@ -60,6 +64,15 @@ file_state state_of(const std::string &path) {
     }
     return {entry.st_mode, entry.st_uid, entry.st_gid,
             S_ISREG(entry.st_mode) ? read_file(path) : ""};
+}
+
+std::string mode_of(const std::string &path) {
+    return mode_of(state_of(path));
+}
+
+std::string owner_of(const std::string &path) {
+    const file_state entry = state_of(path);
+    return std::to_string(entry.user) + ":" + std::to_string(entry.group);
 }
 
 tree_state states_of(const std::vector<std::string> &paths) {

@@ -26,6 +26,11 @@ using tree_state = std::map<std::string, file_state>; // by path
 
 file_state state_of(const std::string &path);
 
+// The mode of a file or directory, "0770", and its owner, "USER:GROUP" in numbers. A link is
+// looked at itself.
+std::string mode_of(const std::string &path);
+std::string owner_of(const std::string &path);
+
 // The states of these files and directories and of all that lies below them.
 tree_state states_of(const std::vector<std::string> &paths);
 

@@ -32,12 +32,6 @@ class Owner : public testing::Test {
         }};
     }
 
-    // "USER:GROUP" of a file, in numbers.
-    static std::string owner_of(const std::string &path) {
-        const file_state entry = state_of(path);
-        return std::to_string(entry.user) + ":" + std::to_string(entry.group);
-    }
-
     world host{"kestrel"};
 };
 

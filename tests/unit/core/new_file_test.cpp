@@ -1,7 +1,7 @@
 #include "core/new_file.h"
 
-#include "support/tree.h"
 #include "unit/core/place_world.h"
+#include "unit/rights.h"
 
 #include <cerrno>
 #include <csignal>
@@ -12,23 +12,13 @@ namespace {
 
 using enum new_file::when_missing;
 
-// Root as another user, who owns the directory `ours`; anybody else as they are.
-class as_another_user {
-  public:
-    as_another_user() : before_(::geteuid()) {
-        if (before_ == 0) {
-            EXPECT_EQ(::chown("ours", other_user, other_user), 0);
-            EXPECT_EQ(::chmod(".", 0755), 0);
-            EXPECT_EQ(::seteuid(other_user), 0);
-        }
+// Where the test runs as root, `ours` becomes another user's.
+void give_ours() {
+    if (::geteuid() == 0) {
+        EXPECT_EQ(::chown("ours", other_user, other_user), 0);
+        EXPECT_EQ(::chmod(".", 0755), 0);
     }
-    ~as_another_user() { EXPECT_EQ(::seteuid(before_), 0); }
-    as_another_user(const as_another_user &) = delete;
-    as_another_user &operator=(const as_another_user &) = delete;
-
-  private:
-    uid_t before_;
-};
+}
 
 void write(new_file &file, std::string_view text) {
     ASSERT_TRUE(file.start());
@@ -129,8 +119,9 @@ TEST_F(NewFile, WhereNothingCanBeMadeAFileThatMayBeWrittenIsWrittenDirectly) {
     write_file("ours/file", "a longer old text");
     ::chmod("ours/file", 0666);
     ::chmod("ours", 0555);
+    give_ours();
     {
-        const as_another_user user;
+        const user_for_a_while user(other_user);
         const place ours = at("ours");
         replace(ours, "file");
         EXPECT_EQ(new_file(ours, "missing", in_place).error(), EACCES);
@@ -147,18 +138,20 @@ TEST_F(NewFile, WhereNothingCanBeMadeAFileThatMayBeWrittenIsWrittenDirectly) {
 TEST_F(NewFileAmongOthers, AFileWhoseOwnerCannotBeGivenIsWrittenDirectly) {
     write_file("ours/file", "a longer old text");
     ::chmod("ours/file", 0666);
+    give_ours();
     {
-        const as_another_user user;
+        const user_for_a_while user(other_user);
         replace(at("ours"), "file");
     }
-    EXPECT_EQ(owner_of("ours/file"), 0U);
+    EXPECT_EQ(state_of("ours/file").user, 0U);
     EXPECT_EQ(tree_of("ours"), "0666 ours/file \"new\"\n");
 }
 
 TEST_F(NewFile, AFileThatMayNotBeWrittenIsNotReplaced) {
     write_file("ours/file", "old");
     ::chmod("ours/file", 0444);
-    const as_another_user user;
+    give_ours();
+    const user_for_a_while user(other_user);
     EXPECT_EQ(new_file(at("ours"), "file", in_place).error(), EACCES);
 }
 
@@ -192,7 +185,7 @@ TEST_F(NewFileAmongOthers, TheOwnerOfTheOldFileIsKept) {
     write_file("ours/file", "old");
     change("ours/file", other_user, other_user, 0644);
     replace(at("ours"), "file", beside);
-    EXPECT_EQ(owner_of("ours/file"), other_user);
+    EXPECT_EQ(state_of("ours/file").user, other_user);
 }
 
 TEST_F(NewFileAmongOthers, AFileBehindALinkOfOursThatOthersCouldMoveIsNotGivenAway) {
@@ -214,8 +207,8 @@ TEST_F(NewFileAmongOthers, APrivateFileBecomesOursWhoeverOwnedTheOldOne) {
     file.limit_mode(private_mode);
     replace_with(file);
     EXPECT_FALSE(file.may_be_given(other_user));
-    EXPECT_EQ(owner_of("shared/file"), 0U);
-    EXPECT_EQ(mode_of("shared/file"), 0600U);
+    EXPECT_EQ(state_of("shared/file").user, 0U);
+    EXPECT_EQ(state_of("shared/file").permissions(), 0600U);
 }
 
 // Writing by anyone but root clears the bit anyway.
@@ -225,8 +218,8 @@ TEST_F(NewFileAmongOthers, WhereOthersMayWriteNoUserIdBitIsKept) {
         ::chmod((directory + "/file").c_str(), 04755);
         replace(at(directory), "file");
     }
-    EXPECT_EQ(mode_of("ours/file"), 04755U);
-    EXPECT_EQ(mode_of("shared/file"), 0755U);
+    EXPECT_EQ(state_of("ours/file").permissions(), 04755U);
+    EXPECT_EQ(state_of("shared/file").permissions(), 0755U);
 }
 
 TEST_F(NewFileAmongOthers, WhatIsForeignIsReplacedItselfWithoutAWord) {

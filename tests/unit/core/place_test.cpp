@@ -56,7 +56,7 @@ TEST_F(Place, MakesADirectoryWithExactlyTheMode) {
     ::umask(0777);
     const place made = at("ours").make("made", 02775);
     EXPECT_TRUE(made.is_open());
-    EXPECT_EQ(mode_of("ours/made"), 02775U);
+    EXPECT_EQ(state_of("ours/made").permissions(), 02775U);
     EXPECT_EQ(made.path(), scratch.path("ours/made"));
     EXPECT_EQ(at("ours").make("made", 0700).error(), EEXIST);
     EXPECT_EQ(at("missing").make("made", 0700).error(), ENOENT);
@@ -65,7 +65,7 @@ TEST_F(Place, MakesADirectoryWithExactlyTheMode) {
 TEST_F(PlaceAmongOthers, GivesADirectoryAwayAndTakesItForSharedThen) {
     place given = at("ours");
     EXPECT_TRUE(given.give(other_user, other_user));
-    EXPECT_EQ(owner_of("ours"), other_user);
+    EXPECT_EQ(state_of("ours").user, other_user);
     EXPECT_TRUE(given.is_shared());
     plant_link("kept/file", "ours/link");
     EXPECT_FALSE(given.open_to_read("link").is_open());
@@ -173,7 +173,7 @@ TEST_F(Place, APlainFileIsOpenedByItsPath) {
 TEST_F(Place, WritesAnewAndAppends) {
     ::umask(0);
     ASSERT_TRUE(at("ours").open_to_append("file").is_open());
-    EXPECT_EQ(mode_of("ours/file"), 0664U);
+    EXPECT_EQ(state_of("ours/file").permissions(), 0664U);
     write_file("ours/file", "old");
     file_descriptor file = at("ours").open_to_append("file");
     ASSERT_EQ(::write(file.number(), "+new", 4), 4);
@@ -210,7 +210,7 @@ TEST_F(Place, CreatesAFileAnewInThePlaceOfAnyOther) {
     link_to("kept/file", "ours/link");
     EXPECT_TRUE(at("ours").create_anew("link").is_open());
     EXPECT_FALSE(std::filesystem::is_symlink("ours/link"));
-    EXPECT_EQ(mode_of("ours/link"), 0600U);
+    EXPECT_EQ(state_of("ours/link").permissions(), 0600U);
     EXPECT_EQ(read_file("kept/file"), "kept");
     EXPECT_FALSE(at("kept").create_anew("below").is_open());
     EXPECT_TRUE(is_there("kept/below"));

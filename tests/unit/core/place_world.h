@@ -4,6 +4,7 @@
 
 #include "core/place.h"
 #include "support/scratch_test.h"
+#include "support/tree.h"
 #include "unit/kept_messages.h"
 
 #include <gtest/gtest.h>
@@ -67,17 +68,7 @@ class Place : public scratch_test {
         change(path, other_user, other_user, 0666);
     }
 
-    static mode_t mode_of(const std::string &path) { return status_of(path).st_mode & 07777; }
-    static uid_t owner_of(const std::string &path) { return status_of(path).st_uid; }
-
     mode_t umask_before;
-
-  private:
-    static struct stat status_of(const std::string &path) {
-        struct stat entry {};
-        ::lstat(path.c_str(), &entry);
-        return entry;
-    }
 };
 
 // Plants as another user, which only root can.

@@ -2,11 +2,11 @@
 
 #include "support/rows.h"
 #include "support/scratch_test.h"
+#include "unit/process_limit.h"
 
 #include <cerrno>
 #include <csignal>
 #include <string>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -55,15 +55,9 @@ TEST_F(Process, AProgramThatCannotBeStartedLeavesTheReason) {
 }
 
 TEST_F(Process, WithoutADescriptorThereIsNoOutput) {
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none = {0, before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    const std::optional<std::string> output = output_of({"/bin/echo"}, limit);
-    const int error = errno;
-    ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(output, std::nullopt);
-    EXPECT_EQ(error, EMFILE);
+    const process_limit none(RLIMIT_NOFILE, 0);
+    EXPECT_EQ(output_of({"/bin/echo"}, limit), std::nullopt);
+    EXPECT_EQ(errno, EMFILE);
 }
 
 TEST_F(Process, OutputIsTakenWhereChildrenLeaveNoStatus) {

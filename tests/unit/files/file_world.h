@@ -5,6 +5,7 @@
 #include "files/operations.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
+#include "support/tree.h"
 #include "support/world.h"
 
 #include <gtest/gtest.h>
@@ -42,21 +43,6 @@ class FileWorld : public scratch_test {
     }
     [[nodiscard]] std::string meant(const std::string &text) const {
         return replaced(text, "@", there());
-    }
-
-    static std::string mode_of(const std::string &path) {
-        struct stat entry {};
-        if (::stat(path.c_str(), &entry) != 0) {
-            return "(none)";
-        }
-        return formatted("%d%d%d%d", entry.st_mode >> 9 & 7, entry.st_mode >> 6 & 7,
-                         entry.st_mode >> 3 & 7, entry.st_mode & 7);
-    }
-
-    static std::string owner_of(const std::string &path) {
-        struct stat entry {};
-        ::stat(path.c_str(), &entry);
-        return formatted("%u:%u", entry.st_uid, entry.st_gid);
     }
 
     // Everything below a directory, by its path from there.

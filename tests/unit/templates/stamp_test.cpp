@@ -7,6 +7,7 @@
 #include "templates.h"
 #include "templates/checksum.h"
 #include "unit/process_limit.h"
+#include "unit/rights.h"
 
 #include <algorithm>
 #include <gmock/gmock-matchers.h>
@@ -29,20 +30,6 @@ constexpr std::size_t piece = 511;
 const std::string stamped_header = "||header: modified=false tpl_set=kst_s2 tpl_version=2.0a||\n";
 const std::string abc_stamped = "abc\n\n||checksum=689||\n"; // of "abc\n"
 constexpr uid_t somebody = 65534;
-
-// Another user for a while, where the test runs as root.
-class user_for_a_while {
-  public:
-    explicit user_for_a_while(uid_t user) {
-        EXPECT_EQ(::seteuid(before_ == 0 ? user : before_), 0);
-    }
-    ~user_for_a_while() { EXPECT_EQ(::seteuid(before_), 0); }
-    user_for_a_while(const user_for_a_while &) = delete;
-    user_for_a_while &operator=(const user_for_a_while &) = delete;
-
-  private:
-    uid_t before_ = ::geteuid();
-};
 
 constexpr auto headers = tpl_add_header;
 constexpr auto checksums = add_checksum;
@@ -352,10 +339,7 @@ TEST_F(StampTest, AStampedTemplateKeepsItsOwner) {
     add("a.tpl", "abc\n");
     ASSERT_EQ(::chown("tpl/a.tpl", 12345, 23456), 0);
     stamp(checksums);
-    struct stat status {};
-    ::stat("tpl/a.tpl", &status);
-    EXPECT_EQ(status.st_uid, 12345U);
-    EXPECT_EQ(status.st_gid, 23456U);
+    EXPECT_EQ(owner_of("tpl/a.tpl"), "12345:23456");
 }
 
 TEST_F(StampTest, ALinkIsReplacedAndWhatItLeadsToStays) {

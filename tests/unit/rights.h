@@ -30,9 +30,7 @@ class modes_count_for_a_while {
         none[0].effective = none[1].effective = 0;
         EXPECT_EQ(::syscall(SYS_capset, &header_, none.data()), 0);
     }
-    ~modes_count_for_a_while() {
-        EXPECT_EQ(::syscall(SYS_capset, &header_, before_.data()), 0);
-    }
+    ~modes_count_for_a_while() { EXPECT_EQ(::syscall(SYS_capset, &header_, before_.data()), 0); }
     modes_count_for_a_while(const modes_count_for_a_while &) = delete;
     modes_count_for_a_while &operator=(const modes_count_for_a_while &) = delete;
 

@@ -243,6 +243,8 @@ const std::vector<logging> loggings = {
      "made 50%%\n"},
 };
 const std::vector<rule> rules = {
+    {"LogLevelNames.AreErrorInfoDebugAndANull", +[](std::size_t level) { return log_names[level]; },
+     {{{LOG_ERROR}, "error"}, {{LOG_INFO}, "info"}, {{LOG_DEBUG}, "debug"}, {{3}, null}}},
     {"LogLevelNames.AreGivenByLevelAndNullOutside", get_loglvl_name,
      {{{0}, "error"}, {{1}, "info"}, {{2}, "debug"}, {{3}, null}, {{-1}, null}}},
     {"LogLevelNames.GiveTheirLevelCaseSensitively", get_loglvl_id,
@@ -289,13 +291,6 @@ TEST_F(LogLevel, NegativeLevelsAreIgnored) {
     EXPECT_EQ(get_loglvl(), 1);
     set_loglvl(0);
     EXPECT_EQ(get_loglvl(), 0);
-}
-
-TEST(LogLevelNames, AreErrorInfoDebugAndANull) {
-    EXPECT_STREQ(log_names[LOG_ERROR], "error");
-    EXPECT_STREQ(log_names[LOG_INFO], "info");
-    EXPECT_STREQ(log_names[LOG_DEBUG], "debug");
-    EXPECT_EQ(log_names[3], nullptr);
 }
 
 TEST_F(LogLine, BeginsWithDayAndTimeOfTheSystemsTimeText) {

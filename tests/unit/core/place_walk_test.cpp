@@ -172,7 +172,8 @@ TEST_F(PlaceAmongOthers, GivesAwayOnlyWhatItsOwnerOrRootPutThere) {
         change("above", row.above, 0, row.mode);
         refusals.clear();
         EXPECT_EQ(at("above/directory").give(other_user, other_user), row.is_given) << row.what;
-        EXPECT_EQ(state_of("above/directory").user, row.is_given ? other_user : row.owner) << row.what;
+        EXPECT_EQ(state_of("above/directory").user, row.is_given ? other_user : row.owner)
+            << row.what;
         EXPECT_EQ(refusal(), row.is_given ? ""
                                           : "Not given away: \"@/above/directory\" could have been "
                                             "put there by another user");

@@ -83,6 +83,18 @@ const int registered = register_rows<ReplacementFile>(replacements);
 using Open = scratch_test;
 using ReadPiece = scratch_test;
 
+// The pieces of at most four bytes that `read` gives of a file until its end, divided by "|".
+std::string pieces_of(const std::string &content, auto read) {
+    write_file("file", content);
+    const stream_handle file = open_plain_file("file");
+    std::array<char, 5> piece{};
+    std::string pieces;
+    while (std::feof(file.get()) == 0) {
+        pieces += std::string(read(file.get(), piece)) + "|";
+    }
+    return pieces;
+}
+
 } // namespace
 
 TEST_F(Open, WritingBeginsAnewAndAppendingGoesOn) {
@@ -122,23 +134,11 @@ TEST(StreamOf, ClosesADescriptorThatNoStreamCanBeHadOver) {
 }
 
 TEST_F(ReadPiece, GivesALineOrAsMuchAsFits) {
-    write_file("file", "ab\n\nabcdef\nlast");
-    const stream_handle file = open_plain_file("file");
-    std::array<char, 5> piece{};
-    EXPECT_EQ(read_piece(file.get(), piece), "ab\n");
-    EXPECT_EQ(read_piece(file.get(), piece), "\n");
-    EXPECT_EQ(read_piece(file.get(), piece), "abcd");
-    EXPECT_EQ(read_piece(file.get(), piece), "ef\n");
-    EXPECT_EQ(read_piece(file.get(), piece), "last");
-    EXPECT_EQ(read_piece(file.get(), piece), "");
+    EXPECT_EQ(pieces_of("ab\n\nabcdef\nlast", read_piece), "ab\n|\n|abcd|ef\n|last||");
 }
 
 TEST_F(ReadPiece, GivesTheBytesBehindANul) {
-    write_file("file", "a\0b\nc\n"s);
-    const stream_handle file = open_plain_file("file");
-    std::array<char, 16> piece{};
-    EXPECT_EQ(read_piece(file.get(), piece), "a\0b\n"s);
-    EXPECT_EQ(read_piece(file.get(), piece), "c\n");
+    EXPECT_EQ(pieces_of("a\0b\nc\n"s, read_piece), "a\0b\n|c\n||"s);
 }
 
 TEST_F(ReadPiece, AsATextEndsAtTheFirstNul) {

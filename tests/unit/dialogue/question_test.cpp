@@ -6,6 +6,7 @@
 #include "support/expected.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
+#include "support/world.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -63,11 +64,8 @@ class Dialogue : public scratch_test {
     }
 
     // A text with the test's directory for each "@".
-    [[nodiscard]] std::string here(std::string text) const {
-        for (std::size_t at = 0; (at = text.find('@', at)) != std::string::npos;) {
-            text.replace(at, 1, scratch.path());
-        }
-        return text;
+    [[nodiscard]] std::string here(const std::string &text) const {
+        return replaced(text, "@", scratch.path());
     }
 
     std::string answer;

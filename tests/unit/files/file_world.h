@@ -54,16 +54,6 @@ class FileWorld : public scratch_test {
         return names;
     }
 
-    // Makes directories below `path` until the path has `length` characters, and gives it.
-    static std::string make_deep_directory(std::string path, std::size_t length) {
-        while (path.size() < length) {
-            const std::size_t left = length - path.size();
-            path += "/" + std::string(left > 255 ? 100 : left - 1, 'd');
-        }
-        std::filesystem::create_directories(path);
-        return path;
-    }
-
     // Makes a socket, whose mode has the bit of a directory.
     static void make_socket(const char *path) {
         const file_descriptor made(::socket(AF_UNIX, SOCK_STREAM, 0));

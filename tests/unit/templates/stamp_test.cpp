@@ -276,17 +276,10 @@ TEST_F(StampTest, HeaderThenChecksumAgrees) {
 }
 
 TEST_F(StampTest, FilesOfRandomPieces) {
-    const std::string parts[] = {
-        "\n", "\r\n", "||checksum=12||",   "||checksu", "||header:", "|", "||",
-        "x",  "\xff", std::string(1, '\0')};
     std::mt19937 random(3); // NOLINT: the same files each time
     for (int round = 0; round < 120; round++) {
-        std::string file;
-        const std::size_t length = random() % (round % 8 == 0 ? 200'000 : 4'000);
-        while (file.size() < length) {
-            file += parts[random() % std::size(parts)];
-            file.append(random() % 4 == 0 ? random() % 700 : 0, 'q');
-        }
+        const std::string file =
+            random_file(random, round % 8 == 0 ? 200'000 : 4'000, round % 4 == 0 ? 700 : 20);
         SCOPED_TRACE(round);
         EXPECT_TRUE(stamped(checksums, file) == expected_stamped(file));
         EXPECT_TRUE(stamped(headers, file) == stamped_header + without_pieces(file, "||header:"));
@@ -427,12 +420,7 @@ TEST_F(StampTest, OneFailureDoesNotStopTheRest) {
 
 TEST_F(StampTest, APathThatDoesNotFitIsNotActedOn) {
     // The directory's path has 505 characters: neither a.tpl nor temp.tpl fits behind it.
-    std::string deep = scratch.path("tpl");
-    while (deep.size() < 505) {
-        deep += "/" + std::string(std::min<std::size_t>(504 - deep.size(), 100), 'd');
-    }
-    ASSERT_EQ(deep.size(), 505U);
-    std::filesystem::create_directories(deep);
+    const std::string deep = make_deep_directory(scratch.path("tpl"), 505);
     write_file(deep + "/ab.tpl", "abc\n");
     write_file(deep + "/temp.t", "kept\n");
     const std::string transcript = console_of(deep + "\n\n\n", [] { tpl_add_header(); });

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,6 +76,24 @@ inline std::string without_pieces(std::string_view content, std::string_view sta
 inline std::string expected_stamped(std::string_view content) {
     return without_pieces(content, "||checksu") +
            "\n||checksum=" + std::to_string(expected_checksum(content)) + "||\n";
+}
+
+// A file of fewer than `size` bytes, and a last piece: some of the pieces that mean something in a
+// template or nearly do, in any order, each with fewer than `distance` characters behind it.
+inline std::string random_file(std::mt19937 &random, std::size_t size, std::size_t distance) {
+    // clang-format off
+    const std::string pieces[] = {
+        "\n", "\r\n", "||", "||checksu", "=", "||checksum=12", "|", "||checksum=-99||\n", "abc",
+        "||header:", "\xff", std::string(1, '\0'), "||checksum=12||", std::string(200, 'q')};
+    // clang-format on
+    const std::size_t kinds = 2 + random() % (std::size(pieces) - 1);
+    const std::size_t enough = random() % size;
+    std::string content;
+    while (content.size() < enough) {
+        content += pieces[random() % kinds];
+        content.append(random() % distance, 'x');
+    }
+    return content;
 }
 
 // A large file of equal lines.

@@ -108,7 +108,9 @@ TEST_P(EachProduct, KeepsAllThatNoAnswerSaysToRemove) {
 
 TEST_P(EachProduct, IsRemovedPartByPart) {
     ASSERT_EQ(status_of(host, with_images(host, {"install", "wml=yes"})), done_whole);
-    add_file("spool/" + host.product() + "/u_ann/mail", "mail");
+    const std::string templates = "spool/" + host.product();
+    add_file(templates + "/u_ann/mail", "mail");
+    add_file(templates + "/below/file", "");
     const std::string before = state_of(host);
     const std::vector<std::string> removal =
         with_images(host, {"remove", "remove_programs=yes", "remove_templates=yes"});
@@ -117,15 +119,15 @@ TEST_P(EachProduct, IsRemovedPartByPart) {
         with_images(host, {"--rehearse", "remove", "remove_programs=yes", "remove_templates=yes"}));
     EXPECT_THAT(rehearsed.transcript,
                 AllOf(HasSubstr("\nWould remove @/cgi-bin/" + host.product() + ".cgi."),
-                      HasSubstr("\nWould remove @/spool/" + host.product() + "/gxsetup.dat."),
+                      HasSubstr("\nWould remove @/" + templates + "/gxsetup.dat."),
+                      HasSubstr("\nWould remove @/" + templates + "/below/ if it is empty then."),
                       Not(HasSubstr("u_ann"))));
     EXPECT_EQ(state_of(host), before);
 
     const wizard_run run = run_unattended(host, removal);
     EXPECT_EQ(listed_names("cgi-bin"), std::vector<std::string>{});
-    EXPECT_EQ(tree_of(host, "spool/" + host.product()),
-              "0755 spool/" + host.product() + "/u_ann/\n0644 spool/" + host.product() +
-                  "/u_ann/mail \"mail\"\n");
+    EXPECT_EQ(tree_of(host, templates),
+              "0755 " + templates + "/u_ann/\n0644 " + templates + "/u_ann/mail \"mail\"\n");
 }
 
 using Unattended = unpacked_test<kestrel>;

@@ -4,7 +4,9 @@
 #include "support/rows.h"
 #include "support/scratch_test.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -20,6 +22,9 @@ std::vector<int> answers;
 
 // Called before each call that is answered.
 std::function<void()> before_call;
+
+// What a call of write takes at the most.
+std::size_t most_written = SIZE_MAX;
 
 } // namespace
 
@@ -44,6 +49,11 @@ ssize_t __wrap_copy_file_range(int from, off64_t *from_offset, int to, off64_t *
     return __real_copy_file_range(from, from_offset, to, to_offset, static_cast<size_t>(answer),
                                   flags);
 }
+
+ssize_t __real_write(int file, const void *bytes, size_t count);
+ssize_t __wrap_write(int file, const void *bytes, size_t count) {
+    return __real_write(file, bytes, std::min(count, most_written));
+}
 // NOLINTEND(bugprone-reserved-identifier)
 }
 
@@ -62,6 +72,7 @@ class MoveBytes : public scratch_test {
     ~MoveBytes() override {
         answers.clear();
         before_call = nullptr;
+        most_written = SIZE_MAX;
     }
 
     static move_result move(const char *source = "from", const char *destination = "to") {
@@ -117,6 +128,14 @@ TEST_F(MoveBytes, CopiesFilesOfEverySize) {
         EXPECT_EQ(move(), move_result::done);
         EXPECT_EQ(read_file("to"), text_of(size)) << size;
     }
+}
+
+TEST_F(MoveBytes, AShortWriteIsFollowedByAnother) {
+    write_file("from", text_of(1000));
+    answers = {-EXDEV};
+    most_written = 300;
+    EXPECT_EQ(move(), move_result::done);
+    EXPECT_EQ(read_file("to"), text_of(1000));
 }
 
 TEST_F(MoveBytes, AFullDiskIsAFailedWrite) {

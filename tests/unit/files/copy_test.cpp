@@ -219,6 +219,17 @@ TEST_F(DoCopy, ASourceWhosePathIsTooLongIsReported) {
     EXPECT_EQ(names_below(there()), string_set{"a.tpl"});
 }
 
+TEST_F(DoExeCopy, AModeThatAFileLeftInPlaceCannotHaveIsReported) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    gx_user = 1234;
+    shell("touch kestrel.cgi; cd ../there; touch kestrel.cgi; chmod 644 *; chown 1234 *");
+    const modes_count_for_a_while rights;
+    EXPECT_EQ(shown(1, [&] { return do_exe_copy("kestrel.cgi", there().c_str(), 0); }),
+              meant("Error: @/kestrel.cgi mode not changed, Operation not permitted\n"));
+}
+
 TEST_F(Copy, EverythingMadeBelongsToTheOwner) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give files away";

@@ -8,6 +8,8 @@
 #include "support/scratch_test.h"
 #include "support/world.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -169,6 +171,11 @@ void expect_end(std::string_view typed, question_number number, const char *dflt
                 const std::string &shown) {
     const auto ask_until_the_end = [&] {
         feed_console(typed);
+        std::atexit([] {
+            if (std::getchar() != EOF) {
+                std::_Exit(1);
+            }
+        });
         print_on_standard_error();
         question(number, dflt);
     };

@@ -97,6 +97,9 @@ class site : public upgrade_world, public private_files {
 // Puts a link of the web server's user in the place of a file or directory.
 void plant_link(const world &host, const std::string &path, const std::string &target) {
     fs::remove_all(path);
+    if (const fs::path above = fs::path(path).parent_path(); fs::create_directory(above)) {
+        give_to_web_user(above);
+    }
     fs::create_symlink(host.path(target), path);
     give_to_web_user(path);
 }
@@ -193,12 +196,19 @@ const console_script replacing_sets =
     replacing +
     console_script{{"What do you want to do", "2"}, {"Where are the .gif", "@/html/vlimg"}};
 
+const console_script installing_sets =
+    images_here + console_script{{"What do you want to do", "1"}, {"upgrade questions", "no"}};
+
 const std::vector<planted_directory> planted_directories = {
     {"OtherUsers.ALinkAsTheOriginalsIsADirectoryThatCannotBeCreated",
      "kestrel",
      "spool/kestrel/originals",
      {{"What do you want to do", "2"}, {"original templates", "yes"}},
      "\nupgrade unsuccessful\n"},
+    {"OtherUsers.TheirLinkAsTheOriginalsOfSetsCannotBeCreated", "tanager",
+     "spool/tanager/originals/tpl", installing_sets, "\ninstall unsuccessful\n"},
+    {"OtherUsers.TheirLinkAsTheOriginalsOfWmlSetsCannotBeCreated", "tanager",
+     "spool/tanager/originals/wap", installing_sets, "\ninstall unsuccessful\n"},
     {"OtherUsers.TheirLinkAsTheTemplatesDirectoryDoesNotExist", "kestrel", "spool/kestrel",
      in_order({{"What do you want to do", "2"},
                {"template files", "@/spool/kestrel"},

@@ -40,6 +40,10 @@ class SettingsFile : public scratch_test, public recording_store {
     }
 };
 
+int clear_error(const char * /*format*/, ...) {
+    return errno = 0;
+}
+
 using IniLoad = SettingsFile;
 using IniSave = SettingsFile;
 
@@ -98,6 +102,12 @@ const std::vector<loaded_file> files = {
 const int registered = register_rows<SettingsFile>(files);
 
 } // namespace
+
+TEST_F(IniLoad, AFailureLeavesItsErrorWhateverTheReceiverDoes) {
+    ini.emsg = clear_error;
+    EXPECT_EQ(ini_load(&ini, "missing.ini"), 0);
+    EXPECT_EQ(errno, ENOENT);
+}
 
 TEST_F(IniLoad, MergesIntoWhatTheStoreHolds) {
     ini_add(&ini, "cgi_name", "kestrel");

@@ -4,6 +4,7 @@
 
 #include "core/log.h"
 #include "core/place.h"
+#include "core/process.h"
 #include "files/operations.h"
 #include "unattended/named_answers.h"
 #include "unattended/options.h"
@@ -13,6 +14,7 @@
 #include "wizard/start.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <sys/wait.h>
@@ -32,6 +34,7 @@ namespace {
 // Returns the status of the rehearsal; its messages were shown.
 int rehearse(const named_answers &answers, const run_options &options) {
     std::fflush(nullptr);
+    std::signal(SIGCHLD, SIG_DFL); // where it is ignored, a child leaves no status (POSIX wait)
     const ::pid_t child = ::fork();
     if (child < 0) {
         refuse(std::strerror(errno));
@@ -39,9 +42,7 @@ int rehearse(const named_answers &answers, const run_options &options) {
     if (child == 0) {
         run_rehearsal(answers, options);
     }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = wait_for(child);
     if (!WIFEXITED(status)) {
         refuse("the rehearsal was ended by a signal");
     }

@@ -105,6 +105,13 @@ TEST_F(Refusals, NameWhatIsOffered) {
                                  "not exist"}});
 }
 
+TEST_F(Refusals, ComeBeforeAnythingIsDoneWhereChildrenLeaveNoStatusToo) {
+    const std::string before = state_of(host);
+    run_unattended(host, {"install", "cgi_path=@/none"}, {.status = not_begun},
+                   "env --ignore-signal=CHLD");
+    EXPECT_EQ(state_of(host), before);
+}
+
 TEST_F(Refusals, OfAnUpgradeAndOfARemoval) {
     install_31_and_unpack_32(host);
     expect_refusals(

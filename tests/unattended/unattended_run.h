@@ -7,11 +7,13 @@
 #include <string>
 #include <vector>
 
-// Runs the program in dist/ with `arguments`, in which "@" is the root.
+// Runs the program in dist/ with `arguments`, in which "@" is the root. `starter` is a command that
+// starts it.
 inline wizard_run run_unattended(const world &host, const std::vector<std::string> &arguments,
-                                 run_place place = {}) {
+                                 run_place place = {}, const std::string &starter = "") {
     // The wizard's path, which is the first word, gives way to the other program's.
-    place.wrapper = {"/bin/sh", "-c", "shift; exec " UNATTENDED_PROGRAM " \"$@\"", "sh"};
+    place.wrapper = {"/bin/sh", "-c", "shift; exec " + starter + " " UNATTENDED_PROGRAM " \"$@\"",
+                     "sh"};
     std::vector<std::string> meant;
     for (const std::string &argument : arguments) {
         meant.push_back(host.meant(argument));

@@ -1,5 +1,6 @@
 // What unattended runs do, and the status that tells it.
 
+#include "support/expected.h"
 #include "support/tree.h"
 #include "unattended/unattended_run.h"
 #include "wizard/fixtures.h"
@@ -217,6 +218,13 @@ TEST_F(Unattended, QuietRunsShowProblemsOnly) {
     EXPECT_THAT(failed.errors, HasSubstr("gxsetup-unattended: Can't open @/cgi-bin/kestrel.new\n"));
 }
 
+TEST_F(Unattended, AnAnswerThatTheSavedOnesLackIsAChange) {
+    ASSERT_EQ(status_of(host, {"install"}), done_whole);
+    shell("sed -i '/^vlimg /d' spool/kestrel/gxsetup.dat");
+    const wizard_run run = run_unattended(host, {"install", "vlimg=/vlimg"}, {.status = not_begun});
+    EXPECT_THAT(run.errors, EndsWith(": kestrel is in @/cgi-bin already: upgrade it\n"));
+}
+
 TEST_F(Unattended, DeletesTheDistributionOnlyWhereItIsTold) {
     ASSERT_EQ(status_of(host, {"install", "delete_temporary=yes"}), done_whole);
     EXPECT_FALSE(is_there("dist/tpl"));
@@ -237,8 +245,7 @@ TEST_F(Unattended, LogsDetailsWhereTheyAreAskedFor) {
 }
 
 TEST_F(Unattended, TellsItsHelpAndItsVersion) {
-    const wizard_run help = run_unattended(host, {"--help"});
-    EXPECT_THAT(help.transcript, HasSubstr("Usage: gxsetup-unattended [OPTION]... "));
+    expect_kept("help", run_unattended(host, {"--help"}).transcript);
     const wizard_run version = run_unattended(host, {"--version"});
     EXPECT_EQ(version.transcript, "gxsetup-unattended of gxsetup, version 3.0h\n");
 }

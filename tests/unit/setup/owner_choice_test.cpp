@@ -22,6 +22,11 @@ constexpr const char *www = "www:x:21:22::/:\n";
 
 } // namespace
 
+TEST(Owner, IsRootUntilOneIsChosen) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // in a process in which none was chosen
+    EXPECT_EXIT(std::exit(gx_user == 0 && gx_group == 0 ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(GetUid, TakesNobodyWithoutAQuestion) {
     write_accounts(nobody, "");
     EXPECT_EQ(choice("11:12"), "");

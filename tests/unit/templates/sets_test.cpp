@@ -262,12 +262,15 @@ TEST_F(SetCopy, WithoutCommonFilesTheSetsAreCopiedAllTheSame) {
 
 TEST_F(SetCopy, WordsGoNowhereForAPathFromTheRoot) {
     shell("mkdir tpl_de; touch dst/words.dat");
+    const test_log log(".");
+    set_loglvl(LOG_DEBUG);
     EXPECT_EQ(console_of([&] { words_copy(dst.c_str(), "tpl_", "words.dat"); }), "");
     EXPECT_EQ(listed_names("dst"), std::vector<std::string>{"words.dat"});
     EXPECT_EQ(tree_of("tpl_de"), "");
     words_copy(nullptr, "tpl_", "words.dat");
     words_copy(dst.c_str(), nullptr, "words.dat");
     words_copy(dst.c_str(), "tpl_", nullptr);
+    EXPECT_EQ(log.text(), "Debug: Wild finding [" + dst + "/*]\n");
 }
 
 } // namespace

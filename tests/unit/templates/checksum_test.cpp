@@ -53,20 +53,16 @@ class ChecksumTest : public scratch_test {
 
 // calculate.
 
+// clang-format off
 const std::vector<rule> calculations = {
-    {"Calculate.WeightsAreOneTwoAndFourByOffset",
-     calculate,
-     {{{"A", 0}, 65},
-      {{"A", 1}, 130},
-      {{"A", 2}, 260},
-      {{"A", 3}, 65},
-      {{"AAAA", 0}, 65 + 130 + 260 + 65},
-      {{"AAAA", 2}, 260 + 65 + 130 + 260}}},
-    {"Calculate.LineEndsTakeAPlaceAndAddNothing",
-     calculate,
+    {"Calculate.WeightsAreOneTwoAndFourByOffset", calculate,
+     {{{"A", 0}, 65}, {{"A", 1}, 130}, {{"A", 2}, 260}, {{"A", 3}, 65},
+      {{"AAAA", 0}, 65 + 130 + 260 + 65}, {{"AAAA", 2}, 260 + 65 + 130 + 260}}},
+    {"Calculate.LineEndsTakeAPlaceAndAddNothing", calculate,
      {{{"\r\n", 0}, 0}, {{"\r\nA", 0}, 260}, {{"A\nA\rA", 0}, 65 + 260 + 130}}},
     {"Calculate.AnEmptyTextAddsNothing", calculate, {{{"", 2}, 0}}},
 };
+// clang-format on
 
 TEST(Calculate, EveryOtherByteCountsUnsigned) {
     for (int byte = 0; byte < 256; byte++) {

@@ -190,31 +190,20 @@ TEST_F(HeaderTest, AFileThatCannotBeOpenedAndADirectoryAreLoggedUnderTheRecordsN
 
 // Loading with the defaults.
 
-struct default_set {
-    const char *product;
-    const char *old_set;
-    const char *new_set;
-};
-
 TEST_F(HeaderTest, WithoutHeaderTheProductsDefaultsAreTaken) {
-    const default_set rows[] = {
-        {"kestrel", "kst_s1", "kst_s2"}, {"tanager", "tan_s1", "tan_s2"},
-        {"plover", "plv_s1", "plv_s2"},  {"osprey", "plv_s1", "plv_s2"},
-        {"KESTREL", "plv_s1", "plv_s2"}, {"", "plv_s1", "plv_s2"},
-        {nullptr, "plv_s1", "plv_s2"},
-    };
-    for (const default_set &row : rows) {
-        SCOPED_TRACE(row.old_set);
-        const TMPLT_INFO old_copy = loaded("<html>\n", row.product, 0);
+    for (const auto &[product, family] : {std::pair("kestrel", "kst"),
+                                          {"tanager", "tan"},
+                                          {"plover", "plv"},
+                                          {"osprey", "plv"},
+                                          {"KESTREL", "plv"},
+                                          {"", "plv"},
+                                          {static_cast<const char *>(nullptr), "plv"}}) {
+        const TMPLT_INFO old_copy = loaded("<html>\n", product, 0);
+        const TMPLT_INFO new_copy = loaded("<html>\n", product, 1);
         EXPECT_EQ(found, 0);
-        EXPECT_EQ(old_copy.old_tmplt_set, row.old_set);
-        EXPECT_EQ(old_copy.old_tmplt_vers, "1.0a");
-        EXPECT_EQ(old_copy.new_tmplt_set, "");
-        const TMPLT_INFO new_copy = loaded("<html>\n", row.product, 1);
-        EXPECT_EQ(found, 0);
-        EXPECT_EQ(new_copy.new_tmplt_set, row.new_set);
-        EXPECT_EQ(new_copy.new_tmplt_vers, "2.0a");
-        EXPECT_EQ(new_copy.old_tmplt_set, "");
+        EXPECT_EQ(old_copy.old_tmplt_set + " " + old_copy.old_tmplt_vers, family + "_s1 1.0a"s);
+        EXPECT_EQ(new_copy.new_tmplt_set + " " + new_copy.new_tmplt_vers, family + "_s2 2.0a"s);
+        EXPECT_EQ(old_copy.new_tmplt_set + new_copy.old_tmplt_set, "");
     }
 }
 
@@ -228,44 +217,36 @@ TEST_F(HeaderTest, MissingHeadersAreLoggedAtDebugLevel) {
 
 // Categories.
 
-struct category_case {
-    const char *old_set;
-    const char *old_version;
-    const char *new_set;
-    const char *new_version;
-    int category;          // not modified
-    int modified_category; // modified
-};
-
-TEST(Category, FollowsSetsAndVersions) {
-    const category_case rows[] = {
-        {"kst_s1", "1.0a", "kst_s2", "2.0a", 1, 2}, // another set of the family, newer
-        {"kst_s1", "9.9", "kst_s2", "1.0", 1, 2},   // the versions do not count then
-        {"kst_s2", "1.0a", "kst_s1", "2.0a", 0, 0}, // older
-        {"plv_s2", "2.0a", "kst_s2", "2.0a", 3, 3}, // another family
-        {"kst", "1.0", "kst_s1", "1.0", 3, 3},      // a shorter name is another family
-        {"", "1.0", "kst_s1", "1.0", 3, 3},          {"kst_s", "1.0", "kst_s1", "1.0", 1, 2},
-        {"kst_s\xe4", "1.0", "kst_sz", "1.0", 0, 0}, // bytes compare unsigned
-        {"kst_s2", "2.0a", "kst_s2", "2.0b", 1, 2},  // equal numbers: by their texts
-        {"kst_s2", "2.0b", "kst_s2", "2.0a", 0, 0},  {"kst_s2", "2.0a", "kst_s2", "2.0a", 0, 0},
-        {"kst_s2", "2.0a", "kst_s2", "2.1", 1, 2},   {"kst_s2", "2.1", "kst_s2", "2.0a", 0, 0},
-        {"kst_s2", "9.0", "kst_s2", "10.0", 1, 2}, // by their numbers first
-        {"kst_s2", "10.0", "kst_s2", "9.0", 0, 0},   {"kst_s2", "", "kst_s2", "0.1", 1, 2},
-        {"kst_s2", "", "kst_s2", "", 0, 0},
-    };
-    for (const category_case &row : rows) {
-        TMPLT_INFO tpl;
-        tpl.old_tmplt_set = row.old_set;
-        tpl.old_tmplt_vers = row.old_version;
-        tpl.new_tmplt_set = row.new_set;
-        tpl.new_tmplt_vers = row.new_version;
-        SCOPED_TRACE(tpl.old_tmplt_set + " " + row.old_version + " to " + row.new_set + " " +
-                     row.new_version);
-        EXPECT_EQ(tpl_category(&tpl, "ignored"), row.category);
-        tpl.modified = 1;
-        EXPECT_EQ(tpl_category(&tpl, nullptr), row.modified_category);
-    }
+// The category of an unmodified template, and of a modified one.
+std::string categories(const char *old_set, const char *old_version, const char *new_set,
+                       const char *new_version) {
+    TMPLT_INFO tpl{"", 0, old_version, new_version, old_set, new_set, 0};
+    const std::string unmodified = std::to_string(tpl_category(&tpl, "ignored"));
+    tpl.modified = 1;
+    return unmodified + std::to_string(tpl_category(&tpl, nullptr));
 }
+
+// clang-format off
+const std::vector<rule> category_rules = {
+    {"Category.FollowsSetsAndVersions", categories,
+     // Another set of the family: the versions do not count.
+     {{{"kst_s1", "1.0a", "kst_s2", "2.0a"}, "12"}, {{"kst_s1", "9.9", "kst_s2", "1.0"}, "12"},
+      {{"kst_s2", "1.0a", "kst_s1", "2.0a"}, "00"}, {{"kst_s", "1.0", "kst_s1", "1.0"}, "12"},
+      // Bytes compare unsigned.
+      {{"kst_s\xe4", "1.0", "kst_sz", "1.0"}, "00"},
+      // Another family; a shorter name is one.
+      {{"plv_s2", "2.0a", "kst_s2", "2.0a"}, "33"}, {{"kst", "1.0", "kst_s1", "1.0"}, "33"},
+      {{"", "1.0", "kst_s1", "1.0"}, "33"},
+      // The same set: by the numbers of the versions first, then by their texts.
+      {{"kst_s2", "2.0a", "kst_s2", "2.0b"}, "12"}, {{"kst_s2", "2.0b", "kst_s2", "2.0a"}, "00"},
+      {{"kst_s2", "2.0a", "kst_s2", "2.0a"}, "00"}, {{"kst_s2", "2.0a", "kst_s2", "2.1"}, "12"},
+      {{"kst_s2", "2.1", "kst_s2", "2.0a"}, "00"}, {{"kst_s2", "9.0", "kst_s2", "10.0"}, "12"},
+      {{"kst_s2", "10.0", "kst_s2", "9.0"}, "00"}, {{"kst_s2", "", "kst_s2", "0.1"}, "12"},
+      {{"kst_s2", "", "kst_s2", ""}, "00"}}},
+};
+// clang-format on
+
+const int categories_registered = register_rows(category_rules);
 
 TEST(TplFree, ClearsTheFiveTexts) {
     TMPLT_INFO tpl{"a", 2, "b", "c", "d", "e", 1};

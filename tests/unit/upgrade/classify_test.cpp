@@ -4,6 +4,7 @@
 #include "unit/upgrade/upgrade_world.h"
 
 #include <gmock/gmock-matchers.h>
+#include <map>
 
 namespace {
 
@@ -116,24 +117,18 @@ TEST_F(DoUpgradeList, EditedTemplatesAloneOfferNoReplacement) {
 }
 
 TEST_F(DoUpgradeList, TheSetIsThatOfTheProductWhereAHeaderIsMissing) {
-    struct product_sets {
-        const char *product;
-        const char *family;
-    };
-    for (const auto &[product, family] : {product_sets{"kestrel", "kst"},
-                                          {"plover", "plv"},
-                                          {"tanager", "tan"},
-                                          {"osprey", "plv"}}) {
+    const std::map<const char *, std::string> families = {
+        {"kestrel", "kst"}, {"plover", "plv"}, {"tanager", "tan"}, {"osprey", "plv"}};
+    for (const auto &[product, family] : families) {
         set_answer(&ini, D_PROD_NAME, product);
         write_file(installed("a.tpl"), "no header\n");
         write_file("tpl/a.tpl", "no header either\n");
         feed_console("no\n\n");
         shown(0, [&] { return do_upgrade_list(&ini); });
         EXPECT_EQ(entries_of("tmptlist.txt"),
-                  std::string("2. a.tpl              Current template set: ") + family +
-                      "_s1 version 1.0a\n"
-                      "                 Distribution template set: " +
-                      family + "_s2 version 2.0a\n")
+                  "2. a.tpl              Current template set: " + family +
+                      "_s1 version 1.0a\n                 Distribution template set: " + family +
+                      "_s2 version 2.0a\n")
             << product;
     }
 }

@@ -1,5 +1,5 @@
-// Other programs, started directly and without a shell. The version probe and the lookup of users
-// use this.
+// Other programs, started directly and without a shell, and the end of children. The version probe,
+// the lookup of users and the rehearsal of an unattended run use this.
 #pragma once
 
 #include <cstddef>

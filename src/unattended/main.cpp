@@ -31,10 +31,11 @@ namespace {
     end_rehearsal();
 }
 
-// Returns the status of the rehearsal; its messages were shown.
+// Returns the status of the rehearsal; its messages were shown. From here on children leave a
+// status, whoever started this program.
 int rehearse(const named_answers &answers, const run_options &options) {
     std::fflush(nullptr);
-    std::signal(SIGCHLD, SIG_DFL); // where it is ignored, a child leaves no status (POSIX wait)
+    std::signal(SIGCHLD, SIG_DFL); // where it is ignored, they leave none (POSIX wait)
     const ::pid_t child = ::fork();
     if (child < 0) {
         refuse(std::strerror(errno));

@@ -1,5 +1,5 @@
 // A directory of a test's own: made and entered when the test begins, left and removed when it
-// ends. With it, the writing and reading of whole files.
+// ends. With it, the writing and reading of whole files, and deep directories.
 #pragma once
 
 #include <cerrno>
@@ -13,6 +13,15 @@
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
+
+// A text with each `from` written `to`.
+inline std::string replaced(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
 
 // Makes a new directory below the system's temporary directory and works in it.
 class scratch_directory {
@@ -42,11 +51,8 @@ class scratch_directory {
     [[nodiscard]] std::string path(std::string_view name) const { return path_ / name; }
 
     // The text with "@" for the directory.
-    [[nodiscard]] std::string with_at(std::string text) const {
-        for (std::size_t at = 0; (at = text.find(path(), at)) != std::string::npos;) {
-            text.replace(at, path().size(), "@");
-        }
-        return text;
+    [[nodiscard]] std::string with_at(const std::string &text) const {
+        return replaced(text, path(), "@");
     }
 
   private:
@@ -73,6 +79,16 @@ inline std::string read_file(const std::string &path) {
     std::ostringstream content;
     content << file.rdbuf();
     return std::move(content).str();
+}
+
+// Makes directories below `path` until the path has `length` characters, and gives it.
+inline std::string make_deep_directory(std::string path, std::size_t length) {
+    while (path.size() < length) {
+        const std::size_t left = length - path.size();
+        path += "/" + std::string(left > 255 ? 100 : left - 1, 'd');
+    }
+    std::filesystem::create_directories(path);
+    return path;
 }
 
 inline bool is_there(const std::string &path) {

@@ -88,15 +88,6 @@ tree_state states_of(const std::vector<std::string> &paths) {
     return states;
 }
 
-std::string make_deep_directory(std::string path, std::size_t length) {
-    while (path.size() < length) {
-        const std::size_t left = length - path.size();
-        path += "/" + std::string(left > 255 ? 100 : left - 1, 'd');
-    }
-    std::filesystem::create_directories(path);
-    return path;
-}
-
 std::string tree_of(const std::string &directory) {
     tree_state states = states_of({directory});
     states.erase(directory);

@@ -34,9 +34,6 @@ std::string owner_of(const std::string &path);
 // The states of these files and directories and of all that lies below them.
 tree_state states_of(const std::vector<std::string> &paths);
 
-// Makes directories below `path` until the path has `length` characters, and gives it.
-std::string make_deep_directory(std::string path, std::size_t length);
-
 // A line for each entry below `directory`, sorted by path: mode and path, a directory with a "/" at
 // its end, and the content of a file when it is short and printable. The root shows as "@".
 std::string tree_of(const std::string &directory);

@@ -43,14 +43,6 @@ std::string world::meant(std::string_view text) const {
     return replaced(std::string(text), "@", root());
 }
 
-std::string replaced(std::string text, std::string_view from, std::string_view to) {
-    for (std::size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
-    }
-    return text;
-}
-
 void shell(const std::string &commands) {
     EXPECT_EQ(std::system(("set -e\n" + commands).c_str()), 0) << commands;
 }

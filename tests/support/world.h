@@ -34,9 +34,6 @@ class world {
     std::string product_;
 };
 
-// A text with each `from` written `to`.
-std::string replaced(std::string text, std::string_view from, std::string_view to);
-
 // Runs commands of the shell in the working directory. The test fails when one of them does.
 void shell(const std::string &commands);
 

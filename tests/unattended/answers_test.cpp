@@ -105,10 +105,13 @@ TEST_F(Refusals, NameWhatIsOffered) {
                                  "not exist"}});
 }
 
-TEST_F(Refusals, ComeBeforeAnythingIsDoneWhereChildrenLeaveNoStatusToo) {
+TEST_F(Refusals, ComeBeforeAnythingIsDoneWhereSignalsOfChildrenAreIgnored) {
+    const std::string ignoring = "env --ignore-signal=CHLD";
     const std::string before = state_of(host);
-    run_unattended(host, {"install", "cgi_path=@/none"}, {.status = not_begun},
-                   "env --ignore-signal=CHLD");
+    const wizard_run refused =
+        run_unattended(host, {"install", "cgi_path=@/none"}, {.status = not_begun}, ignoring);
+    EXPECT_THAT(refused.errors, StartsWith("gxsetup-unattended: cgi_path: @/none is refused: "));
+    run_unattended(host, {"--rehearse", "install"}, {}, ignoring);
     EXPECT_EQ(state_of(host), before);
 }
 

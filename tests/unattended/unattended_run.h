@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// Runs the program in dist/ with `arguments`, in which "@" is the root. `starter` is a command that
-// starts it.
+// Runs the program in dist/ with `arguments`, in which "@" is the root. `starter` is a command put
+// before the program, behind the shell, which puts SIGCHLD back to its default.
 inline wizard_run run_unattended(const world &host, const std::vector<std::string> &arguments,
                                  run_place place = {}, const std::string &starter = "") {
     // The wizard's path, which is the first word, gives way to the other program's.

@@ -1,4 +1,4 @@
-// Rights that the tests' process has for a while. Where it is not root it stays what it is.
+// Takes rights from the process of the tests for a while. Where it is not root, nothing changes.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-// Root as another user.
+// Root acts as another user.
 class user_for_a_while {
   public:
     explicit user_for_a_while(uid_t user) {
@@ -21,18 +21,18 @@ class user_for_a_while {
     uid_t before_ = ::geteuid();
 };
 
-// Root for whom the modes of files count as for anybody else.
-class modes_count_for_a_while {
+// Root without its capabilities: the modes of files count for it as for anybody else.
+class without_root_rights {
   public:
-    modes_count_for_a_while() {
+    without_root_rights() {
         EXPECT_EQ(::syscall(SYS_capget, &header_, before_.data()), 0);
         auto none = before_;
         none[0].effective = none[1].effective = 0;
         EXPECT_EQ(::syscall(SYS_capset, &header_, none.data()), 0);
     }
-    ~modes_count_for_a_while() { EXPECT_EQ(::syscall(SYS_capset, &header_, before_.data()), 0); }
-    modes_count_for_a_while(const modes_count_for_a_while &) = delete;
-    modes_count_for_a_while &operator=(const modes_count_for_a_while &) = delete;
+    ~without_root_rights() { EXPECT_EQ(::syscall(SYS_capset, &header_, before_.data()), 0); }
+    without_root_rights(const without_root_rights &) = delete;
+    without_root_rights &operator=(const without_root_rights &) = delete;
 
   private:
     __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};

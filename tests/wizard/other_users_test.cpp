@@ -94,7 +94,8 @@ class site : public upgrade_world, public private_files {
     }
 };
 
-// Puts a link of the web server's user in the place of a file or directory.
+// Puts a link of the web server's user in the place of a file or directory. A missing directory
+// above it becomes that user's.
 void plant_link(const world &host, const std::string &path, const std::string &target) {
     fs::remove_all(path);
     if (const fs::path above = fs::path(path).parent_path(); fs::create_directory(above)) {

@@ -1,5 +1,6 @@
 #include "core/new_file.h"
 
+#include "support/tree.h"
 #include "unit/core/place_world.h"
 #include "unit/rights.h"
 

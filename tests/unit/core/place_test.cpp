@@ -1,5 +1,6 @@
 #include "core/place.h"
 
+#include "support/tree.h"
 #include "unit/core/place_world.h"
 
 #include <fcntl.h>

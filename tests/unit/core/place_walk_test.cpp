@@ -1,5 +1,6 @@
 #include "core/place_walk.h"
 
+#include "support/tree.h"
 #include "unit/core/place_world.h"
 
 #include <array>

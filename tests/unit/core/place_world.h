@@ -4,7 +4,6 @@
 
 #include "core/place.h"
 #include "support/scratch_test.h"
-#include "support/tree.h"
 #include "unit/kept_messages.h"
 
 #include <gtest/gtest.h>

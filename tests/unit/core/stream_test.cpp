@@ -83,15 +83,17 @@ const int registered = register_rows<ReplacementFile>(replacements);
 using Open = scratch_test;
 using ReadPiece = scratch_test;
 
-// The pieces of at most four bytes that `read` gives of a file until its end, divided by "|".
-std::string pieces_of(const std::string &content, auto read) {
+// The pieces of a file, in room for four bytes; "|" behind each, the empty one at the end too.
+std::string read_in_pieces(const std::string &content) {
     write_file("file", content);
     const stream_handle file = open_plain_file("file");
-    std::array<char, 5> piece{};
+    std::array<char, 5> room{};
     std::string pieces;
-    while (std::feof(file.get()) == 0) {
-        pieces += std::string(read(file.get(), piece)) + "|";
-    }
+    std::string piece;
+    do {
+        piece = read_piece(file.get(), room);
+        pieces += piece + "|";
+    } while (!piece.empty());
     return pieces;
 }
 
@@ -134,11 +136,11 @@ TEST(StreamOf, ClosesADescriptorThatNoStreamCanBeHadOver) {
 }
 
 TEST_F(ReadPiece, GivesALineOrAsMuchAsFits) {
-    EXPECT_EQ(pieces_of("ab\n\nabcdef\nlast", read_piece), "ab\n|\n|abcd|ef\n|last||");
+    EXPECT_EQ(read_in_pieces("ab\n\nabcdef\nlast"), "ab\n|\n|abcd|ef\n|last||");
 }
 
 TEST_F(ReadPiece, GivesTheBytesBehindANul) {
-    EXPECT_EQ(pieces_of("a\0b\nc\n"s, read_piece), "a\0b\n|c\n||"s);
+    EXPECT_EQ(read_in_pieces("a\0b\nc\n"s), "a\0b\n|c\n||"s);
 }
 
 TEST_F(ReadPiece, AsATextEndsAtTheFirstNul) {

@@ -52,7 +52,7 @@ const int registered = register_rows<PathChecks>(rules);
 } // namespace
 
 TEST_F(CheckValidDir, ADirectoryThatMayNotBeReadCountsAsMissing) {
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     std::filesystem::create_directory("closed");
     std::filesystem::permissions("closed", std::filesystem::perms::none);
     check({"", {{"@/closed", "3 "}}});

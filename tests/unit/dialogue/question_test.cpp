@@ -6,7 +6,6 @@
 #include "support/expected.h"
 #include "support/rows.h"
 #include "support/scratch_test.h"
-#include "support/world.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -171,7 +170,7 @@ void expect_end(std::string_view typed, question_number number, const char *dflt
                 const std::string &shown) {
     const auto ask_until_the_end = [&] {
         feed_console(typed);
-        std::atexit([] {
+        std::atexit([] { // nothing is left to read
             if (std::getchar() != EOF) {
                 std::_Exit(1);
             }

@@ -1,6 +1,7 @@
 #include "unit/files/file_world.h"
 
 #include "support/rows.h"
+#include "support/tree.h"
 #include "unit/rights.h"
 
 #include <gmock/gmock-matchers.h>
@@ -195,7 +196,7 @@ TEST_F(DoCopy2, OntoItselfIsOneAndKeepsTheFile) {
 }
 
 TEST_F(DoCopy2, AnUnreadableSourceIsReported) {
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     shell("touch a.tpl; chmod 0 a.tpl");
     EXPECT_EQ(shown(0, [&] { return do_copy2("a.tpl", there("a.tpl").c_str(), 1); }),
               "Error: Can't copy a.tpl: Permission denied\n");
@@ -219,13 +220,13 @@ TEST_F(DoCopy, ASourceWhosePathIsTooLongIsReported) {
     EXPECT_EQ(names_below(there()), string_set{"a.tpl"});
 }
 
-TEST_F(DoExeCopy, AModeThatAFileLeftInPlaceCannotHaveIsReported) {
+TEST_F(DoExeCopy, AFailedModeChangeOfAFileThatStaysIsReported) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give files away";
     }
-    gx_user = 1234;
+    gx_user = 1234; // whose file is given a mode at all
     shell("touch kestrel.cgi; cd ../there; touch kestrel.cgi; chmod 644 *; chown 1234 *");
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     EXPECT_EQ(shown(1, [&] { return do_exe_copy("kestrel.cgi", there().c_str(), 0); }),
               meant("Error: @/kestrel.cgi mode not changed, Operation not permitted\n"));
 }

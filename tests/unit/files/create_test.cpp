@@ -1,3 +1,4 @@
+#include "support/tree.h"
 #include "unit/files/file_world.h"
 
 namespace {

@@ -1,11 +1,10 @@
 // What the tests of the file operations share: a scratch directory with a log beside it, an umask
-// that must not matter, and looks at modes and names.
+// that must not matter, and looks at names.
 #pragma once
 
 #include "files/operations.h"
 #include "support/console_capture.h"
 #include "support/scratch_test.h"
-#include "support/tree.h"
 #include "support/world.h"
 
 #include <gtest/gtest.h>

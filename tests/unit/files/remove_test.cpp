@@ -105,7 +105,7 @@ TEST_F(DoXrmv, NothingFoundIsLoggedByTheDirectory) {
 }
 
 TEST_F(DoXrmv, AFileThatMayNotBeLookedAtIsPassedOver) {
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     std::filesystem::permissions(there("img/deep"), std::filesystem::perms::owner_read);
     EXPECT_EQ(removed(1, "*", there("img/deep")), "");
     std::filesystem::permissions(there("img/deep"), std::filesystem::perms::owner_all);

@@ -229,7 +229,7 @@ TEST_F(WildFind2, ANameThatCannotBeCopiedIsCountedAsNull) {
 // --- Existence ---
 
 TEST_F(DirExists, ADirectoryThatMayNotBeReadCountsAsMissing) {
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     std::filesystem::permissions("world", std::filesystem::perms::none);
     EXPECT_EQ(dir_exists("world"), 0);
 }
@@ -242,7 +242,7 @@ TEST_F(DirExists, APathOfMoreThan511CharactersIsNeverTakenInCutForm) {
 }
 
 TEST_F(FileExists, AFileThatMayNotBeReadCountsAsMissing) {
-    const modes_count_for_a_while rights;
+    const without_root_rights limited;
     std::filesystem::permissions("file", std::filesystem::perms::none);
     EXPECT_EQ(file_exists("file"), 0);
 }

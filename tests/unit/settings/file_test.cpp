@@ -40,6 +40,7 @@ class SettingsFile : public scratch_test, public recording_store {
     }
 };
 
+// A receiver that changes errno, as any call in one may.
 int clear_error(const char * /*format*/, ...) {
     return errno = 0;
 }

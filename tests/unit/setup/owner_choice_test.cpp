@@ -3,6 +3,8 @@
 #include "unit/account_files.h"
 #include "unit/files/file_world.h"
 
+#include <cstdlib>
+
 namespace {
 
 class GetUid : public FileWorld {
@@ -22,8 +24,8 @@ constexpr const char *www = "www:x:21:22::/:\n";
 
 } // namespace
 
-TEST(Owner, IsRootUntilOneIsChosen) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe"); // in a process in which none was chosen
+TEST(ChosenOwner, IsRootUntilOneIsChosen) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a new process: other tests set the owner
     EXPECT_EXIT(std::exit(gx_user == 0 && gx_group == 0 ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 

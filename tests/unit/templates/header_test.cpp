@@ -198,7 +198,9 @@ TEST_F(HeaderTest, WithoutHeaderTheProductsDefaultsAreTaken) {
                                           {"KESTREL", "plv"},
                                           {"", "plv"},
                                           {static_cast<const char *>(nullptr), "plv"}}) {
+        SCOPED_TRACE(family);
         const TMPLT_INFO old_copy = loaded("<html>\n", product, 0);
+        EXPECT_EQ(found, 0);
         const TMPLT_INFO new_copy = loaded("<html>\n", product, 1);
         EXPECT_EQ(found, 0);
         EXPECT_EQ(old_copy.old_tmplt_set + " " + old_copy.old_tmplt_vers, family + "_s1 1.0a"s);
@@ -234,7 +236,7 @@ const std::vector<rule> category_rules = {
       {{"kst_s2", "1.0a", "kst_s1", "2.0a"}, "00"}, {{"kst_s", "1.0", "kst_s1", "1.0"}, "12"},
       // Bytes compare unsigned.
       {{"kst_s\xe4", "1.0", "kst_sz", "1.0"}, "00"},
-      // Another family; a shorter name is one.
+      // Another family, or a name too short to be of this one.
       {{"plv_s2", "2.0a", "kst_s2", "2.0a"}, "33"}, {{"kst", "1.0", "kst_s1", "1.0"}, "33"},
       {{"", "1.0", "kst_s1", "1.0"}, "33"},
       // The same set: by the numbers of the versions first, then by their texts.

@@ -1,5 +1,5 @@
 // What the tests of templates share: the rule of the checksum, worked out byte by byte in ways of
-// its own, and a distribution's files.
+// its own, and a distribution's files, random ones.
 #pragma once
 
 #include <algorithm>
@@ -78,8 +78,8 @@ inline std::string expected_stamped(std::string_view content) {
            "\n||checksum=" + std::to_string(expected_checksum(content)) + "||\n";
 }
 
-// A file of fewer than `size` bytes, and a last piece: some of the pieces that mean something in a
-// template or nearly do, in any order, each with fewer than `distance` characters behind it.
+// Random pieces that mean something in a template, or nearly do, with fewer than `distance`
+// characters behind each; ends with the first that reaches a random length below `size`.
 inline std::string random_file(std::mt19937 &random, std::size_t size, std::size_t distance) {
     // clang-format off
     const std::string pieces[] = {

@@ -1,10 +1,13 @@
 #include "upgrade/classify.h"
 
 #include "support/expected.h"
+#include "support/tree.h"
 #include "unit/upgrade/upgrade_world.h"
 
 #include <gmock/gmock-matchers.h>
-#include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -117,7 +120,7 @@ TEST_F(DoUpgradeList, EditedTemplatesAloneOfferNoReplacement) {
 }
 
 TEST_F(DoUpgradeList, TheSetIsThatOfTheProductWhereAHeaderIsMissing) {
-    const std::map<const char *, std::string> families = {
+    const std::vector<std::pair<const char *, std::string>> families = {
         {"kestrel", "kst"}, {"plover", "plv"}, {"tanager", "tan"}, {"osprey", "plv"}};
     for (const auto &[product, family] : families) {
         set_answer(&ini, D_PROD_NAME, product);

@@ -1,6 +1,7 @@
 #include "upgrade/upgrade.h"
 
 #include "support/store_texts.h"
+#include "support/tree.h"
 #include "unit/upgrade/upgrade_world.h"
 
 #include <gmock/gmock-matchers.h>

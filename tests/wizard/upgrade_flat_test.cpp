@@ -181,6 +181,7 @@ TEST_F(UpgradeKestrel, AWmlPartThatIsNewGetsItsIni) {
 TEST_F(UpgradePlover, ReplacingCopiesTheTemplatesTwiceAndOverwritesEveryOne) {
     const wizard_run run = run_wizard(host, {}, {{"replace the old templates", "yes"}});
     expect_kept_run(host, run, {"html"});
+    expect_kept("gxsetup.dat", shown_file(host, "dist/gxsetup.dat"));
     EXPECT_EQ(installed_texts("spool/plover"),
               (std::vector<std::string>{"brand new", "new clean", "old dropped", "new edited",
                                         "new moved", "new same"}));

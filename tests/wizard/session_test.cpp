@@ -254,6 +254,14 @@ TEST_F(Version, ProgramThatCannotBeStartedLeavesNothingBehind) {
     EXPECT_FALSE(is_there("dist/ver.txt"));
 }
 
+TEST_F(Version, ProgramThatMayBeRunButNotReadIsStarted) {
+    add_answers(host, "dist/gxsetup.dat", "prod_name kestrel\ntemplates @/spool/kestrel\n");
+    shell("chmod 111 dist/kestrel.cgi");
+    const wizard_run run = run_wizard(host, {}, asking_version(), as_ordinary_user(host));
+    // The shell that is to run it cannot read it.
+    EXPECT_THAT(run.errors, HasSubstr("kestrel.cgi"));
+}
+
 TEST_F(Version, IsAskedForWhenTheOutputHasNowhereToGo) {
     add_file("dist/ver.txt/kept", "");
     EXPECT_EQ(shown(asking_version()),

@@ -1,5 +1,5 @@
 // A directory of a test's own: made and entered when the test begins, left and removed when it
-// ends. With it, the writing and reading of whole files, and deep directories.
+// ends. With it, whole files, deep directories and texts with other paths in them.
 #pragma once
 
 #include <cerrno>

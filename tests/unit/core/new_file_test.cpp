@@ -13,7 +13,7 @@ namespace {
 
 using enum new_file::when_missing;
 
-// Where the test runs as root, `ours` becomes another user's.
+// Where the test runs as root, `ours` becomes another user's, who can reach it.
 void give_ours() {
     if (::geteuid() == 0) {
         EXPECT_EQ(::chown("ours", other_user, other_user), 0);

@@ -1,5 +1,5 @@
 // What the tests of templates share: the rule of the checksum, worked out byte by byte in ways of
-// its own, and a distribution's files, random ones.
+// its own, and a distribution's files, and random ones.
 #pragma once
 
 #include <algorithm>
@@ -78,13 +78,15 @@ inline std::string expected_stamped(std::string_view content) {
            "\n||checksum=" + std::to_string(expected_checksum(content)) + "||\n";
 }
 
-// Random pieces that mean something in a template, or nearly do, with fewer than `distance`
-// characters behind each; ends with the first that reaches a random length below `size`.
+// Random pieces that mean something in a template, or nearly do, the first ones in most files, with
+// fewer than `distance` characters behind each. Ends with the first that reaches a random length
+// below `size`.
 inline std::string random_file(std::mt19937 &random, std::size_t size, std::size_t distance) {
     // clang-format off
     const std::string pieces[] = {
-        "\n", "\r\n", "||", "||checksu", "=", "||checksum=12", "|", "||checksum=-99||\n", "abc",
-        "||header:", "\xff", std::string(1, '\0'), "||checksum=12||", std::string(200, 'q')};
+        "\n", "||header:", "||checksum=12", "||", "\r\n", "|", "=", "||checksu",
+        "||checksum=-99||\n", "abc", "\xff", std::string(1, '\0'), "||checksum=12||",
+        std::string(200, 'q')};
     // clang-format on
     const std::size_t kinds = 2 + random() % (std::size(pieces) - 1);
     const std::size_t enough = random() % size;
